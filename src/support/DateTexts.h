@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QString>
+
+#include <chrono>
+#include <memory>
+
+namespace quillet {
+
+using WallTime = std::chrono::system_clock::time_point;
+
+/// Formats wall-clock times by an ICU pattern (Unicode Technical Standard 35, part 4) in a fixed locale. The time zone
+/// is the user's at creation. One thread at a time.
+class DateFormatter {
+public:
+    DateFormatter(const char* pattern, const char* locale);
+    ~DateFormatter();
+    DateFormatter(const DateFormatter&) = delete;
+    DateFormatter& operator=(const DateFormatter&) = delete;
+
+    [[nodiscard]] QString format(WallTime time) const;
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> m_impl;
+};
+
+/// ISO 8601 in UTC with seconds: 2025-03-14T08:05:00Z.
+[[nodiscard]] QString iso8601(WallTime time);
+
+} // namespace quillet

@@ -1,0 +1,91 @@
+#include "support/SerialQueue.h"
+
+#include "support/Require.h"
+
+#include <memory>
+#include <pthread.h>
+#include <semaphore>
+#include <utility>
+
+namespace quillet {
+namespace {
+
+class ClosureItem final : public SerialQueue::Item {
+public:
+    explicit ClosureItem(std::function<void()> work) : m_work(std::move(work)) {}
+    void run() override {
+        const std::unique_ptr<ClosureItem> self(this);
+        m_work();
+    }
+
+private:
+    std::function<void()> m_work;
+};
+
+} // namespace
+
+SerialQueue::SerialQueue(std::string label)
+    : m_label(std::move(label)),
+      m_state(std::make_shared<State>()),
+      m_thread([state = m_state, name = m_label] { loop(*state, name); }) {}
+
+SerialQueue::~SerialQueue() {
+    {
+        const std::lock_guard lock(m_state->mutex);
+        m_state->closing = true;
+    }
+    m_state->wake.notify_one();
+    if (isCurrent()) {
+        m_thread.detach();
+    } else {
+        m_thread.join();
+    }
+}
+
+void SerialQueue::post(Item& item) {
+    State& state = *m_state;
+    bool wasEmpty = false;
+    {
+        const std::lock_guard lock(state.mutex);
+        item.m_next = nullptr;
+        wasEmpty = state.head == nullptr;
+        (wasEmpty ? state.head : state.tail->m_next) = &item;
+        state.tail = &item;
+    }
+    if (wasEmpty) state.wake.notify_one();
+}
+
+void SerialQueue::async(std::function<void()> work) { post(*new ClosureItem(std::move(work))); }
+
+void SerialQueue::sync(const std::function<void()>& work) {
+    require(!isCurrent(), "waiting on a serial queue from its own thread never ends");
+    std::binary_semaphore done(0);
+    async([&] {
+        work();
+        done.release();
+    });
+    done.acquire();
+}
+
+void SerialQueue::loop(State& state, const std::string& label) {
+    // The kernel keeps 15 characters of a thread's name; the end of ours says more than its beginning.
+    const std::string tail = label.size() > 15 ? label.substr(label.size() - 15) : label;
+    pthread_setname_np(pthread_self(), tail.c_str());
+    while (true) {
+        Item* item = nullptr;
+        {
+            std::unique_lock lock(state.mutex);
+            state.wake.wait(lock, [&state] { return state.head || state.closing; });
+            if (!state.head) return;
+            item = std::exchange(state.head, nullptr);
+            state.tail = nullptr;
+        }
+        while (item) {
+            Item* const next = item->m_next; // run() may post the item again or free it
+            item->run();
+            item = next;
+        }
+    }
+}
+
+} // namespace quillet

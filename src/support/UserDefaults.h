@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+#include <optional>
+
+namespace quillet {
+
+/// The program's persistent settings: typed values under text keys. Any thread; nothing is cached, so that a change
+/// made by another process is seen by the next read. A stored value of another type reads as absent.
+class UserDefaults {
+public:
+    virtual ~UserDefaults() = default;
+
+    [[nodiscard]] bool boolean(const QString& key, bool absent = false) const;
+    [[nodiscard]] std::optional<QString> string(const QString& key) const;
+    [[nodiscard]] std::optional<QByteArray> data(const QString& key) const;
+
+    virtual void set(const QString& key, const QVariant& value) = 0;
+    virtual void remove(const QString& key) = 0;
+    [[nodiscard]] virtual QStringList keys() const = 0;
+
+    /// The user's own store.
+    static UserDefaults& standard();
+
+protected:
+    [[nodiscard]] virtual QVariant value(const QString& key) const = 0;
+};
+
+namespace DefaultsKeys {
+inline const QString autoCreateNote = QStringLiteral("corvane.autoCreateNote");                     ///< Bool
+inline const QString recordingsFolderBookmark = QStringLiteral("corvane.recordingsFolderBookmark"); ///< data
+} // namespace DefaultsKeys
+
+/// A settings file in INI form, created with its folder (0700) on the first write.
+class FileUserDefaults final : public UserDefaults {
+public:
+    explicit FileUserDefaults(QString path) : m_path(std::move(path)) {}
+    void set(const QString& key, const QVariant& value) override;
+    void remove(const QString& key) override;
+    [[nodiscard]] QStringList keys() const override;
+
+protected:
+    [[nodiscard]] QVariant value(const QString& key) const override;
+
+private:
+    const QString m_path;
+};
+
+/// Settings that end with the process: for tests and for a run whose choices are not to be kept. One thread only.
+class MemoryUserDefaults final : public UserDefaults {
+public:
+    void set(const QString& key, const QVariant& value) override { m_values.insert(key, value); }
+    void remove(const QString& key) override { m_values.remove(key); }
+    [[nodiscard]] QStringList keys() const override { return m_values.keys(); }
+
+protected:
+    [[nodiscard]] QVariant value(const QString& key) const override { return m_values.value(key); }
+
+private:
+    QVariantMap m_values;
+};
+
+} // namespace quillet

@@ -1,0 +1,67 @@
+#include "support/UserDefaults.h"
+
+#include "support/DateTexts.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace quillet {
+namespace {
+
+TEST(UserDefaultsTest, ValuesSurviveAndChangesOfAnotherProcessAreSeen) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("new/settings.conf"));
+    FileUserDefaults defaults(path);
+    EXPECT_FALSE(defaults.data(DefaultsKeys::recordingsFolderBookmark).has_value());
+    const QByteArray bytes("/a,b; \"c\"\\ü\x01", 15);
+    defaults.set(DefaultsKeys::recordingsFolderBookmark, bytes);
+    defaults.set(DefaultsKeys::autoCreateNote, true);
+    EXPECT_EQ(FileUserDefaults(path).data(DefaultsKeys::recordingsFolderBookmark), bytes);
+    EXPECT_TRUE(FileUserDefaults(path).boolean(DefaultsKeys::autoCreateNote));
+
+    QFile file(path);
+    ASSERT_TRUE(file.open(QFile::ReadWrite));
+    QByteArray text = file.readAll();
+    ASSERT_TRUE(text.contains("corvane.autoCreateNote=true"));
+    text.replace("corvane.autoCreateNote=true", "corvane.autoCreateNote=no, never");
+    file.seek(0);
+    file.write(text);
+    file.close();
+    EXPECT_FALSE(defaults.boolean(DefaultsKeys::autoCreateNote));
+
+    defaults.remove(DefaultsKeys::recordingsFolderBookmark);
+    EXPECT_FALSE(FileUserDefaults(path).data(DefaultsKeys::recordingsFolderBookmark).has_value());
+}
+
+TEST(UserDefaultsTest, HandEditedValuesAreReadAsFarAsTheyMakeSense) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("settings.conf"));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QFile::WriteOnly));
+    file.write("[General]\na=True\nb=1\nc=maybe\nd=one, two\ne=\nbroken line\n[Other\nf=2\n");
+    file.close();
+    const FileUserDefaults defaults(path);
+    EXPECT_TRUE(defaults.boolean(QStringLiteral("a")));
+    EXPECT_TRUE(defaults.boolean(QStringLiteral("b")));
+    EXPECT_TRUE(defaults.boolean(QStringLiteral("c"), true));
+    EXPECT_FALSE(defaults.boolean(QStringLiteral("c"), false));
+    EXPECT_EQ(defaults.string(QStringLiteral("d")), QStringLiteral("one, two"));
+    EXPECT_FALSE(defaults.string(QStringLiteral("missing")).has_value());
+}
+
+TEST(DateTextsTest, TheTimeZoneIsTheOneAtCreation) {
+    const WallTime summer{std::chrono::seconds(1751322300)}; // 2025-06-30 22:25 UTC
+    qputenv("TZ", "America/New_York");
+    const DateFormatter newYork("yyyy-MM-dd_HH-mm", "en_US_POSIX");
+    qputenv("TZ", "Asia/Kathmandu");
+    const DateFormatter kathmandu("yyyy-MM-dd_HH-mm", "en_US_POSIX");
+    EXPECT_EQ(newYork.format(summer), QStringLiteral("2025-06-30_18-25"));
+    EXPECT_EQ(kathmandu.format(summer), QStringLiteral("2025-07-01_04-10"));
+    EXPECT_EQ(iso8601(summer), QStringLiteral("2025-06-30T22:25:00Z"));
+    qunsetenv("TZ");
+}
+
+} // namespace
+} // namespace quillet

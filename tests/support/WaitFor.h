@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+
+#include <functional>
+
+namespace quillet::test {
+
+/// Runs the main thread's events until the condition holds; false when it does not within the deadline.
+inline bool waitFor(const std::function<bool()>& condition, int deadlineMs = 5000) {
+    QElapsedTimer timer;
+    timer.start();
+    while (!condition()) {
+        if (timer.elapsed() > deadlineMs) return false;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 10);
+    }
+    return true;
+}
+
+/// Runs what is queued for the main thread now.
+inline void processEvents() { QCoreApplication::processEvents(); }
+
+} // namespace quillet::test
