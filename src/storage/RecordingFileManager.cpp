@@ -1,0 +1,168 @@
+#include "storage/RecordingFileManager.h"
+
+#include <QFile>
+#include <QSaveFile>
+
+#include <system_error>
+
+namespace quillet {
+namespace fs = std::filesystem;
+namespace {
+
+bool isThere(const fs::path& path) {
+    std::error_code ignored;
+    return fs::exists(path, ignored);
+}
+
+bool isDirectory(const fs::path& path) {
+    std::error_code ignored;
+    return fs::is_directory(path, ignored);
+}
+
+// Byte for byte, also for names that are no valid UTF-8.
+QString qtPath(const fs::path& path) { return QFile::decodeName(path.c_str()); }
+
+} // namespace
+
+RecordingFileManager::RecordingFileManager(FileServices& fileManager, UserDefaults& defaults,
+                                           std::function<WallTime()> now)
+    : m_fileManager(fileManager),
+      m_defaults(defaults),
+      m_now(std::move(now)),
+      m_dateFormatter("yyyy-MM-dd_HH-mm", "en_US_POSIX") {
+    resolveCustomRecordingsBookmarkIfNeeded();
+}
+
+Result<fs::path, StorageError> RecordingFileManager::generateFileURL() {
+    if (const auto ensured = ensureRecordingsDirectoryExists(); !ensured) return Failure{ensured.error()};
+    if (const auto enough = checkDiskSpace(); !enough) return Failure{enough.error()};
+    const auto folder = effectiveRecordingsDirectoryURL();
+    if (!folder) return Failure{RecordingFileManagerError::documentsDirectoryUnavailable()};
+    return *folder / fileName();
+}
+
+Result<fs::path, StorageError> RecordingFileManager::generateFileURLInApplicationSupport() {
+    const auto folder = defaultRecordingsDirectoryURL();
+    if (!folder) return Failure{RecordingFileManagerError::documentsDirectoryUnavailable()};
+    if (!isThere(*folder)) {
+        if (const auto created = m_fileManager.createDirectories(*folder); !created) return Failure{created.error()};
+    }
+    if (!isDirectory(*folder)) return Failure{RecordingFileManagerError::pathExistsAsFile()};
+    if (const auto enough = checkDiskSpaceForDirectory(*folder); !enough) return Failure{enough.error()};
+    return *folder / fileName();
+}
+
+Result<void, StorageError> RecordingFileManager::ensureRecordingsDirectoryExists() {
+    const auto folder = effectiveRecordingsDirectoryURL();
+    if (!folder) return Failure{RecordingFileManagerError::documentsDirectoryUnavailable()};
+    if (isThere(*folder)) {
+        if (!isDirectory(*folder)) return Failure{RecordingFileManagerError::pathExistsAsFile()};
+        return {};
+    }
+    if (const auto created = m_fileManager.createDirectories(*folder); !created)
+        return Failure{RecordingFileManagerError::creationFailed(created.error())};
+    return {};
+}
+
+Result<void, StorageError> RecordingFileManager::checkDiskSpace() {
+    const auto folder = effectiveRecordingsDirectoryURL();
+    if (!folder) return Failure{RecordingFileManagerError::documentsDirectoryUnavailable()};
+    return checkDiskSpaceForDirectory(*folder);
+}
+
+Result<void, StorageError> RecordingFileManager::checkDiskSpaceForDirectory(const fs::path& folder) {
+    const auto free = m_fileManager.freeBytes(folder);
+    if (!free) return Failure{free.error()};
+    if (*free && **free < kLeastFreeBytes) return Failure{RecordingFileManagerError::insufficientDiskSpace(**free)};
+    return {};
+}
+
+std::string RecordingFileManager::fileName() const {
+    return "Meeting_" + m_dateFormatter.format(m_now()).toStdString() + ".m4a";
+}
+
+std::optional<fs::path> RecordingFileManager::defaultRecordingsDirectoryURL() const {
+    const auto support = m_fileManager.applicationSupportDirectory();
+    if (!support) return std::nullopt;
+    return *support / "Recordings";
+}
+
+std::optional<fs::path> RecordingFileManager::effectiveRecordingsDirectoryURL() const {
+    return m_resolvedCustomDirectoryURL ? m_resolvedCustomDirectoryURL : defaultRecordingsDirectoryURL();
+}
+
+QString RecordingFileManager::recordingsDirectoryDisplayPath() const {
+    const auto folder = effectiveRecordingsDirectoryURL();
+    if (!folder) return QStringLiteral("—");
+    const QString path = qtPath(*folder);
+    const auto home = m_fileManager.homeDirectory();
+    if (!home || *home == "/") return path;
+    const QString homePath = qtPath(*home);
+    if (path == homePath) return QStringLiteral("~");
+    if (path.startsWith(homePath + QLatin1Char('/'))) return QLatin1Char('~') + path.mid(homePath.size());
+    return path;
+}
+
+void RecordingFileManager::setCustomRecordingsDirectory(const std::optional<fs::path>& url) {
+    resetToDefaultRecordingsDirectory();
+    if (!url) return;
+    saveBookmark(*url); // before access: a folder that cannot be reached now is found at the next start
+    if (!m_fileManager.startAccess(*url)) return;
+    m_isSecurityScopedAccessStarted = true;
+    m_resolvedCustomDirectoryURL = url;
+}
+
+void RecordingFileManager::resetToDefaultRecordingsDirectory() {
+    stopAccess();
+    m_resolvedCustomDirectoryURL.reset();
+    m_defaults.remove(DefaultsKeys::recordingsFolderBookmark);
+}
+
+void RecordingFileManager::stopAccess() {
+    if (m_isSecurityScopedAccessStarted && m_resolvedCustomDirectoryURL)
+        m_fileManager.stopAccess(*m_resolvedCustomDirectoryURL);
+    m_isSecurityScopedAccessStarted = false;
+}
+
+void RecordingFileManager::resolveCustomRecordingsBookmarkIfNeeded() {
+    const auto bookmark = m_defaults.data(DefaultsKeys::recordingsFolderBookmark);
+    if (!bookmark || bookmark->isEmpty()) return;
+    const auto resolved = m_fileManager.resolveBookmark(*bookmark);
+    if (!resolved || !m_fileManager.startAccess(resolved->url)) return; // stays stored for the next start
+    m_isSecurityScopedAccessStarted = true;
+    m_resolvedCustomDirectoryURL = resolved->url;
+    if (resolved->isStale) saveBookmark(resolved->url);
+}
+
+void RecordingFileManager::saveBookmark(const fs::path& url) {
+    if (const auto bookmark = m_fileManager.makeBookmark(url))
+        m_defaults.set(DefaultsKeys::recordingsFolderBookmark, *bookmark);
+}
+
+void RecordingFileManager::openRecordingsFolderInFinder() {
+    const auto folder = effectiveRecordingsDirectoryURL();
+    if (folder && isThere(*folder)) m_fileManager.openInFileManager(*folder);
+}
+
+void RecordingFileManager::showInFinderSelecting(const fs::path& url) {
+    if (isThere(url)) m_fileManager.revealInFileManager(url);
+}
+
+void RecordingFileManager::appendToTestLog(WallTime timestamp, const fs::path& recordingAbsolutePath) {
+    const auto support = m_fileManager.applicationSupportDirectory();
+    if (!support) return;
+    if (!isThere(*support) && !m_fileManager.createDirectories(*support)) return;
+    const QString log = qtPath(*support / "test_log.txt");
+    const QByteArray line = iso8601(timestamp).toUtf8() + ' ' + QByteArray(recordingAbsolutePath.c_str()) + '\n';
+    if (QFile existing(log); existing.exists()) {
+        if (existing.open(QFile::WriteOnly | QFile::Append)) existing.write(line);
+        return;
+    }
+    QSaveFile fresh(log);
+    if (fresh.open(QFile::WriteOnly) && fresh.write(line) == line.size()) {
+        fresh.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+        fresh.commit();
+    }
+}
+
+} // namespace quillet
