@@ -1,0 +1,146 @@
+#pragma once
+
+#include "capture/AudioMixer.h"
+#include "capture/CaptureStatistics.h"
+#include "platform/AssetWriter.h"
+#include "platform/MicrophoneSource.h"
+#include "platform/SystemAudioSource.h"
+#include "storage/RecordingFileManagerError.h"
+#include "support/DateTexts.h"
+#include "support/Published.h"
+#include "support/SerialQueue.h"
+
+#include <QString>
+
+#include <atomic>
+#include <condition_variable>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <optional>
+
+namespace quillet {
+
+/// The outcome of making a note out of a recording.
+struct CreateNoteResult {
+    bool success = false;
+    bool isAutomationDenied = false;
+};
+
+/// Records a meeting: opens the microphone and the system audio, mixes them and writes the file, and sees the file
+/// through to its log line, its notice and its note.
+///
+/// start and stop may be called from any thread and return at once; the work is done on the serial capture queue. What
+/// the interface shows (the Published members) is set on the main thread only. The engine does not guard against a
+/// second start: RecordingControl stands before it. Everything that fails while starting ends in lastError and, where
+/// the user has to act, in an alert; what fails while recording never loses what was recorded before.
+class AudioCaptureEngine final : public std::enable_shared_from_this<AudioCaptureEngine>, private BlockSink {
+public:
+    /// What the engine asks of the machine.
+    struct Hardware {
+        std::shared_ptr<SystemAudioSource> systemAudio;
+        std::shared_ptr<MicrophoneSource> microphone;
+        std::shared_ptr<AssetWriterFactory> writers;
+    };
+
+    /// What the engine asks of the program around it. The thread is named at each question.
+    class Host {
+    public:
+        virtual ~Host() = default;
+        /// Where this recording goes. Capture queue.
+        virtual Result<std::filesystem::path, StorageError> generateFileURL() = 0;
+        virtual Result<std::filesystem::path, StorageError> generateFileURLInApplicationSupport() = 0;
+        /// A recording is about to be made in the folder: a good moment to repair what a crash left there. Capture
+        /// queue; must not wait for the repair.
+        virtual void recordingStartsIn(const std::filesystem::path& folder) = 0;
+        /// The recording's own finishing thread, as the three below.
+        virtual void appendToTestLog(WallTime timestamp, const std::filesystem::path& recording) = 0;
+        virtual void recordingDidComplete(const std::filesystem::path& recording) = 0;
+        /// Absent when no note was attempted. May take as long as the notes application does.
+        virtual std::optional<CreateNoteResult> createNote(const std::filesystem::path& recording,
+                                                           WallTime recordedAt) = 0;
+        /// The user's choice at this moment. Capture queue.
+        virtual bool autoCreateNote() = 0;
+        /// The alerts. Main thread.
+        virtual void showDiskFull() = 0;
+        virtual void showPermissionDenied() = 0;
+        virtual void showNotesAutomationDenied() = 0;
+        virtual void showAppleScriptFailure() = 0;
+    };
+
+    static std::shared_ptr<AudioCaptureEngine> create(Hardware hardware, std::shared_ptr<Host> host);
+    ~AudioCaptureEngine() override;
+
+    void startRecording();
+    void stopRecording();
+
+    /// From the moment the stream has started until the file is finished or the start has failed.
+    Published<bool> isRecording{false};
+    /// When the stream started; absent when not recording.
+    Published<std::optional<WallTime>> recordingStartDate;
+    /// The last failure, for the user; cleared at every start.
+    Published<std::optional<QString>> lastError;
+    /// The file of the current or last recording.
+    Published<std::optional<std::filesystem::path>> outputURL;
+
+    /// Any thread.
+    [[nodiscard]] CaptureStatistics statistics() const { return m_meters.read(); }
+
+    /// Capture queue: whether the file can take this many blocks right now; true as well when there is no file to wait
+    /// for. For sources that can be held back.
+    [[nodiscard]] bool canTakeBlocks(std::int64_t blocks) const;
+    [[nodiscard]] SerialQueue& queue() { return m_queue; }
+
+    /// Waits until no recording is being finished any more, its note included. Not on the main thread while its event
+    /// loop is needed by the note.
+    void waitUntilFinished();
+
+private:
+    AudioCaptureEngine(Hardware hardware, std::shared_ptr<Host> host);
+
+    void performStartRecording();
+    bool startMicCapture();
+    void continueWithContent(const Result<std::optional<ShareableContent>>& content);
+    void streamDidStart(const std::optional<PlatformError>& error);
+    void performStopRecording();
+    void streamDidStop();
+
+    bool prepareForBlocks() override;
+    bool isReadyForBlock() override;
+    void takeBlock(const MixedBlock& block, FramePos at) override;
+    bool setupWriterAndInputFromFirstMixedBlock();
+    bool setupWriter(const std::filesystem::path& candidate);
+    static std::optional<SampleBuffer> createPCMSampleBuffer(const MixedBlock& block, FramePos ptsFrame);
+    void writingWasInterrupted(const AssetWriter* writer);
+    void finalizeWriter();
+    void writerDidFinish(AssetWriterStatus status, const std::filesystem::path& recording, bool makeNote);
+
+    void setRecordingOnMain(bool recording, std::optional<WallTime> startDate);
+    void setErrorOnMain(const QString& message);
+    void clearErrorOnMain();
+    void setOutputURL(std::optional<std::filesystem::path> url);
+    void alertOnMain(void (Host::*show)());
+    /// Runs the work on the capture queue if the engine still lives then.
+    void onQueue(std::function<void(AudioCaptureEngine&)> work);
+
+    const Hardware m_hardware;
+    const std::shared_ptr<Host> m_host;
+    CaptureMeters m_meters;
+
+    // Capture queue only.
+    AudioMixer m_mixer{*this, m_meters};
+    std::unique_ptr<MicrophoneSession> m_captureSession;
+    std::shared_ptr<SystemAudioStream> m_stream;
+    std::shared_ptr<AssetWriter> m_assetWriter;
+    std::optional<std::filesystem::path> m_outputURL;
+    bool m_hasReceivedFirstBuffer = false;
+
+    // Recordings whose file or note is still being finished.
+    std::mutex m_finishingMutex;
+    std::condition_variable m_finishingDone;
+    int m_finishing = 0;
+
+    SerialQueue m_queue{"corvane.audio-capture"}; ///< last: its thread ends before the rest goes
+};
+
+} // namespace quillet

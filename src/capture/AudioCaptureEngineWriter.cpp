@@ -1,0 +1,113 @@
+// The engine's way to the file: made with the first block, fed block by block, finished after both sources have
+// stopped.
+
+#include "capture/AudioCaptureEngine.h"
+#include "support/MainThread.h"
+
+#include <system_error>
+
+namespace quillet {
+
+bool AudioCaptureEngine::canTakeBlocks(std::int64_t blocks) const {
+    if (!m_assetWriter || m_assetWriter->status() != AssetWriterStatus::Writing) return true;
+    return m_assetWriter->freeBlocks() >= blocks;
+}
+
+bool AudioCaptureEngine::prepareForBlocks() {
+    if (!m_assetWriter) {
+        if (m_hasReceivedFirstBuffer) return false; // one attempt per recording
+        m_hasReceivedFirstBuffer = true;
+        if (!setupWriterAndInputFromFirstMixedBlock()) {
+            setErrorOnMain(QStringLiteral("Failed to setup audio writer."));
+            return false;
+        }
+    }
+    return m_assetWriter->status() == AssetWriterStatus::Writing;
+}
+
+bool AudioCaptureEngine::isReadyForBlock() { return m_assetWriter->isReadyForMoreMediaData(); }
+
+void AudioCaptureEngine::takeBlock(const MixedBlock& block, FramePos at) {
+    const auto buffer = createPCMSampleBuffer(block, at);
+    if (!buffer || !m_assetWriter->append(*buffer)) m_meters.blocksDropped += 1;
+}
+
+bool AudioCaptureEngine::setupWriterAndInputFromFirstMixedBlock() {
+    if (m_outputURL && setupWriter(*m_outputURL)) return true;
+    // Asked anew: the name carries the minute of the first block.
+    const auto fallback = m_host->generateFileURLInApplicationSupport();
+    if (!fallback || fallback.value() == m_outputURL || !setupWriter(*fallback)) return false;
+    setOutputURL(*fallback);
+    return true;
+}
+
+bool AudioCaptureEngine::setupWriter(const std::filesystem::path& candidate) {
+    auto writer = m_hardware.writers->makeWriter(candidate);
+    if (!writer) return false;
+    if (!(*writer)->addInput(AudioOutputSettings{})) {
+        (*writer)->cancelWriting();
+        return false;
+    }
+    (*writer)->setInterruptionHandler([weak = weak_from_this(), raw = writer->get()](const PlatformError&) {
+        if (const auto engine = weak.lock())
+            engine->onQueue([raw](AudioCaptureEngine& self) { self.writingWasInterrupted(raw); });
+    });
+    (*writer)->startWriting();
+    (*writer)->startSession({0, kSampleRateHz});
+    m_assetWriter = std::move(writer.value());
+    return true;
+}
+
+std::optional<SampleBuffer> AudioCaptureEngine::createPCMSampleBuffer(const MixedBlock& block, FramePos ptsFrame) {
+    return SampleBuffer{.data = std::as_bytes(std::span(block)),
+                        .description = &kInterleavedStereoFloat,
+                        .presentationTime = {ptsFrame.time_since_epoch().count(), kSampleRateHz},
+                        .sampleCount = kBlockFrames};
+}
+
+/// The disk is full or gone: the file ends here. Going on would show a recording that is none.
+void AudioCaptureEngine::writingWasInterrupted(const AssetWriter* writer) {
+    alertOnMain(&Host::showDiskFull);
+    setErrorOnMain(RecordingFileManagerError::insufficientDiskSpace(0).errorDescription());
+    if (writer == m_assetWriter.get()) performStopRecording(); // else that recording has been stopped already
+}
+
+void AudioCaptureEngine::finalizeWriter() {
+    if (!m_assetWriter) return setRecordingOnMain(false, std::nullopt);
+    const std::shared_ptr<AssetWriter> writer = std::move(m_assetWriter);
+    writer->markAsFinished();
+    const bool makeNote = m_host->autoCreateNote();
+    {
+        const std::lock_guard lock(m_finishingMutex);
+        ++m_finishing;
+    }
+    // The writer is the recording's own from here on, so that the next recording can start while this one finishes.
+    writer->finishWriting([weak = weak_from_this(), writer, url = m_outputURL.value_or(""), makeNote] {
+        if (const auto engine = weak.lock()) engine->writerDidFinish(writer->status(), url, makeNote);
+    });
+}
+
+void AudioCaptureEngine::writerDidFinish(AssetWriterStatus status, const std::filesystem::path& recording,
+                                         bool makeNote) {
+    const bool completed = status == AssetWriterStatus::Completed;
+    std::error_code ignored;
+    if (completed && std::filesystem::exists(recording, ignored))
+        m_host->appendToTestLog(std::chrono::system_clock::now(), recording);
+    setRecordingOnMain(false, std::nullopt);
+    if (completed) m_host->recordingDidComplete(recording);
+    if (makeNote) {
+        const auto result = m_host->createNote(recording, std::chrono::system_clock::now());
+        if (result && !result->success)
+            alertOnMain(result->isAutomationDenied ? &Host::showNotesAutomationDenied : &Host::showAppleScriptFailure);
+    }
+    const std::lock_guard lock(m_finishingMutex);
+    --m_finishing;
+    m_finishingDone.notify_all();
+}
+
+void AudioCaptureEngine::waitUntilFinished() {
+    std::unique_lock lock(m_finishingMutex);
+    m_finishingDone.wait(lock, [this] { return m_finishing == 0; });
+}
+
+} // namespace quillet

@@ -1,0 +1,97 @@
+#include "capture/DeliveryPool.h"
+
+#include "support/Require.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+
+namespace quillet {
+
+void copySanitized(std::span<const float> from, std::span<float> to) {
+    // min and max written so that a NaN fails the comparison; the loop vectorises.
+    for (std::size_t i = 0; i < from.size(); ++i) {
+        const float sample = from[i];
+        const float finite = std::abs(sample) <= 3.4028234e38F ? sample : 0.0F;
+        to[i] = std::clamp(finite, -kLargestSample, kLargestSample);
+    }
+}
+
+class DeliveryPool::Buffer final : public SerialQueue::Item {
+public:
+    void run() override;
+
+    std::array<float, kFramesPerBuffer * 2> samples;
+    std::size_t frames = 0;
+    MediaTime presentationTime;
+    std::atomic<bool> underWay = false;
+    std::shared_ptr<State> owner; ///< set while under way
+};
+
+struct DeliveryPool::State {
+    State(SerialQueue& captureQueue, SampleHandler sampleHandler, int channelCount, FirstStamp stamp)
+        : queue(captureQueue),
+          handler(std::move(sampleHandler)),
+          channels(static_cast<std::size_t>(channelCount)),
+          nextStamp(stamp) {}
+
+    SerialQueue& queue;
+    SampleHandler handler; ///< capture queue
+    bool closed = false;   ///< capture queue
+    const std::size_t channels;
+    FirstStamp nextStamp; ///< source's thread
+    std::size_t nextBuffer = 0;
+    std::vector<Buffer> buffers = std::vector<Buffer>(kBuffers);
+};
+
+void DeliveryPool::Buffer::run() {
+    const std::shared_ptr<State> state = std::move(owner);
+    if (!state->closed) {
+        const auto bytes = std::as_bytes(std::span(samples.data(), frames * state->channels));
+        state->handler({.data = bytes,
+                        .description = state->channels == 1 ? &kMonoFloat : &kInterleavedStereoFloat,
+                        .presentationTime = presentationTime,
+                        .sampleCount = static_cast<std::int64_t>(frames)});
+    }
+    underWay.store(false, std::memory_order_release);
+}
+
+DeliveryPool::DeliveryPool(SerialQueue& queue, SampleHandler handler, int channels, FirstStamp firstStamp)
+    : m_state(std::make_shared<State>(queue, std::move(handler), channels, firstStamp)) {
+    require(channels == 1 || channels == 2, "a source delivers one or two channels");
+}
+
+DeliveryPool::~DeliveryPool() = default;
+
+std::size_t DeliveryPool::deliver(HostFramePos position, std::span<const float> interleaved) {
+    State& state = *m_state;
+    std::size_t taken = 0;
+    const std::size_t total = interleaved.size() / state.channels;
+    while (taken < total) {
+        Buffer& buffer = state.buffers[state.nextBuffer];
+        if (buffer.underWay.load(std::memory_order_acquire)) break;
+        state.nextBuffer = (state.nextBuffer + 1) % kBuffers;
+
+        buffer.frames = std::min(total - taken, kFramesPerBuffer);
+        copySanitized(interleaved.subspan(taken * state.channels, buffer.frames * state.channels),
+                      std::span(buffer.samples));
+        const HostFramePos at = position + FrameCount(static_cast<std::int64_t>(taken));
+        buffer.presentationTime =
+            state.nextStamp == FirstStamp::AtFrame ? MediaTime::atFrame(at) : MediaTime::insideFrame(at);
+        state.nextStamp = FirstStamp::InsideFrame;
+        buffer.owner = m_state;
+        buffer.underWay.store(true, std::memory_order_relaxed);
+        state.queue.post(buffer);
+        taken += buffer.frames;
+    }
+    return taken;
+}
+
+void DeliveryPool::close() {
+    require(m_state->queue.isCurrent(), "deliveries are closed on the capture queue");
+    m_state->closed = true;
+    m_state->handler = nullptr;
+}
+
+} // namespace quillet

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "capture/SampleBuffer.h"
+#include "support/Result.h"
+#include "support/SerialQueue.h"
+
+#include <QString>
+
+#include <memory>
+
+namespace quillet {
+
+enum class AuthorizationStatus { NotDetermined, Restricted, Denied, Authorized };
+
+/// Why the microphone could not be opened, by the step that failed.
+struct MicrophoneFailure {
+    enum class Step { NoDevice, DeviceInput, AddInput, AddOutput };
+    Step step = Step::NoDevice;
+    QString description; ///< used with DeviceInput only
+};
+
+/// A running microphone. It delivers contiguous buffers, without holes and without non-finite samples, stamped half a
+/// frame inside their frame on the machine's monotonic clock, until stop() or destruction. Lost devices and servers are
+/// its own business: it moves to the next device and fills the gap with silence. Capture queue only.
+class MicrophoneSession {
+public:
+    virtual ~MicrophoneSession() = default;
+    /// No buffer is delivered once this has returned. Idempotent.
+    virtual void stop() = 0;
+};
+
+/// The machine's microphones. Capture queue only; nothing here waits longer than three seconds.
+class MicrophoneSource {
+public:
+    virtual ~MicrophoneSource() = default;
+    /// Never asks the user.
+    [[nodiscard]] virtual AuthorizationStatus authorizationStatus() = 0;
+    /// Opens the chosen or default device and starts it. The handler is called on the queue.
+    virtual Result<std::unique_ptr<MicrophoneSession>, MicrophoneFailure> start(SerialQueue& queue,
+                                                                                SampleHandler handler) = 0;
+};
+
+} // namespace quillet

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "platform/DurableFile.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+namespace quillet {
+
+/// A recording that this process is writing. As long as the object lives everybody else, this process included, finds
+/// the file marked as being written; the mark dies with the process.
+class RecordingFile : public DurableFile {
+public:
+    /// Takes the file out of its folder, unless something else has its name by now.
+    virtual void remove() = 0;
+};
+
+/// Makes a new, empty file that only its owner may read. What already has that name is set aside first, as
+/// "<stem> (earlier).m4a", "<stem> (earlier 2).m4a" and so on; nothing is ever replaced. Fails when that file is still
+/// being written. Takes a few milliseconds at most, and leaves nothing behind when it fails.
+[[nodiscard]] Result<std::unique_ptr<RecordingFile>> createRecordingFile(const std::filesystem::path& path);
+
+/// What a glance at a file tells.
+struct RecordingGlance {
+    enum class Kind {
+        Readable,
+        BeingWritten, ///< by this process or another one
+        NotAFile      ///< a folder, a symbolic link, a device
+    };
+    Kind kind = Kind::Readable;
+    std::vector<std::byte> head; ///< Readable only: how the file begins
+    std::int64_t sizeBytes = 0;  ///< Readable only
+};
+
+/// Never waits for anybody and changes nothing. The error says why the file cannot be read.
+[[nodiscard]] Result<RecordingGlance> glanceAtRecording(const std::filesystem::path& path, std::size_t headBytes);
+
+/// A file opened for repair, kept from every other repair as long as `file` lives. When that goes, the file's
+/// modification time is what it was before.
+struct RecordingForRepair {
+    enum class Kind { Ready, BeingWritten, BeingRepaired };
+    Kind kind = Kind::Ready;
+    std::unique_ptr<DurableFile> file; ///< Ready only
+};
+
+[[nodiscard]] Result<RecordingForRepair> openRecordingForRepair(const std::filesystem::path& path);
+
+} // namespace quillet

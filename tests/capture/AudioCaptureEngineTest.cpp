@@ -1,0 +1,305 @@
+#include "support/FakeHardware.h"
+#include "support/WaitFor.h"
+
+#include <gtest/gtest.h>
+
+#include <future>
+#include <gmock/gmock.h>
+
+namespace quillet::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class AudioCaptureEngineTest : public testing::Test {
+protected:
+    ~AudioCaptureEngineTest() override {
+        engine.reset();
+        processEvents();
+    }
+
+    /// Lets the capture queue and then the main thread run dry.
+    void settle() {
+        for (int round = 0; round < 4; ++round) {
+            engine->queue().sync([] {});
+            processEvents();
+        }
+    }
+    void start() {
+        engine->startRecording();
+        settle();
+    }
+    void stop() {
+        engine->stopRecording();
+        settle();
+        engine->waitUntilFinished();
+        settle();
+    }
+    /// Both sources deliver the same stretch of time.
+    void deliver(std::int64_t firstFrame, std::int64_t frames) {
+        engine->queue().sync([&] {
+            const std::vector<float> stereo(static_cast<std::size_t>(2 * frames), 0.25F);
+            const HostFramePos at{FrameCount(48000 + firstFrame)};
+            const MediaTime time = firstFrame == 0 ? MediaTime::atFrame(at) : MediaTime::insideFrame(at);
+            const SampleBuffer buffer{std::as_bytes(std::span(stereo)), &kInterleavedStereoFloat, time, frames};
+            if (systemAudio->handler) systemAudio->handler(buffer);
+            if (microphone->handler) microphone->handler(buffer);
+        });
+    }
+    const FakeWriters::File& file(std::size_t index = 0) { return *writers->files.at(index); }
+
+    std::shared_ptr<FakeMicrophone> microphone = std::make_shared<FakeMicrophone>();
+    std::shared_ptr<FakeSystemAudio> systemAudio = std::make_shared<FakeSystemAudio>();
+    std::shared_ptr<FakeWriters> writers = std::make_shared<FakeWriters>();
+    std::shared_ptr<FakeHost> host = std::make_shared<FakeHost>();
+    std::shared_ptr<AudioCaptureEngine> engine = AudioCaptureEngine::create({systemAudio, microphone, writers}, host);
+};
+
+TEST_F(AudioCaptureEngineTest, ARecordingEndsInItsFileItsLogLineItsNoticeAndItsNote) {
+    host->makesNotes = true;
+    host->noteResult = CreateNoteResult{.success = true};
+
+    start();
+    EXPECT_TRUE(engine->isRecording.value());
+    EXPECT_TRUE(engine->recordingStartDate.value().has_value());
+    EXPECT_EQ(engine->outputURL.value(), std::filesystem::path("/recordings/Meeting.m4a"));
+    deliver(0, 5000);
+    // The log line stands for a file that exists; this one is only imagined.
+    stop();
+
+    EXPECT_FALSE(engine->isRecording.value());
+    EXPECT_FALSE(engine->recordingStartDate.value().has_value());
+    EXPECT_FALSE(engine->lastError.value().has_value());
+    EXPECT_EQ(file().firstFrame, 0);
+    EXPECT_EQ(file().samples.size(), 4U * 2 * kBlockFrames) << "the file ends at the last full block";
+    EXPECT_THAT(host->journal(), ElementsAre("starts in /recordings", "complete /recordings/Meeting.m4a",
+                                             "note /recordings/Meeting.m4a"));
+}
+
+TEST_F(AudioCaptureEngineTest, OneLogLineForAFileThatExists) {
+    host->url = std::filesystem::path("/proc/self/status");
+    start();
+    deliver(0, 2048);
+    stop();
+    EXPECT_TRUE(host->has("log /proc/self/status"));
+}
+
+TEST_F(AudioCaptureEngineTest, EveryFailureToStartIsSaidAndLeavesNothingRunning) {
+    using Step = MicrophoneFailure::Step;
+    const PlatformError reason{5, QStringLiteral("the reason")};
+    const StorageError full = RecordingFileManagerError::insufficientDiskSpace(1);
+    const StorageError notOurs = PlatformError{13, QStringLiteral("Permission denied")};
+    const struct {
+        const char* name;
+        std::function<void()> arrange;
+        const char* error;
+        const char* alert; ///< null: none
+        int contentRequests;
+    } rows[] = {
+        {"full disk",
+         [&] {
+             host->url = Failure{full};
+             host->supportUrl = Failure{full};
+         },
+         "Not enough disk space to record. Free some space and try again.", "disk full", 0},
+        {"a folder that is a file: our own errors all raise the disk alert, and the second attempt speaks",
+         [&] {
+             host->url = Failure{full};
+             host->supportUrl = Failure{StorageError(RecordingFileManagerError::pathExistsAsFile())};
+         },
+         "Recordings path exists but is not a directory.", "disk full", 0},
+        {"the platform's storage error",
+         [&] {
+             host->url = Failure{full};
+             host->supportUrl = Failure{notOurs};
+         },
+         "Permission denied", nullptr, 0},
+        {"microphone not decided", [&] { microphone->status = AuthorizationStatus::NotDetermined; },
+         "Microphone access is required. Enable it in System Settings → Privacy & Security → Microphone.",
+         "permission denied", 0},
+        {"microphone denied", [&] { microphone->status = AuthorizationStatus::Denied; },
+         "Microphone access is required. Enable it in System Settings → Privacy & Security → Microphone.",
+         "permission denied", 0},
+        {"no microphone",
+         [&] {
+             microphone->failure = {Step::NoDevice, {}};
+         },
+         "No microphone available.", nullptr, 0},
+        {"microphone input",
+         [&] {
+             microphone->failure = {Step::DeviceInput, QStringLiteral("the reason")};
+         },
+         "Microphone input failed: the reason", nullptr, 0},
+        {"input not addable",
+         [&] {
+             microphone->failure = {Step::AddInput, {}};
+         },
+         "Could not add microphone input.", nullptr, 0},
+        {"output not addable",
+         [&] {
+             microphone->failure = {Step::AddOutput, {}};
+         },
+         "Could not add microphone output.", nullptr, 0},
+        {"content", [&] { systemAudio->content = Failure{reason}; }, "Could not get shareable content: the reason",
+         "permission denied", 1},
+        {"no content", [&] { systemAudio->content = std::optional<ShareableContent>(); },
+         "No shareable content returned.", nullptr, 1},
+        {"no display", [&] { systemAudio->content = std::optional(ShareableContent{}); },
+         "No display available for system audio capture.", nullptr, 1},
+        {"stream output", [&] { systemAudio->outputFailure = reason; }, "Failed to add stream output: the reason",
+         nullptr, 1},
+        {"stream start", [&] { systemAudio->startFailure = reason; }, "Stream start failed: the reason",
+         "permission denied", 1},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        microphone = std::make_shared<FakeMicrophone>();
+        systemAudio = std::make_shared<FakeSystemAudio>();
+        host = std::make_shared<FakeHost>();
+        engine = AudioCaptureEngine::create({systemAudio, microphone, writers}, host);
+        row.arrange();
+
+        start();
+
+        EXPECT_EQ(engine->lastError.value(), QString::fromUtf8(row.error));
+        EXPECT_FALSE(engine->isRecording.value());
+        EXPECT_EQ(systemAudio->contentRequests, row.contentRequests);
+        EXPECT_FALSE(microphone->handler) << "the microphone still runs";
+        EXPECT_FALSE(systemAudio->handler) << "the stream still runs";
+        auto journal = host->journal();
+        std::erase(journal, "starts in /recordings");
+        EXPECT_EQ(journal, row.alert ? std::vector<std::string>{row.alert} : std::vector<std::string>{});
+    }
+    EXPECT_TRUE(writers->files.empty());
+}
+
+TEST_F(AudioCaptureEngineTest, AFolderThatFailsIsReplacedByTheDefaultOne) {
+    host->url = Failure{StorageError(RecordingFileManagerError::pathExistsAsFile())};
+    start();
+    EXPECT_TRUE(engine->isRecording.value());
+    EXPECT_EQ(engine->outputURL.value(), std::filesystem::path("/support/Meeting.m4a"));
+    EXPECT_THAT(host->journal(), ElementsAre("starts in /support"));
+    stop();
+}
+
+TEST_F(AudioCaptureEngineTest, AFileThatCannotBeMadeIsMadeInTheDefaultFolder) {
+    writers->unwritable = {"/recordings/Meeting.m4a"};
+    start();
+    deliver(0, 2048);
+    stop();
+    EXPECT_EQ(engine->outputURL.value(), std::filesystem::path("/support/Meeting.m4a"));
+    EXPECT_TRUE(host->has("complete /support/Meeting.m4a"));
+}
+
+TEST_F(AudioCaptureEngineTest, AFileThatCannotBeMadeAnywhereIsTriedOnceAndSaid) {
+    writers->unwritable = {"/recordings/Meeting.m4a", "/support/Meeting.m4a"};
+    start();
+    deliver(0, 2048);
+    settle();
+    EXPECT_EQ(engine->lastError.value(), QStringLiteral("Failed to setup audio writer."));
+    EXPECT_TRUE(engine->isRecording.value());
+    writers->unwritable.clear();
+    deliver(2048, 4096);
+    EXPECT_TRUE(writers->files.empty());
+    stop();
+    EXPECT_FALSE(engine->isRecording.value());
+    EXPECT_THAT(host->journal(), ElementsAre("starts in /recordings"));
+}
+
+TEST_F(AudioCaptureEngineTest, LessThanABlockLeavesNoFileAndNoNotice) {
+    start();
+    deliver(0, 1023);
+    stop();
+    EXPECT_TRUE(writers->files.empty());
+    EXPECT_FALSE(engine->isRecording.value());
+    EXPECT_THAT(host->journal(), ElementsAre("starts in /recordings"));
+}
+
+TEST_F(AudioCaptureEngineTest, WhatBecomesOfTheNoteIsTold) {
+    const struct {
+        const char* name;
+        AssetWriterStatus status;
+        std::optional<CreateNoteResult> result;
+        std::vector<std::string> told;
+    } rows[] = {
+        {"made", AssetWriterStatus::Completed, CreateNoteResult{.success = true}, {}},
+        {"not attempted", AssetWriterStatus::Completed, std::nullopt, {}},
+        {"refused", AssetWriterStatus::Completed, CreateNoteResult{false, true}, {"automation denied"}},
+        {"failed", AssetWriterStatus::Completed, CreateNoteResult{false, false}, {"script failure"}},
+        {"also for a file that failed", AssetWriterStatus::Failed, CreateNoteResult{false, false}, {"script failure"}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        host = std::make_shared<FakeHost>();
+        host->makesNotes = true;
+        host->noteResult = row.result;
+        writers->finalStatus = row.status;
+        engine = AudioCaptureEngine::create({systemAudio, microphone, writers}, host);
+        start();
+        deliver(0, 2048);
+        stop();
+        auto journal = host->journal();
+        EXPECT_EQ(std::erase(journal, "complete /recordings/Meeting.m4a"),
+                  row.status == AssetWriterStatus::Completed ? 1U : 0U);
+        EXPECT_EQ(std::erase(journal, "note /recordings/Meeting.m4a"), 1U);
+        std::erase(journal, "starts in /recordings");
+        EXPECT_EQ(journal, row.told);
+        EXPECT_FALSE(engine->lastError.value().has_value());
+    }
+}
+
+TEST_F(AudioCaptureEngineTest, ASlowNoteDoesNotDelayTheNextRecording) {
+    std::promise<void> release;
+    host->makesNotes = true;
+    host->duringNote = [future = release.get_future().share()] { future.wait(); };
+    start();
+    deliver(0, 2048);
+    engine->stopRecording();
+    ASSERT_TRUE(waitFor([&] { return host->has("note /recordings/Meeting.m4a"); }));
+    ASSERT_TRUE(waitFor([&] { return !engine->isRecording.value(); }));
+
+    start();
+    deliver(0, 3000);
+    EXPECT_TRUE(engine->isRecording.value());
+    EXPECT_EQ(file(1).samples.size(), 2U * 2 * kBlockFrames);
+
+    release.set_value();
+    stop();
+}
+
+TEST_F(AudioCaptureEngineTest, AFullDiskEndsTheRecordingAndSaysSo) {
+    start();
+    deliver(0, 4096);
+    writers->files.at(0)->status = AssetWriterStatus::Completed;
+    writers->files.at(0)->interrupted(PlatformError::fromErrno(ENOSPC));
+    settle();
+    engine->waitUntilFinished();
+    settle();
+
+    EXPECT_EQ(engine->lastError.value(),
+              QStringLiteral("Not enough disk space to record. Free some space and try again."));
+    EXPECT_FALSE(engine->isRecording.value());
+    EXPECT_TRUE(host->has("disk full"));
+    EXPECT_TRUE(host->has("complete /recordings/Meeting.m4a"));
+    EXPECT_EQ(systemAudio->stops, 1);
+
+    start();
+    deliver(0, 2048);
+    writers->files.at(0)->interrupted(PlatformError::fromErrno(EIO)); // a late word about the file of before
+    settle();
+    EXPECT_TRUE(engine->isRecording.value());
+    stop();
+}
+
+TEST_F(AudioCaptureEngineTest, ARecordingThatIsAbandonedEndsItsSources) {
+    start();
+    deliver(0, 4096);
+    engine.reset();
+    EXPECT_FALSE(microphone->handler);
+    EXPECT_FALSE(systemAudio->handler);
+    engine = AudioCaptureEngine::create({systemAudio, microphone, writers}, host);
+}
+
+} // namespace
+} // namespace quillet::test

@@ -1,0 +1,89 @@
+#include "capture/DeliveryPool.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <semaphore>
+
+namespace quillet {
+namespace {
+
+struct Received {
+    MediaTime at;
+    std::vector<float> samples;
+};
+
+class DeliveryPoolTest : public testing::Test {
+protected:
+    SampleHandler keep() {
+        return [this](const SampleBuffer& buffer) {
+            Received copy{buffer.presentationTime, std::vector<float>(buffer.data.size() / sizeof(float))};
+            std::memcpy(copy.samples.data(), buffer.data.data(), buffer.data.size());
+            received.push_back(std::move(copy));
+        };
+    }
+    std::vector<Received> received; ///< capture queue
+    SerialQueue queue{"test"};
+};
+
+TEST_F(DeliveryPoolTest, LongDeliveriesArriveInPiecesWithTheirOwnTimes) {
+    DeliveryPool pool(queue, keep(), 1, DeliveryPool::FirstStamp::AtFrame);
+    std::vector<float> ramp(2500);
+    for (std::size_t i = 0; i < ramp.size(); ++i) ramp[i] = static_cast<float>(i) / 2500;
+
+    EXPECT_EQ(pool.deliver(HostFramePos{FrameCount(1000)}, ramp), 2500U);
+    queue.sync([] {});
+
+    ASSERT_EQ(received.size(), 3U);
+    EXPECT_EQ(received[0].at.value * 2, 2000 * received[0].at.timescale / kSampleRateHz) << "the edge of the frame";
+    EXPECT_EQ(received[1].at.value, 2 * 1960 + 1) << "half a frame inside";
+    EXPECT_EQ(received[2].at.value, 2 * 2920 + 1);
+    EXPECT_EQ(received[2].samples.back(), ramp.back());
+}
+
+TEST_F(DeliveryPoolTest, WhatIsNoSampleIsReplaced) {
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    DeliveryPool pool(queue, keep(), 2, DeliveryPool::FirstStamp::InsideFrame);
+    const float bad[] = {std::nanf(""), kInfinity, -kInfinity, 3e38F, -5000.0F, 2.5F};
+
+    pool.deliver({}, bad);
+    queue.sync([] {});
+
+    EXPECT_EQ(received.at(0).samples, (std::vector<float>{0, 0, 0, kLargestSample, -kLargestSample, 2.5F}));
+}
+
+TEST_F(DeliveryPoolTest, AStarvedQueueTakesWhatItCanAndGoesOnLater) {
+    std::binary_semaphore release(0);
+    queue.async([&] { release.acquire(); });
+    DeliveryPool pool(queue, keep(), 1, DeliveryPool::FirstStamp::InsideFrame);
+    const std::vector<float> threeSeconds(3 * kSampleRateHz, 0.5F);
+
+    const std::size_t taken = pool.deliver({}, threeSeconds);
+    EXPECT_EQ(taken, DeliveryPool::kBuffers * DeliveryPool::kFramesPerBuffer);
+    EXPECT_EQ(pool.deliver({}, threeSeconds), 0U);
+    release.release();
+    queue.sync([] {});
+
+    EXPECT_EQ(pool.deliver({}, std::span(threeSeconds).first(100)), 100U);
+    queue.sync([] {});
+    EXPECT_EQ(received.size(), DeliveryPool::kBuffers + 1);
+}
+
+TEST_F(DeliveryPoolTest, NothingArrivesAfterCloseAlsoWhenThePoolIsGone) {
+    std::binary_semaphore release(0);
+    auto pool = std::make_unique<DeliveryPool>(queue, keep(), 1, DeliveryPool::FirstStamp::InsideFrame);
+    queue.async([&] {
+        release.acquire();
+        pool->close();
+        pool.reset();
+    });
+    pool->deliver({}, std::vector<float>(4800));
+    release.release();
+    queue.sync([] {});
+    EXPECT_TRUE(received.empty());
+}
+
+} // namespace
+} // namespace quillet

@@ -1,0 +1,103 @@
+#include "capture/FilePlayer.h"
+
+#include "support/FakeHardware.h"
+#include "support/WaitFor.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace quillet::test {
+namespace {
+
+/// A file whose samples follow from their position, read in awkward portions.
+class FakeReader final : public AudioFileReader {
+public:
+    FakeReader(int channelCount, std::size_t frames, float first)
+        : m_channels(channelCount), m_left(frames), m_next(first) {}
+    int channels() const override { return m_channels; }
+    std::size_t read(std::span<float> interleaved) override {
+        const std::size_t asked = interleaved.size() / static_cast<std::size_t>(m_channels);
+        const std::size_t frames = std::min({asked, m_left, std::size_t{777}});
+        for (std::size_t i = 0; i < frames * static_cast<std::size_t>(m_channels); ++i) {
+            m_next = std::fmod(m_next * 1.7F + 0.311F, 1.0F);
+            interleaved[i] = ++m_sample % 4321 == 0 ? std::nanf("") : m_next - 0.5F;
+        }
+        m_left -= frames;
+        return frames;
+    }
+
+private:
+    const int m_channels;
+    std::size_t m_left;
+    float m_next;
+    std::size_t m_sample = 0;
+};
+
+struct Outcome {
+    std::vector<float> samples;
+    std::int64_t dropped = 0;
+};
+
+Outcome play(std::size_t systemFrames, std::size_t micFrames, FilePlayer::Pace pace, std::int64_t freeBlocks = 700,
+             std::optional<FrameCount> length = {}) {
+    FilePlayer::Files files{.systemAudio = std::make_unique<FakeReader>(2, systemFrames, 0.1F),
+                            .microphone = std::make_unique<FakeReader>(1, micFrames, 0.7F)};
+    const auto player = FilePlayer::create(std::move(files), pace, length);
+    const auto writers = std::make_shared<FakeWriters>();
+    writers->freeBlocks = freeBlocks;
+    const auto engine = AudioCaptureEngine::create({player->systemAudioSource(), player->microphoneSource(), writers},
+                                                   std::make_shared<FakeHost>());
+    bool ended = false;
+    player->setCallbacks({.canTakeBlocks =
+                              [&, tries = 0](std::int64_t blocks) mutable {
+                                  // A writer that is full now and then holds the files back.
+                                  return ++tries % 3 != 0 && engine->canTakeBlocks(blocks);
+                              },
+                          .didEnd = [&] { MainThread::post([&] { ended = true; }); }});
+    engine->startRecording();
+    EXPECT_TRUE(waitFor([&] { return ended; }, 20000));
+    engine->stopRecording();
+    EXPECT_TRUE(waitFor([&] { return !engine->isRecording.value(); }));
+    engine->waitUntilFinished();
+    if (writers->files.empty()) return {};
+    return {writers->files.front()->samples, engine->statistics().blocksDropped};
+}
+
+TEST(FilePlayerTest, TheSameFilesGiveTheSameMixBitForBitAtEitherPace) {
+    const Outcome fast = play(30'000, 41'111, FilePlayer::Pace::AsFastAsPossible);
+    const Outcome again = play(30'000, 41'111, FilePlayer::Pace::AsFastAsPossible, 30);
+    const Outcome paced = play(30'000, 41'111, FilePlayer::Pace::RealTime);
+
+    EXPECT_EQ(fast.samples.size(), 2U * 41 * kBlockFrames) << "the longer file, to the end of its last block";
+    EXPECT_EQ(fast.dropped + again.dropped + paced.dropped, 0);
+    EXPECT_TRUE(fast.samples == again.samples);
+    EXPECT_TRUE(fast.samples == paced.samples);
+    for (const float sample : fast.samples) ASSERT_TRUE(std::isfinite(sample));
+}
+
+TEST(FilePlayerTest, FilesEndWhereTheyShould) {
+    const struct {
+        const char* name;
+        std::size_t system, mic;
+        std::optional<FrameCount> length;
+        std::size_t blocks;
+    } rows[] = {
+        {"nothing at all", 0, 0, {}, 0},
+        {"one frame fills a block", 1, 0, {}, 1},
+        {"exactly a block", 1024, 500, {}, 1},
+        {"one more frame", 100, 1025, {}, 2},
+        {"many batches", 480'000, 1, {}, 469},
+        {"cut at a length", 480'000, 300'000, FrameCount(96'000), 94},
+        {"a length behind the end", 1024, 1024, FrameCount(96'000), 1},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const Outcome outcome = play(row.system, row.mic, FilePlayer::Pace::AsFastAsPossible, 700, row.length);
+        EXPECT_EQ(outcome.samples.size(), 2 * row.blocks * kBlockFrames);
+        EXPECT_EQ(outcome.dropped, 0);
+    }
+}
+
+} // namespace
+} // namespace quillet::test
