@@ -2,6 +2,7 @@
 
 #include "platform/AssetWriter.h"
 #include "platform/MicrophoneSource.h"
+#include "platform/SoundDevices.h"
 #include "platform/SystemAudioSource.h"
 
 #include <QString>
@@ -18,6 +19,8 @@ struct LiveSources {
 
 /// A device is named as the machine names it; an empty name follows the user's default.
 [[nodiscard]] LiveSources makeLiveSources(const QString& systemDevice, const QString& microphoneDevice);
+
+[[nodiscard]] std::shared_ptr<SoundDevices> makeSoundDevices();
 
 [[nodiscard]] std::shared_ptr<AssetWriterFactory> makeAssetWriterFactory();
 

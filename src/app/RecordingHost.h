@@ -1,0 +1,48 @@
+#pragma once
+
+#include "app/RecorderUIModel.h"
+#include "capture/AudioCaptureEngine.h"
+#include "storage/RecordingFileManager.h"
+#include "support/NotificationCenter.h"
+#include "support/SerialQueue.h"
+#include "support/UserDefaults.h"
+
+#include <functional>
+
+namespace quillet {
+
+/// The program around the capture engine: answers its questions from the recordings folder, the settings, the alert
+/// slot and the notes application. The objects given to it must outlive it.
+class RecordingHost final : public AudioCaptureEngine::Host {
+public:
+    using CreateNote =
+        std::function<std::optional<CreateNoteResult>(const std::filesystem::path& recording, WallTime recordedAt)>;
+
+    /// Without a createNote no note is ever attempted.
+    RecordingHost(RecordingFileManager& files, const UserDefaults& defaults, RecorderUIModel& uiModel,
+                  NotificationCenter& notifications, CreateNote createNote = {});
+
+    Result<std::filesystem::path, StorageError> generateFileURL() override { return m_files.generateFileURL(); }
+    Result<std::filesystem::path, StorageError> generateFileURLInApplicationSupport() override {
+        return m_files.generateFileURLInApplicationSupport();
+    }
+    void recordingStartsIn(const std::filesystem::path& folder) override;
+    void appendToTestLog(WallTime timestamp, const std::filesystem::path& recording) override;
+    void recordingDidComplete(const std::filesystem::path& recording) override;
+    std::optional<CreateNoteResult> createNote(const std::filesystem::path& recording, WallTime recordedAt) override;
+    bool autoCreateNote() override;
+    void showDiskFull() override { m_uiModel.showDiskFull(); }
+    void showPermissionDenied() override { m_uiModel.showPermissionDenied(); }
+    void showNotesAutomationDenied() override { m_uiModel.showNotesAutomationDenied(); }
+    void showAppleScriptFailure() override { m_uiModel.showAppleScriptFailure(); }
+
+private:
+    RecordingFileManager& m_files;
+    const UserDefaults& m_defaults;
+    RecorderUIModel& m_uiModel;
+    NotificationCenter& m_notifications;
+    const CreateNote m_createNote;
+    SerialQueue m_repairs{"quillet.repairs"};
+};
+
+} // namespace quillet

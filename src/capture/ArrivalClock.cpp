@@ -1,0 +1,72 @@
+#include "capture/ArrivalClock.h"
+
+#include <algorithm>
+
+namespace quillet {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr Seconds kBucket = 500ms;
+
+// The time constant grows from brisk to calm: at first the device's rate is unknown, and two hundred parts per million
+// would carry the position off by three milliseconds before the calm controller had found them.
+constexpr double kFirstTimeConstantSeconds = 8;
+constexpr double kTimeConstantSeconds = 20;
+constexpr double kTimeConstantGrowth = 0.2; ///< seconds per second since the restart
+
+constexpr double kLargestIntegralPpm = 500;
+constexpr double kLargestCorrectionPpm = 1000; ///< still inaudible: two hundredths of a semitone
+
+} // namespace
+
+void ArrivalClock::restart(HostTime now) {
+    m_filled = 0;
+    m_observed = false;
+    m_restarted = now;
+    m_bucketBegan = now;
+    m_correctionPpm = m_integralPpm;
+}
+
+void ArrivalClock::observe(HostTime now, Seconds lateness) {
+    m_minimum = m_observed ? std::min(m_minimum, lateness) : lateness;
+    m_observed = true;
+    if (now - m_bucketBegan >= kBucket) closeBucket(now);
+}
+
+void ArrivalClock::closeBucket(HostTime now) {
+    m_minima[m_filled % kBuckets] = m_minimum;
+    ++m_filled;
+    const Seconds elapsed = now - m_bucketBegan;
+    m_bucketBegan = now;
+    m_observed = false;
+
+    const Seconds error =
+        *std::min_element(m_minima.begin(), m_minima.begin() + std::ptrdiff_t(std::min(m_filled, kBuckets)));
+    if (error > kDiscontinuity) return; // soon made up for by inserted frames, and no sign of the rate
+
+    // Critically damped: the proportional gain is the inverse time constant, the integral one a quarter of its square.
+    const double timeConstant = std::min(
+        kTimeConstantSeconds, kFirstTimeConstantSeconds + kTimeConstantGrowth * Seconds(now - m_restarted).count());
+    const double gain = 1e6 / timeConstant;
+    m_integralPpm = std::clamp(m_integralPpm + gain / (4 * timeConstant) * error.count() * elapsed.count(),
+                               -kLargestIntegralPpm, kLargestIntegralPpm);
+    m_correctionPpm = std::clamp(gain * error.count() + m_integralPpm, -kLargestCorrectionPpm, kLargestCorrectionPpm);
+}
+
+std::optional<Seconds> ArrivalClock::lost() const {
+    if (m_filled < kBucketsToTellLoss) return std::nullopt;
+    Seconds least = m_minima[(m_filled - 1) % kBuckets];
+    for (std::size_t back = 2; back <= kBucketsToTellLoss; ++back)
+        least = std::min(least, m_minima[(m_filled - back) % kBuckets]);
+    if (least <= kDiscontinuity) return std::nullopt;
+    return least;
+}
+
+void ArrivalClock::movedForward(Seconds by) {
+    // What lies before the loss was in place; only from here on does the lateness count again.
+    m_filled = 0;
+    if (m_observed) m_minimum -= by;
+}
+
+} // namespace quillet

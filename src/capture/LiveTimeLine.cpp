@@ -1,0 +1,177 @@
+#include "capture/LiveTimeLine.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <utility>
+
+namespace quillet {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::size_t kMostHeldFrames = 2 * kSampleRateHz;
+constexpr std::size_t kSilenceFrames = 960;
+constexpr HostTime::duration kFillInterval = 20ms;
+constexpr std::array<float, kSilenceFrames * 2> kSilence{};
+
+/// A moment in host frames. As a double it is exact to a thousandth of a frame for years of uptime.
+double framesAt(HostTime time) { return Seconds(time.time_since_epoch()).count() * kSampleRateHz; }
+
+HostFramePos wholeFrame(double hostFrames) { return HostFramePos(FrameCount(std::llround(std::floor(hostFrames)))); }
+
+double countOf(HostFramePos position) { return static_cast<double>(position.time_since_epoch().count()); }
+
+constexpr double kPatienceFrames = LiveTimeLine::kPatience.count() * kSampleRateHz;
+constexpr double kFramesAhead = ArrivalClock::kDiscontinuity.count() * kSampleRateHz;
+
+} // namespace
+
+LiveTimeLine::LiveTimeLine(int channels, std::unique_ptr<RateConverter> converter, Deliver deliver, HostTime started)
+    : m_channels(static_cast<std::size_t>(channels)),
+      m_converter(std::move(converter)),
+      m_deliver(std::move(deliver)),
+      m_started(started),
+      m_lastArrival(started) {
+    m_held.reserve(kMostHeldFrames * m_channels);
+}
+
+std::int64_t LiveTimeLine::heldFrames() const { return static_cast<std::int64_t>(m_held.size() / m_channels); }
+
+void LiveTimeLine::append(HostTime now, std::span<const float> interleaved) {
+    const auto frames = static_cast<std::int64_t>(interleaved.size() / m_channels);
+    if (frames == 0) return;
+    if (m_state == State::Locked) {
+        const double end = countOf(m_next) + m_converter->heldFrames() + static_cast<double>(frames);
+        const double surplus = end - framesAt(now);
+        // What is too early repeats what has been made up for: without the cut it would delay everything after it.
+        const auto cut = surplus > kFramesAhead ? std::min(std::llround(surplus), static_cast<long long>(frames)) : 0;
+        convertAndEmit(interleaved.subspan(static_cast<std::size_t>(cut) * m_channels));
+    } else {
+        if (m_heldEnd == 0) m_holdingSince = now;
+        const std::size_t room = kMostHeldFrames * m_channels;
+        const auto kept = interleaved.last(std::min(interleaved.size(), room));
+        const std::size_t excess = m_held.size() + kept.size() > room ? m_held.size() + kept.size() - room : 0;
+        m_held.erase(m_held.begin(), m_held.begin() + static_cast<std::ptrdiff_t>(excess));
+        m_held.insert(m_held.end(), kept.begin(), kept.end());
+        m_heldEnd += frames;
+    }
+    m_lastArrival = now;
+}
+
+void LiveTimeLine::appendHole(HostTime now, std::size_t frames) {
+    while (frames > 0) {
+        const std::size_t part = std::min(frames, kSilenceFrames);
+        append(now, std::span(kSilence).first(part * m_channels));
+        frames -= part;
+    }
+}
+
+void LiveTimeLine::arrived(HostTime now) {
+    if (m_state == State::Anchoring) {
+        if (m_heldEnd == 0) return;
+        const double origin = framesAt(now) - static_cast<double>(m_heldEnd);
+        m_origin = m_holdingSince == now ? origin : std::min(m_origin, origin);
+        if (now - m_holdingSince >= kAnchoring) lock(now);
+        return;
+    }
+    const double lateFrames = framesAt(now) - countOf(m_next) - m_converter->heldFrames();
+    m_clock.observe(now, Seconds(lateFrames / kSampleRateHz));
+    if (const auto lost = m_clock.lost()) {
+        const auto frames = std::llround(lost->count() * kSampleRateHz);
+        emitSilence(frames);
+        m_clock.movedForward(FrameCount(frames));
+    }
+    m_converter->setCorrection(m_clock.correctionPpm());
+}
+
+void LiveTimeLine::lock(HostTime now) {
+    const double first = m_origin + static_cast<double>(m_heldEnd - heldFrames());
+    const HostFramePos begin = wholeFrame(first);
+    if (!m_begun) m_next = begin;
+    m_begun = true;
+
+    const std::int64_t gap = (begin - m_next).count();
+    emitSilence(std::max<std::int64_t>(gap, 0));
+    const std::int64_t covered = std::min(std::max<std::int64_t>(-gap, 0), heldFrames());
+    m_state = State::Locked;
+    m_clock.restart(now);
+    m_converter->reset();
+    m_converter->setCorrection(m_clock.correctionPpm());
+    convertAndEmit(std::span(std::as_const(m_held)).subspan(static_cast<std::size_t>(covered) * m_channels));
+    m_held.clear();
+    m_heldEnd = 0;
+}
+
+void LiveTimeLine::interrupted() {
+    m_state = State::Anchoring;
+    m_held.clear();
+    m_heldEnd = 0;
+}
+
+void LiveTimeLine::tick(HostTime now) {
+    if (m_state == State::Locked) {
+        if (now - m_lastArrival < kPatience) return;
+        interrupted();
+    }
+    if (m_heldEnd > 0 && now - m_holdingSince >= kAnchoring) {
+        lock(now);
+    } else {
+        keepUp(now);
+    }
+    payOwed();
+}
+
+HostTime LiveTimeLine::nextTick(HostTime now) const {
+    if (m_state == State::Anchoring || m_owed > 0) return now + kFillInterval;
+    return m_lastArrival + std::chrono::duration_cast<HostTime::duration>(kPatience);
+}
+
+/// The present minus the patience, and no further: what a stalled device still delivers late is then not lost.
+void LiveTimeLine::keepUp(HostTime now) {
+    if (!m_begun) {
+        if (now - m_started < kPatience) return;
+        m_next = wholeFrame(framesAt(m_started));
+        m_begun = true;
+    }
+    emitSilence((wholeFrame(framesAt(now) - kPatienceFrames) - m_next).count());
+}
+
+void LiveTimeLine::convertAndEmit(std::span<const float> interleaved) {
+    // In pieces, so that a long burst does not make the converter grow.
+    while (!interleaved.empty()) {
+        const auto piece = interleaved.first(std::min(interleaved.size(), kSilenceFrames * m_channels));
+        emit(m_converter->convert(piece));
+        interleaved = interleaved.subspan(piece.size());
+    }
+}
+
+void LiveTimeLine::emit(std::span<const float> interleaved) {
+    const auto frames = static_cast<std::int64_t>(interleaved.size() / m_channels);
+    payOwed();
+    const std::int64_t taken =
+        m_owed > 0 || frames == 0 ? 0 : static_cast<std::int64_t>(m_deliver(m_next, interleaved));
+    m_owed += frames - taken;
+    m_next += FrameCount(frames);
+}
+
+void LiveTimeLine::emitSilence(std::int64_t frames) {
+    while (frames > 0) {
+        const auto part = std::min(frames, static_cast<std::int64_t>(kSilenceFrames));
+        emit(std::span(kSilence).first(static_cast<std::size_t>(part) * m_channels));
+        frames -= part;
+    }
+}
+
+void LiveTimeLine::payOwed() {
+    while (m_owed > 0) {
+        const auto part = std::min(m_owed, static_cast<std::int64_t>(kSilenceFrames));
+        const std::size_t taken = m_deliver(m_next - FrameCount(m_owed),
+                                            std::span(kSilence).first(static_cast<std::size_t>(part) * m_channels));
+        m_owed -= static_cast<std::int64_t>(taken);
+        if (static_cast<std::int64_t>(taken) < part) return;
+    }
+}
+
+} // namespace quillet

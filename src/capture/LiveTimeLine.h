@@ -1,0 +1,75 @@
+#pragma once
+
+#include "capture/ArrivalClock.h"
+#include "capture/MediaTime.h"
+#include "capture/RateConverter.h"
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace quillet {
+
+/// Places what arrives from a live device on the machine's monotonic clock: one unbroken run of frames, each where it
+/// sounded. It follows the device's clock by stretching, fills lost audio and silent devices with silence, drops audio
+/// for which silence has already been delivered, and finds its place anew after every break. Once begun, it is never
+/// more than about a second behind the present nor 60 ms ahead of it. Owned by a recording stream and used on that
+/// stream's thread only; it allocates nothing after construction, apart from the converter's own warm-up.
+class LiveTimeLine {
+public:
+    /// Takes frames that begin at the position and returns how many it took; what it leaves is owed to it as silence.
+    using Deliver = std::function<std::size_t(HostFramePos position, std::span<const float> interleaved)>;
+
+    /// How long a device may be silent before silence takes its place: more than twice the longest delay ever seen
+    /// without a loss, and well within what the other source can wait for.
+    static constexpr Seconds kPatience = std::chrono::seconds(1);
+    /// How long arrivals are watched before the first of them is placed.
+    static constexpr Seconds kAnchoring = std::chrono::milliseconds(400);
+
+    LiveTimeLine(int channels, std::unique_ptr<RateConverter> converter, Deliver deliver, HostTime started);
+
+    /// Frames that were taken from the device at this moment; arrived() ends the moment's series.
+    void append(HostTime now, std::span<const float> interleaved);
+    /// The device reports that so many frames are missing here.
+    void appendHole(HostTime now, std::size_t frames);
+    void arrived(HostTime now);
+
+    /// What comes next does not continue what came before: another device, or a buffer that ran over.
+    void interrupted();
+
+    /// Keeps the time line moving when nothing arrives. Call it at nextTick(); more often does no harm.
+    void tick(HostTime now);
+    [[nodiscard]] HostTime nextTick(HostTime now) const;
+
+private:
+    enum class State { Anchoring, Locked };
+
+    void lock(HostTime now);
+    void keepUp(HostTime now);
+    void emit(std::span<const float> interleaved);
+    void emitSilence(std::int64_t frames);
+    void payOwed();
+    void convertAndEmit(std::span<const float> interleaved);
+    [[nodiscard]] std::int64_t heldFrames() const;
+
+    const std::size_t m_channels;
+    const std::unique_ptr<RateConverter> m_converter;
+    const Deliver m_deliver;
+    const HostTime m_started;
+    ArrivalClock m_clock;
+
+    State m_state = State::Anchoring;
+    bool m_begun = false;
+    HostFramePos m_next;     ///< where the next frame belongs; meaningful once begun
+    std::int64_t m_owed = 0; ///< frames before m_next that nobody has taken
+    HostTime m_lastArrival;
+
+    std::vector<float> m_held; ///< while anchoring: what has arrived
+    HostTime m_holdingSince;
+    std::int64_t m_heldEnd = 0; ///< frames arrived since the hold began, also those that did not fit
+    double m_origin = 0;        ///< the earliest place, in host frames, that the first of them can have
+};
+
+} // namespace quillet

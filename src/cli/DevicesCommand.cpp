@@ -1,0 +1,66 @@
+#include "cli/Commands.h"
+#include "platform/Platform.h"
+
+#include <QCommandLineParser>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace quillet::cli {
+namespace {
+
+QString kindName(SoundDevice::Kind kind) {
+    return kind == SoundDevice::Kind::Output ? QStringLiteral("output") : QStringLiteral("input");
+}
+
+void printJson(const std::vector<SoundDevice>& devices) {
+    QJsonArray list;
+    for (const SoundDevice& device : devices) {
+        list.append(QJsonObject{{QStringLiteral("kind"), kindName(device.kind)},
+                                {QStringLiteral("name"), device.name},
+                                {QStringLiteral("description"), device.description},
+                                {QStringLiteral("default"), device.isDefault},
+                                {QStringLiteral("muted"), device.isMuted}});
+    }
+    print(QString::fromUtf8(QJsonDocument(list).toJson(QJsonDocument::Compact)));
+}
+
+void printTable(const std::vector<SoundDevice>& devices) {
+    for (const SoundDevice& device : devices) {
+        QStringList remarks;
+        if (device.isDefault) remarks += QStringLiteral("default");
+        if (device.isMuted) remarks += QStringLiteral("muted");
+        const QString remark =
+            remarks.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(remarks.join(QLatin1String(", ")));
+        print(QStringLiteral("%1  %2  %3%4").arg(kindName(device.kind), -6).arg(device.name, device.description, remark));
+    }
+}
+
+} // namespace
+
+int devices(const QStringList& arguments) {
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Lists the outputs and inputs that can be recorded, by the names that “record” takes."));
+    const QString json = QStringLiteral("json"), help = QStringLiteral("help");
+    parser.addOptions({{json, QStringLiteral("Print one JSON array.")},
+                       {{QStringLiteral("h"), help}, QStringLiteral("Show this help.")}});
+    if (!parser.parse(arguments) || !parser.positionalArguments().isEmpty()) {
+        complain(parser.positionalArguments().isEmpty() ? parser.errorText() + QLatin1Char('.')
+                                                        : QStringLiteral("devices takes no arguments but --json."));
+        return WrongUsage;
+    }
+    if (parser.isSet(help)) {
+        print(parser.helpText().replace(QLatin1String(" [options]"), QLatin1String(" devices [options]")));
+        return Done;
+    }
+    const auto found = makeSoundDevices()->list();
+    if (!found) {
+        complain(QStringLiteral("The devices cannot be listed: %1.").arg(found.error().description));
+        return Failed;
+    }
+    parser.isSet(json) ? printJson(*found) : printTable(*found);
+    return Done;
+}
+
+} // namespace quillet::cli

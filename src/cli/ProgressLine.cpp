@@ -1,0 +1,64 @@
+#include "cli/ProgressLine.h"
+
+#include "platform/Process.h"
+
+#include <QTextStream>
+
+#include <cmath>
+#include <cstdio>
+
+namespace quillet::cli {
+namespace {
+
+QString elapsed(FrameCount frames) {
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(frames).count();
+    return QStringLiteral("%1:%2:%3")
+        .arg(seconds / 3600)
+        .arg(seconds / 60 % 60, 2, 10, QLatin1Char('0'))
+        .arg(seconds % 60, 2, 10, QLatin1Char('0'));
+}
+
+QString source(const QString& name, const SourceStatistics& side, FrameCount noticeableSilence) {
+    if (side.digitalSilence >= noticeableSilence)
+        return QStringLiteral("%1 SILENT for %2 s")
+            .arg(name)
+            .arg(std::chrono::duration_cast<std::chrono::seconds>(side.digitalSilence).count());
+    if (side.level <= 0) return QStringLiteral("%1   –  dB").arg(name);
+    return QStringLiteral("%1 %2 dB").arg(name).arg(20 * std::log10(side.level), 5, 'f', 1);
+}
+
+} // namespace
+
+ProgressLine::ProgressLine() : m_rewrites(standardErrorIsTerminal()) {}
+
+std::chrono::milliseconds ProgressLine::interval() const {
+    using namespace std::chrono_literals;
+    return m_rewrites ? 200ms : 5000ms;
+}
+
+QString ProgressLine::text(const CaptureStatistics& statistics, std::optional<std::int64_t> freeBytes,
+                           FrameCount noticeableSilence) {
+    QString line = elapsed(statistics.mixed) + QStringLiteral("  ") +
+                   source(QStringLiteral("system"), statistics.system, noticeableSilence) + QStringLiteral("  ") +
+                   source(QStringLiteral("microphone"), statistics.microphone, noticeableSilence);
+    if (freeBytes) line += QStringLiteral("  %1 GB free").arg(static_cast<double>(*freeBytes) / 1e9, 0, 'f', 1);
+    return line;
+}
+
+void ProgressLine::show(const CaptureStatistics& statistics, std::optional<std::int64_t> freeBytes,
+                        FrameCount noticeableSilence) {
+    const QString line = text(statistics, freeBytes, noticeableSilence);
+    if (m_rewrites) {
+        QTextStream(stderr) << "\r\033[K" << line;
+        m_lineIsOpen = true;
+    } else {
+        QTextStream(stderr) << line << '\n';
+    }
+}
+
+void ProgressLine::finish() {
+    if (m_lineIsOpen) QTextStream(stderr) << '\n';
+    m_lineIsOpen = false;
+}
+
+} // namespace quillet::cli

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "capture/CaptureStatistics.h"
+
+#include <QString>
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+
+namespace quillet::cli {
+
+/// How a recording is going, on standard error: one line that is rewritten on a terminal, a plain line now and then
+/// elsewhere. Main thread.
+class ProgressLine {
+public:
+    ProgressLine();
+
+    /// How often show() is worth calling.
+    [[nodiscard]] std::chrono::milliseconds interval() const;
+    void show(const CaptureStatistics& statistics, std::optional<std::int64_t> freeBytes, FrameCount noticeableSilence);
+    /// Leaves the last line standing.
+    void finish();
+
+    /// The text of the line: elapsed time, a level in dBFS or a remark per source, free space.
+    [[nodiscard]] static QString text(const CaptureStatistics& statistics, std::optional<std::int64_t> freeBytes,
+                                      FrameCount noticeableSilence);
+
+private:
+    const bool m_rewrites;
+    bool m_lineIsOpen = false;
+};
+
+} // namespace quillet::cli

@@ -1,0 +1,238 @@
+#include "app/RecordingHost.h"
+#include "capture/FilePlayer.h"
+#include "capture/RecordingControl.h"
+#include "cli/Commands.h"
+#include "cli/ProgressLine.h"
+#include "cli/RecordOptions.h"
+#include "platform/AudioFileReader.h"
+#include "platform/Platform.h"
+#include "platform/Process.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTimer>
+#include <QUrl>
+
+#include <thread>
+
+namespace quillet::cli {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+/// Silence of this length is worth a word: real rooms and real lines are never exactly zero.
+constexpr FrameCount kNoticeableSilence = 10s;
+
+fs::path toPath(const QString& text) { return QFile::encodeName(text).toStdString(); }
+QString toText(const fs::path& path) { return QFile::decodeName(path.c_str()); }
+double seconds(FrameCount frames) { return std::chrono::duration<double>(frames).count(); }
+
+/// One recording from the command line, from start to exit status. Main thread.
+class RecordSession final : public QObject {
+public:
+    explicit RecordSession(RecordOptions options) : m_options(std::move(options)) {}
+
+    int run() {
+        if (!openSources()) return Failed;
+        if (!m_options.folder.isEmpty()) m_files.setCustomRecordingsDirectory(fs::absolute(toPath(m_options.folder)));
+        const TerminationRequests signals([this] { m_control->stop(); });
+        observe();
+        m_control->start();
+        const int status = QCoreApplication::exec();
+        if (m_waiter.joinable()) m_waiter.join();
+        return status;
+    }
+
+private:
+    bool openSources();
+    bool openFile(const SourceChoice& choice, std::unique_ptr<AudioFileReader>& reader);
+    void observe();
+    void phaseChanged(RecordingControl::Phase phase);
+    void errorChanged(const std::optional<QString>& error);
+    void showProgress();
+    void finish();
+    void report(const fs::path& path);
+    [[nodiscard]] QStringList warnings(const CaptureStatistics& statistics) const;
+
+    const RecordOptions m_options;
+    MemoryUserDefaults m_folderForThisRun;
+    RecordingFileManager m_files{FileServices::standard(),
+                                 m_options.folder.isEmpty() ? UserDefaults::standard() : m_folderForThisRun};
+    RecorderUIModel m_uiModel;
+    std::shared_ptr<FilePlayer> m_player;
+    std::shared_ptr<AudioCaptureEngine> m_engine;
+    std::unique_ptr<RecordingControl> m_control;
+    ProgressLine m_progress;
+    QTimer m_progressTimer;
+    QTimer m_durationTimer;
+    bool m_hasRecorded = false;
+    std::optional<QString> m_error;
+    std::optional<fs::path> m_saved;
+    std::thread m_waiter;
+};
+
+bool RecordSession::openFile(const SourceChoice& choice, std::unique_ptr<AudioFileReader>& reader) {
+    if (choice.file.isEmpty()) return true;
+    auto opened = openAudioFile(toPath(choice.file));
+    if (!opened) {
+        complain(QStringLiteral("%1 cannot be used: %2.").arg(choice.file, opened.error().description));
+        return false;
+    }
+    reader = std::move(opened.value());
+    return true;
+}
+
+bool RecordSession::openSources() {
+    FilePlayer::Files files;
+    if (!openFile(m_options.system, files.systemAudio) || !openFile(m_options.microphone, files.microphone))
+        return false;
+    const bool anyFile = files.systemAudio || files.microphone;
+    const bool anyDevice = !files.systemAudio || !files.microphone;
+    if (anyFile) {
+        std::optional<FrameCount> length;
+        if (m_options.duration) length = std::chrono::duration_cast<FrameCount>(*m_options.duration);
+        m_player = FilePlayer::create(
+            std::move(files),
+            m_options.asFastAsPossible ? FilePlayer::Pace::AsFastAsPossible : FilePlayer::Pace::RealTime, length);
+    }
+    LiveSources live;
+    if (anyDevice) live = makeLiveSources(m_options.system.device, m_options.microphone.device);
+    AudioCaptureEngine::Hardware hardware{.systemAudio = m_player ? m_player->systemAudioSource() : nullptr,
+                                          .microphone = m_player ? m_player->microphoneSource() : nullptr,
+                                          .writers = makeAssetWriterFactory()};
+    if (!hardware.systemAudio) hardware.systemAudio = live.systemAudio;
+    if (!hardware.microphone) hardware.microphone = live.microphone;
+
+    m_engine = AudioCaptureEngine::create(
+        std::move(hardware),
+        std::make_shared<RecordingHost>(m_files, UserDefaults::standard(), m_uiModel, NotificationCenter::standard()));
+    m_control = std::make_unique<RecordingControl>(m_engine);
+    return true;
+}
+
+void RecordSession::observe() {
+    NotificationCenter::standard().observe(Notifications::recordingDidComplete, this, [this](const QVariantMap& info) {
+        m_saved = toPath(info.value(QStringLiteral("url")).toUrl().toLocalFile());
+    });
+    m_engine->lastError.subscribe(this, [this](const std::optional<QString>& error) { errorChanged(error); });
+    m_control->phase.subscribe(this, [this](RecordingControl::Phase phase) { phaseChanged(phase); });
+    m_durationTimer.setSingleShot(true);
+    m_durationTimer.setTimerType(Qt::PreciseTimer);
+    connect(&m_durationTimer, &QTimer::timeout, this, [this] { m_control->stop(); });
+    connect(&m_progressTimer, &QTimer::timeout, this, [this] { showProgress(); });
+    if (!m_player) return;
+    m_player->setCallbacks(
+        {.canTakeBlocks = [engine = m_engine.get()](std::int64_t blocks) { return engine->canTakeBlocks(blocks); },
+         .didEnd = [this] { MainThread::post([this] { m_control->stop(); }); }});
+}
+
+void RecordSession::phaseChanged(RecordingControl::Phase phase) {
+    using Phase = RecordingControl::Phase;
+    if (phase == Phase::Recording && !m_hasRecorded) {
+        m_hasRecorded = true;
+        m_progressTimer.start(m_progress.interval());
+        if (m_options.duration && !m_player) m_durationTimer.start(*m_options.duration);
+    } else if (phase == Phase::Idle && m_hasRecorded) {
+        m_progressTimer.stop();
+        // The file is finished; its note may still be on its way, and needs this thread's event loop meanwhile.
+        m_waiter = std::thread([this, engine = m_engine] {
+            engine->waitUntilFinished();
+            MainThread::post([this] { finish(); });
+        });
+    } else if (phase == Phase::Idle && m_error) {
+        complain(platformWording(*m_error));
+        QCoreApplication::exit(Failed);
+    }
+}
+
+void RecordSession::errorChanged(const std::optional<QString>& error) {
+    m_error = error;
+    if (!error || !m_hasRecorded) return;
+    m_progress.finish();
+    complain(platformWording(*error));
+    m_control->stop(); // nobody sits here who could do better
+}
+
+void RecordSession::showProgress() {
+    std::optional<std::int64_t> free;
+    if (const auto url = m_engine->outputURL.value()) {
+        if (const auto bytes = FileServices::standard().freeBytes(url->parent_path())) free = *bytes;
+    }
+    m_progress.show(m_engine->statistics(), free, kNoticeableSilence);
+}
+
+void RecordSession::finish() {
+    m_progress.finish();
+    if (m_saved) {
+        report(*m_saved);
+        return QCoreApplication::exit(Done);
+    }
+    if (!m_error) {
+        complain(m_engine->statistics().mixed.count() == 0
+                     ? QStringLiteral("Nothing was recorded: the recording ended before any sound had arrived.")
+                     : QStringLiteral("The recording could not be finished; “quillet recover” may still repair it."));
+    }
+    QCoreApplication::exit(Failed);
+}
+
+QStringList RecordSession::warnings(const CaptureStatistics& statistics) const {
+    QStringList sentences;
+    const auto addSilence = [&](const QString& source, const SourceStatistics& side) {
+        if (side.longestSilence >= kNoticeableSilence)
+            sentences += QStringLiteral("The %1 delivered only digital silence for %2 s.")
+                             .arg(source)
+                             .arg(seconds(side.longestSilence), 0, 'f', 0);
+    };
+    addSilence(QStringLiteral("system audio"), statistics.system);
+    addSilence(QStringLiteral("microphone"), statistics.microphone);
+    if (statistics.blocksDropped > 0)
+        sentences += QStringLiteral("%1 s of sound did not reach the file.")
+                         .arg(seconds(FrameCount(statistics.blocksDropped * kBlockFrames)), 0, 'f', 2);
+    if (m_error) sentences += platformWording(*m_error);
+    return sentences;
+}
+
+void RecordSession::report(const fs::path& path) {
+    const CaptureStatistics statistics = m_engine->statistics();
+    const QStringList sentences = warnings(statistics);
+    for (const QString& sentence : sentences) {
+        if (!m_error || sentence != platformWording(*m_error)) complain(sentence);
+    }
+    if (!m_options.folder.isEmpty() && path.parent_path() != fs::absolute(toPath(m_options.folder)).lexically_normal())
+        complain(QStringLiteral("The folder %1 could not be used; the recording is in %2.")
+                     .arg(m_options.folder, toText(path.parent_path())));
+    if (!m_options.json) return print(toText(path));
+    const QJsonObject result{
+        {QStringLiteral("path"), toText(path)},
+        {QStringLiteral("frames"), static_cast<qint64>(statistics.mixed.count())},
+        {QStringLiteral("durationSeconds"), seconds(statistics.mixed)},
+        {QStringLiteral("systemPeak"), static_cast<double>(statistics.system.peak)},
+        {QStringLiteral("microphonePeak"), static_cast<double>(statistics.microphone.peak)},
+        {QStringLiteral("blocksDropped"), static_cast<qint64>(statistics.blocksDropped)},
+        {QStringLiteral("systemSilentSeconds"), seconds(statistics.system.longestSilence)},
+        {QStringLiteral("microphoneSilentSeconds"), seconds(statistics.microphone.longestSilence)},
+        {QStringLiteral("warnings"), QJsonArray::fromStringList(sentences)},
+    };
+    print(QString::fromUtf8(QJsonDocument(result).toJson(QJsonDocument::Compact)));
+}
+
+} // namespace
+
+int record(const QStringList& arguments) {
+    const auto parsed = parseRecordOptions(arguments);
+    if (!parsed) {
+        complain(parsed.error());
+        return WrongUsage;
+    }
+    if (const auto* help = std::get_if<HelpRequest>(&parsed.value())) {
+        print(help->text);
+        return Done;
+    }
+    return RecordSession(std::get<RecordOptions>(parsed.value())).run();
+}
+
+} // namespace quillet::cli

@@ -1,0 +1,74 @@
+#include "cli/Commands.h"
+#include "storage/RecordingFileManager.h"
+#include "storage/RecordingRecovery.h"
+
+#include <QCommandLineParser>
+#include <QFile>
+
+namespace quillet::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+QString describe(const RecoveryOutcome& outcome) {
+    const QString file = QFile::decodeName(outcome.file.c_str());
+    switch (outcome.kind) {
+    case RecoveryOutcome::Kind::Repaired:
+        return QStringLiteral("repaired: %1 (%2 s)").arg(file).arg(outcome.durationSeconds, 0, 'f', 1);
+    case RecoveryOutcome::Kind::BeingWritten:
+        return QStringLiteral("being recorded: %1").arg(file);
+    case RecoveryOutcome::Kind::NotRepaired:
+        return QStringLiteral("not repaired: %1 (%2)").arg(file, outcome.reason);
+    }
+    return file;
+}
+
+} // namespace
+
+int recover(const QStringList& arguments) {
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Finishes recordings that a crash or a power cut left unfinished. Nothing is ever deleted."));
+    const QString folderOption = QStringLiteral("folder"), help = QStringLiteral("help");
+    parser.addOptions({{folderOption, QStringLiteral("Folder to look through (default: the recordings folder)."),
+                        QStringLiteral("DIR")},
+                       {{QStringLiteral("h"), help}, QStringLiteral("Show this help.")}});
+    if (!parser.parse(arguments) || !parser.positionalArguments().isEmpty()) {
+        complain(parser.positionalArguments().isEmpty() ? parser.errorText() + QLatin1Char('.')
+                                                        : QStringLiteral("recover takes no arguments but --folder."));
+        return WrongUsage;
+    }
+    if (parser.isSet(help)) {
+        print(parser.helpText().replace(QLatin1String(" [options]"), QLatin1String(" recover [options]")));
+        return Done;
+    }
+
+    std::vector<fs::path> folders;
+    if (parser.isSet(folderOption)) {
+        folders.emplace_back(QFile::encodeName(parser.value(folderOption)).toStdString());
+    } else {
+        // Also the default folder: a recording goes there when the chosen one fails.
+        const RecordingFileManager files(FileServices::standard(), UserDefaults::standard());
+        for (const auto& folder : {files.effectiveRecordingsDirectoryURL(), files.defaultRecordingsDirectoryURL()}) {
+            if (folder && std::find(folders.begin(), folders.end(), *folder) == folders.end())
+                folders.push_back(*folder);
+        }
+    }
+
+    bool allRepaired = true;
+    for (const fs::path& folder : folders) {
+        std::error_code error;
+        if (!fs::is_directory(folder, error)) {
+            if (!parser.isSet(folderOption)) continue;
+            complain(QStringLiteral("%1 is not a folder.").arg(QFile::decodeName(folder.c_str())));
+            return Failed;
+        }
+        for (const RecoveryOutcome& outcome : recoverRecordings(folder)) {
+            print(describe(outcome));
+            allRepaired = allRepaired && outcome.kind != RecoveryOutcome::Kind::NotRepaired;
+        }
+    }
+    return allRepaired ? Done : Failed;
+}
+
+} // namespace quillet::cli

@@ -1,0 +1,129 @@
+#include "platform/linux/PosixFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <ctime>
+#include <fcntl.h>
+
+namespace quillet {
+namespace {
+
+constexpr std::int64_t kRecentlyChangedSeconds = 120;
+
+Failure<PlatformError> failure(int error) { return Failure{PlatformError::fromErrno(error)}; }
+
+/// Says that a service is missing here, not that it failed.
+bool isUnsupported(int error) {
+    return error == EOPNOTSUPP || error == ENOSYS || error == EINVAL || error == ENODEV || error == EPERM;
+}
+
+struct flock lockOf(LockByte byte) {
+    struct flock lock {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = static_cast<off_t>(byte);
+    lock.l_len = 1;
+    return lock;
+}
+
+} // namespace
+
+Result<std::int64_t> PosixFile::size() {
+    struct stat status {};
+    if (fstat(m_fd.get(), &status) != 0) return failure(errno);
+    return std::int64_t{status.st_size};
+}
+
+Result<std::size_t> PosixFile::readAt(std::int64_t offset, std::span<std::byte> into) {
+    std::size_t done = 0;
+    while (done < into.size()) {
+        const ssize_t got =
+            pread(m_fd.get(), into.data() + done, into.size() - done, offset + static_cast<off_t>(done));
+        if (got == 0) break;
+        if (got > 0) {
+            done += static_cast<std::size_t>(got);
+        } else if (errno != EINTR) {
+            return failure(errno);
+        }
+    }
+    return done;
+}
+
+Result<void> PosixFile::writeAt(std::int64_t offset, std::span<const std::byte> bytes) {
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t put =
+            pwrite(m_fd.get(), bytes.data() + done, bytes.size() - done, offset + static_cast<off_t>(done));
+        if (put > 0) {
+            done += static_cast<std::size_t>(put);
+        } else if (put == 0) {
+            return failure(ENOSPC); // no error and no progress: nothing that trying again would change
+        } else if (errno != EINTR) {
+            return failure(errno);
+        }
+    }
+    return {};
+}
+
+Result<void> PosixFile::reserve(std::int64_t upTo) {
+    if (upTo <= m_reservedUpTo) return {};
+    const auto have = size();
+    if (!have) return Failure{have.error()};
+    const std::int64_t from = std::max(m_reservedUpTo, *have);
+    if (upTo <= from) return {};
+    while (fallocate(m_fd.get(), FALLOC_FL_KEEP_SIZE, from, upTo - from) != 0) {
+        if (errno == EINTR) continue;
+        if (isUnsupported(errno)) break;
+        return failure(errno);
+    }
+    m_reservedUpTo = upTo;
+    return {};
+}
+
+Result<void> PosixFile::truncate(std::int64_t size) {
+    while (ftruncate(m_fd.get(), size) != 0) {
+        if (errno != EINTR) return failure(errno);
+    }
+    // Some file systems take a truncation to the present size for nothing to do and would keep the reserve for good.
+    constexpr std::int64_t kPage = 4096;
+    const std::int64_t holeStart = (size + kPage - 1) / kPage * kPage;
+    if (m_reservedUpTo > holeStart) {
+        fallocate(m_fd.get(), FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, holeStart, m_reservedUpTo - holeStart);
+    }
+    m_reservedUpTo = 0;
+    return {};
+}
+
+Result<void> PosixFile::sync() {
+    while (fdatasync(m_fd.get()) != 0) {
+        if (errno != EINTR) return failure(errno);
+    }
+    // The name of a new file is data of its folder. Done here rather than at creation, which must not wait for a disk.
+    if (!m_folderSynced && m_folder) fsync(m_folder.get());
+    m_folderSynced = true;
+    return {};
+}
+
+void PosixFile::remove() {
+    struct stat mine {};
+    struct stat named {};
+    if (!m_folder || fstat(m_fd.get(), &mine) != 0) return;
+    if (fstatat(m_folder.get(), m_name.c_str(), &named, AT_SYMLINK_NOFOLLOW) != 0) return;
+    if (mine.st_dev == named.st_dev && mine.st_ino == named.st_ino) unlinkat(m_folder.get(), m_name.c_str(), 0);
+}
+
+LockAnswer takeLock(int fd, LockByte byte) {
+    struct flock lock = lockOf(byte);
+    if (fcntl(fd, F_OFD_SETLK, &lock) == 0) return LockAnswer::Taken;
+    return errno == EAGAIN || errno == EACCES ? LockAnswer::Held : LockAnswer::Unknown;
+}
+
+bool isBeingWritten(int fd) {
+    struct flock lock = lockOf(LockByte::BeingWritten);
+    if (fcntl(fd, F_OFD_GETLK, &lock) == 0) return lock.l_type != F_UNLCK;
+    struct stat status {};
+    if (fstat(fd, &status) != 0) return true;
+    return std::time(nullptr) - status.st_mtim.tv_sec < kRecentlyChangedSeconds;
+}
+
+} // namespace quillet

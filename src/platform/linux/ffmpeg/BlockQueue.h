@@ -1,0 +1,63 @@
+#pragma once
+
+#include "capture/MediaTime.h"
+
+#include <array>
+#include <condition_variable>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <span>
+#include <vector>
+
+namespace quillet {
+
+constexpr std::size_t kBlockSamples = 2 * kBlockFrames; ///< interleaved stereo
+
+/// Blocks of sound on their way from the capture queue, which must not wait, to a writer's thread, which waits for the
+/// encoder and the disk. All memory is set aside at creation. The taker is woken for whole batches only: encoding
+/// block by block as they come would cost twice the processor time.
+class BlockQueue {
+public:
+    BlockQueue(std::size_t capacity, std::size_t batch);
+
+    // The giver's side.
+    [[nodiscard]] std::size_t freeBlocks() const; ///< 0 once closed
+    /// False, and nothing happens, when the queue is full or closed.
+    bool append(std::int64_t firstFrame, std::span<const float, kBlockSamples> samples);
+
+    /// No more blocks come; those inside can still be taken. Any thread.
+    void close();
+
+    // The taker's side.
+    /// Waits until there is a batch to take, or the queue is closed. How many blocks to take now: at most a batch;
+    /// fewer only at the end; 0 when closed and empty.
+    [[nodiscard]] std::size_t waitForBatch();
+    struct Block {
+        std::int64_t firstFrame = 0;
+        std::span<const float> samples;
+    };
+    /// The oldest block, which stays in the queue, and counts, until pop().
+    [[nodiscard]] Block front() const;
+    void pop();
+
+private:
+    using Samples = std::array<float, kBlockSamples>;
+    struct Entry {
+        std::int64_t firstFrame;
+        std::uint32_t slot;
+    };
+
+    const std::size_t m_batch;
+    const std::unique_ptr<Samples[]> m_slots;
+    mutable std::mutex m_mutex; ///< never held while samples are copied
+    std::condition_variable m_batchReady;
+    std::vector<Entry> m_entries; ///< a ring
+    std::size_t m_first = 0;
+    std::size_t m_count = 0;
+    /// Last freed, first reused: in ordinary operation the same few slots go round and the rest never takes memory.
+    std::vector<std::uint32_t> m_freeSlots;
+    bool m_closed = false;
+};
+
+} // namespace quillet

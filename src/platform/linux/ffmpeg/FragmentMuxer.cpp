@@ -1,0 +1,86 @@
+#include "platform/linux/ffmpeg/FragmentMuxer.h"
+
+#include "capture/MediaTime.h"
+#include "storage/m4a/Movie.h"
+
+#include <string>
+
+namespace quillet {
+namespace {
+
+constexpr int kStagingBytes = 32 * 1024;
+constexpr std::size_t kUsualFragmentBytes = 64 * 1024;
+
+} // namespace
+
+Result<std::unique_ptr<FragmentMuxer>> FragmentMuxer::create(const AVCodecContext& encoder) {
+    std::unique_ptr<FragmentMuxer> muxer(new FragmentMuxer);
+    muxer->m_output.reserve(kUsualFragmentBytes);
+    // The name is never opened; its ending keeps the muxer from warning about it.
+    if (const int error = avformat_alloc_output_context2(&muxer->m_format, nullptr, "ipod", "recording.m4a"); error < 0)
+        return libav::failure("no MPEG-4 muxer", error);
+    AVFormatContext* const format = muxer->m_format;
+    auto* const staging = static_cast<unsigned char*>(av_malloc(kStagingBytes));
+    format->pb =
+        staging ? avio_alloc_context(staging, kStagingBytes, 1, muxer.get(), nullptr, &collect, nullptr) : nullptr;
+    AVStream* const stream = avformat_new_stream(format, nullptr);
+    if (!format->pb || !stream) {
+        if (!format->pb) av_free(staging);
+        return libav::failure("no memory for the muxer", AVERROR(ENOMEM));
+    }
+    format->pb->seekable = 0;
+    format->flush_packets = 0;
+    if (const int error = avcodec_parameters_from_context(stream->codecpar, &encoder); error < 0)
+        return libav::failure("the muxer cannot be set up", error);
+    stream->time_base = {1, kSampleRateHz};
+    const std::string mark = std::string(m4a::kWriterMark) + " " + QUILLET_VERSION;
+    av_dict_set(&format->metadata, "encoding_tool", mark.c_str(), 0);
+
+    // Only with the movie box delayed does the file tell of the encoder's priming; only with a movie timescale of the
+    // sample rate does it tell so exactly.
+    libav::Options options{{"movflags", "delay_moov+default_base_moof+frag_custom+skip_trailer"},
+                           {"movie_timescale", "48000"}};
+    if (const int error = avformat_write_header(format, options.get()); error < 0)
+        return libav::failure("the muxer cannot be set up", error);
+    return muxer;
+}
+
+FragmentMuxer::~FragmentMuxer() {
+    if (!m_format) return;
+    if (m_format->pb) {
+        av_freep(&m_format->pb->buffer);
+        avio_context_free(&m_format->pb);
+    }
+    avformat_free_context(m_format);
+}
+
+Result<void> FragmentMuxer::add(AVPacket& packet) {
+    packet.stream_index = 0;
+    if (const int error = av_write_frame(m_format, &packet); error < 0)
+        return libav::failure("the sound cannot be packed", error);
+    ++m_pendingPackets;
+    return {};
+}
+
+Result<std::span<const std::byte>> FragmentMuxer::takeFragment() {
+    m_output.clear();
+    // The very first flush yields the movie box alone and keeps the packets.
+    const int flushes = m_startWritten ? 1 : 2;
+    for (int i = 0; i < flushes; ++i) {
+        if (const int error = av_write_frame(m_format, nullptr); error < 0)
+            return libav::failure("the sound cannot be packed", error);
+    }
+    avio_flush(m_format->pb);
+    m_startWritten = true;
+    m_pendingPackets = 0;
+    return std::span<const std::byte>(m_output);
+}
+
+int FragmentMuxer::collect(void* opaque, std::uint8_t* bytes, int count) noexcept {
+    auto& output = static_cast<FragmentMuxer*>(opaque)->m_output;
+    const auto* const first = reinterpret_cast<const std::byte*>(bytes);
+    output.insert(output.end(), first, first + count);
+    return count;
+}
+
+} // namespace quillet

@@ -1,0 +1,41 @@
+#include "platform/linux/ffmpeg/RecordingPipeline.h"
+
+#include "capture/MediaTime.h"
+
+namespace quillet {
+
+Result<std::unique_ptr<RecordingPipeline>> RecordingPipeline::create(std::unique_ptr<RecordingFile> file,
+                                                                     int bitsPerSecond, const m4a::Retries& retries) {
+    auto encoder = AacEncoder::create(bitsPerSecond);
+    auto muxer = encoder ? FragmentMuxer::create((*encoder)->context())
+                         : Result<std::unique_ptr<FragmentMuxer>>(Failure{encoder.error()});
+    if (!muxer) {
+        file->remove();
+        return Failure{muxer.error()};
+    }
+    return std::unique_ptr<RecordingPipeline>(
+        new RecordingPipeline(std::move(file), retries, std::move(*encoder), std::move(*muxer)));
+}
+
+Result<void> RecordingPipeline::write(std::span<const float> interleaved) {
+    auto done = m_encoder->encode(interleaved, m_toMuxer);
+    if (!done) return done;
+    m_frames += kBlockFrames;
+    return ++m_blocksSinceFlush < kBlocksPerFragment ? done : flush();
+}
+
+Result<void> RecordingPipeline::flush() {
+    m_blocksSinceFlush = 0;
+    const int packets = m_muxer->pendingPackets();
+    if (packets == 0) return {};
+    const auto fragment = m_muxer->takeFragment();
+    if (!fragment) return Failure{fragment.error()};
+    return m_file.append(*fragment, packets);
+}
+
+Result<void> RecordingPipeline::drain() {
+    auto done = m_encoder->drain(m_toMuxer);
+    return done ? flush() : done;
+}
+
+} // namespace quillet

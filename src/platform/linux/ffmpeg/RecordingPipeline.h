@@ -1,0 +1,52 @@
+#pragma once
+
+#include "platform/RecordingFiles.h"
+#include "platform/linux/ffmpeg/AacEncoder.h"
+#include "platform/linux/ffmpeg/FragmentMuxer.h"
+#include "storage/m4a/FragmentedFile.h"
+
+#include <cstdint>
+#include <memory>
+#include <span>
+
+namespace quillet {
+
+/// Blocks of sound in, a growing .m4a on the disk: encoder, muxer and file in a row. Knows nothing of threads; every
+/// call may wait for the disk. After the first error nothing more may be written, finish() still may.
+class RecordingPipeline {
+public:
+    [[nodiscard]] static Result<std::unique_ptr<RecordingPipeline>>
+    create(std::unique_ptr<RecordingFile> file, int bitsPerSecond, const m4a::Retries& retries);
+
+    /// An empty span is a block of silence. Every so many blocks go to the disk as one fragment.
+    [[nodiscard]] Result<void> write(std::span<const float> interleaved);
+    /// Nothing is left in memory afterwards but what the encoder holds: one block.
+    [[nodiscard]] Result<void> flush();
+    /// After the last block.
+    [[nodiscard]] Result<void> drain();
+
+    [[nodiscard]] std::int64_t framesWritten() const { return m_frames; }
+    /// The file on the disk, with what reached it.
+    [[nodiscard]] m4a::FragmentedFile& file() { return m_file; }
+
+    /// 0.51 s: with the block in the encoder and those that gather for the next fragment, less than a second of sound
+    /// is not on the disk at any time, and the disk is asked to write twice a second.
+    static constexpr int kBlocksPerFragment = 24;
+
+private:
+    RecordingPipeline(std::unique_ptr<RecordingFile> file, const m4a::Retries& retries,
+                      std::unique_ptr<AacEncoder> encoder, std::unique_ptr<FragmentMuxer> muxer)
+        : m_file(std::move(file), retries),
+          m_encoder(std::move(encoder)),
+          m_muxer(std::move(muxer)),
+          m_toMuxer([this](AVPacket& packet) { return m_muxer->add(packet); }) {}
+
+    m4a::FragmentedFile m_file;
+    const std::unique_ptr<AacEncoder> m_encoder;
+    const std::unique_ptr<FragmentMuxer> m_muxer;
+    const AacEncoder::PacketSink m_toMuxer;
+    std::int64_t m_frames = 0;
+    int m_blocksSinceFlush = 0;
+};
+
+} // namespace quillet

@@ -1,0 +1,101 @@
+#include "platform/linux/pulse/DeviceLookup.h"
+#include "platform/linux/pulse/PulseSources.h"
+#include "platform/linux/pulse/RecordStream.h"
+#include "platform/linux/pulse/SoundServer.h"
+#include "support/Require.h"
+
+#include <pulse/def.h>
+
+#include <utility>
+
+namespace quillet {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kLongestWait = 2500ms;
+
+PlatformError asError(const RecordStream::StartFailure& failure) {
+    if (failure.reason == RecordStream::StartFailure::Reason::Server) return failure.error;
+    return {failure.error.code, QStringLiteral("there is no output to record")};
+}
+
+class PulseSystemAudioStream final : public SystemAudioStream {
+public:
+    PulseSystemAudioStream(std::shared_ptr<SoundServer> server, DeviceChoice choice)
+        : m_server(std::move(server)), m_choice(std::move(choice)) {}
+
+    Result<void> addStreamOutput(SerialQueue& queue, SampleHandler handler) override {
+        require(m_queue == nullptr, "a stream has one output");
+        m_queue = &queue;
+        m_stream = std::make_unique<RecordStream>(
+            m_server, m_choice,
+            std::make_unique<DeliveryPool>(queue, std::move(handler), 2, DeliveryPool::FirstStamp::AtFrame));
+        return {};
+    }
+
+    void startCapture(Completion completion) override {
+        require(m_stream != nullptr, "a stream without output is started");
+        const auto started = m_stream->start(std::chrono::steady_clock::now() + kLongestWait);
+        completion(started ? std::nullopt : std::optional(asError(started.error())));
+    }
+
+    void stopCapture(Completion completion) override {
+        require(m_queue != nullptr, "a stream without output is stopped");
+        m_stream->stop();
+        m_queue->async([completion = std::move(completion)] { completion(std::nullopt); });
+    }
+
+private:
+    const std::shared_ptr<SoundServer> m_server;
+    const DeviceChoice m_choice;
+    SerialQueue* m_queue = nullptr;
+    std::unique_ptr<RecordStream> m_stream;
+};
+
+class PulseSystemAudioSource final : public SystemAudioSource {
+public:
+    PulseSystemAudioSource(std::shared_ptr<SoundServer> server, QString deviceName)
+        : m_server(std::move(server)), m_choice{DeviceChoice::Kind::SystemAudio, deviceName.toStdString()} {}
+
+    void getShareableContent(ContentCompletion completion) override { completion(content()); }
+
+    /// The choice was made beforehand, so that a stream which follows the default is not bound to today's.
+    std::shared_ptr<SystemAudioStream> makeStream(const ContentFilter&, const StreamConfiguration&) override {
+        return std::make_shared<PulseSystemAudioStream>(m_server, m_choice);
+    }
+
+private:
+    Result<std::optional<ShareableContent>> content() {
+        const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
+        const SoundServer::Lock lock(*m_server);
+        if (auto connected = m_server->connect(deadline); !connected) return Failure{connected.error()};
+
+        std::optional<Result<std::optional<FoundDevice>>> found;
+        const DeviceLookup lookup(m_server->context(), m_choice, [this, &found](auto answer) {
+            found = std::move(answer);
+            m_server->wakeWaiting();
+        });
+        if (!m_server->waitUntil([this, &found] { return found || !m_server->ready(); }, deadline)) {
+            m_server->dropIfUnused();
+            return Failure{soundServerError(PA_ERR_TIMEOUT)};
+        }
+        if (!found) return Failure{soundServerError(PA_ERR_CONNECTIONTERMINATED)};
+        if (!*found) return Failure{found->error()};
+
+        ShareableContent content;
+        if (found->value()) content.displays.push_back(QString::fromStdString(found->value()->name));
+        return std::optional(std::move(content));
+    }
+
+    const std::shared_ptr<SoundServer> m_server;
+    const DeviceChoice m_choice;
+};
+
+} // namespace
+
+std::shared_ptr<SystemAudioSource> makePulseSystemAudioSource(std::shared_ptr<SoundServer> server, QString deviceName) {
+    return std::make_shared<PulseSystemAudioSource>(std::move(server), std::move(deviceName));
+}
+
+} // namespace quillet

@@ -1,0 +1,28 @@
+#include "storage/m4a/DurableWrite.h"
+
+#include <cerrno>
+#include <thread>
+
+namespace quillet::m4a {
+
+const Retries& usualRetries() {
+    using std::chrono::milliseconds;
+    static const Retries kRetries = {milliseconds(20), milliseconds(100), milliseconds(400)};
+    return kRetries;
+}
+
+bool mayPass(const PlatformError& error) {
+    return error.code == EIO || error.code == ENOSPC || error.code == EDQUOT || error.code == EAGAIN;
+}
+
+Result<void> writeDurably(DurableFile& file, std::int64_t offset, std::span<const std::byte> bytes,
+                          const Retries& retries) {
+    for (std::size_t attempt = 0;; ++attempt) {
+        auto done = file.writeAt(offset, bytes);
+        if (done) done = file.sync();
+        if (done || attempt == retries.size() || !mayPass(done.error())) return done;
+        std::this_thread::sleep_for(retries[attempt]);
+    }
+}
+
+} // namespace quillet::m4a

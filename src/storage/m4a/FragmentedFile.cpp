@@ -1,0 +1,52 @@
+#include "storage/m4a/FragmentedFile.h"
+
+#include "storage/m4a/Movie.h"
+
+#include <thread>
+
+namespace quillet::m4a {
+namespace {
+
+/// Asking for space 9 minutes at a time also keeps the file in few pieces.
+constexpr std::int64_t kRoomStep = 16 << 20;
+/// For what the file system itself needs to note where the new pieces are, and for one more fragment.
+constexpr std::int64_t kRoomMargin = 256 << 10;
+
+} // namespace
+
+Result<void> FragmentedFile::append(std::span<const std::byte> fragment, int packets) {
+    const std::int64_t end = m_end + static_cast<std::int64_t>(fragment.size());
+    auto done = makeRoom(end + movieBytesAtMost(m_packets + packets, m_fragments + 1) + kRoomMargin);
+    if (!done) return done;
+    done = writeDurably(*m_file, m_end, fragment, m_retries);
+    if (!done) {
+        // What arrived of it may be in memory only; a finished file must not contain it.
+        (void)m_file->truncate(m_end);
+        m_roomUpTo = 0;
+        return done;
+    }
+    m_end = end;
+    m_packets += packets;
+    ++m_fragments;
+    return {};
+}
+
+Result<void> FragmentedFile::makeRoom(std::int64_t upTo) {
+    if (upTo <= m_roomUpTo) return {};
+    for (std::size_t attempt = 0;; ++attempt) {
+        for (const std::int64_t ahead : {kRoomStep, std::int64_t{0}}) {
+            const auto done = m_file->reserve(upTo + ahead);
+            if (done) {
+                m_roomUpTo = upTo + ahead;
+                return {};
+            }
+            const bool last = ahead == 0;
+            if (last && (attempt == m_retries.size() || !mayPass(done.error()))) return done;
+        }
+        std::this_thread::sleep_for(m_retries[attempt]);
+    }
+}
+
+Result<FinishedRecording> FragmentedFile::finish() { return finishInPlace(*m_file, m_retries); }
+
+} // namespace quillet::m4a

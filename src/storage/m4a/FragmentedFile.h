@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/RecordingFiles.h"
+#include "storage/m4a/FinishInPlace.h"
+
+#include <cstdint>
+#include <memory>
+#include <span>
+
+namespace quillet::m4a {
+
+/// A recording on the disk while it grows, fragment by fragment. Every fragment is on the disk when append() returns,
+/// and room for finishing is set aside before it is written, so that a full disk shows at a fragment's edge and the
+/// recording can still be finished. Owned by the recording's writer, used on its thread only.
+class FragmentedFile {
+public:
+    FragmentedFile(std::unique_ptr<RecordingFile> file, const Retries& retries)
+        : m_file(std::move(file)), m_retries(retries) {}
+
+    /// After a failure the file ends with the fragment before, and nothing more should be appended.
+    [[nodiscard]] Result<void> append(std::span<const std::byte> fragment, int packets);
+    /// A plain .m4a from here on. After a failure it is what it was.
+    [[nodiscard]] Result<FinishedRecording> finish();
+    void remove() { m_file->remove(); }
+
+    [[nodiscard]] bool holdsSound() const { return m_fragments > 0; }
+
+private:
+    Result<void> makeRoom(std::int64_t upTo);
+
+    const std::unique_ptr<RecordingFile> m_file;
+    const Retries m_retries;
+    std::int64_t m_end = 0;
+    std::int64_t m_roomUpTo = 0;
+    std::int64_t m_packets = 0;
+    std::int64_t m_fragments = 0;
+};
+
+} // namespace quillet::m4a

@@ -1,0 +1,104 @@
+#include "QuilletProcess.h"
+#include "support/PrivateSoundServer.h"
+
+#include <QElapsedTimer>
+
+#include <csignal>
+
+namespace quillet::test {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+class LiveRecordingTest : public testing::TestWithParam<PrivateSoundServer::Kind> {
+protected:
+    void SetUp() override {
+        if (const std::string why = PrivateSoundServer::whyUnavailable(); !why.empty()) GTEST_SKIP() << why;
+        server = std::make_unique<PrivateSoundServer>(GetParam());
+        server->start();
+        quillet.setEnvironment(u"PULSE_SERVER"_s, qEnvironmentVariable("PULSE_SERVER"));
+    }
+
+    std::unique_ptr<PrivateSoundServer> server;
+    QuilletProcess quillet;
+};
+
+TEST_P(LiveRecordingTest, BothSidesOfAConversationAreInTheFile) {
+    server->play(u"speakers"_s, tone(440, 30));
+    server->play(u"micfeed"_s, tone(1000, 30));
+
+    ASSERT_EQ(quillet.run({u"record"_s, u"--duration"_s, u"4"_s, u"--json"_s}), 0) << quillet.errors.toStdString();
+
+    const QJsonObject result = quillet.json();
+    EXPECT_NEAR(result[u"durationSeconds"_s].toDouble(), 4.0, 0.6);
+    EXPECT_EQ(result[u"blocksDropped"_s].toInt(), 0);
+    EXPECT_NEAR(result[u"systemPeak"_s].toDouble(), 0.25, 0.05);
+    EXPECT_NEAR(result[u"microphonePeak"_s].toDouble(), 0.25, 0.05);
+    const std::vector<float> samples = decode(result[u"path"_s].toString());
+    ASSERT_EQ(samples.size(), 2U * static_cast<std::size_t>(result[u"frames"_s].toInt()));
+    const auto middle = std::span(samples).subspan(2 * 72000, 2 * 72000);
+    for (const int channel : {0, 1}) {
+        EXPECT_GT(amplitude(middle, channel, 440), 0.04);
+        EXPECT_GT(amplitude(middle, channel, 1000), 0.04);
+    }
+}
+
+TEST_P(LiveRecordingTest, DevicesAreListedByTheNamesThatRecordTakes) {
+    ASSERT_EQ(quillet.run({u"devices"_s}), 0) << quillet.errors.toStdString();
+    EXPECT_TRUE(quillet.output.contains(u"speakers"_s) && quillet.output.contains(u"microphone"_s));
+    server->play(u"micfeed"_s, tone(1000, 30));
+
+    ASSERT_EQ(quillet.run({u"record"_s, u"--system"_s, u"micfeed"_s, u"--microphone"_s, u"microphone"_s, u"--duration"_s,
+                           u"2"_s, u"--json"_s}), 0) << quillet.errors.toStdString();
+
+    EXPECT_GT(quillet.json()[u"systemPeak"_s].toDouble(), 0.2) << "the other output is the one that is recorded";
+}
+
+TEST_P(LiveRecordingTest, DigitalSilenceIsSaidInProgressAndResult) {
+    server->play(u"micfeed"_s, tone(1000, 30));
+    ASSERT_EQ(quillet.run({u"record"_s, u"--duration"_s, u"16"_s, u"--json"_s}), 0);
+    EXPECT_TRUE(quillet.errors.contains(u"system SILENT for"_s)) << quillet.errors.toStdString();
+    EXPECT_GT(quillet.json()[u"systemSilentSeconds"_s].toDouble(), 10.0);
+    EXPECT_LT(quillet.json()[u"microphoneSilentSeconds"_s].toDouble(), 2.0);
+}
+
+TEST_P(LiveRecordingTest, TheRecordingGoesOnWhileTheServerRestarts) {
+    server->play(u"micfeed"_s, tone(1000, 60));
+    quillet.start({u"record"_s, u"--duration"_s, u"12"_s, u"--json"_s});
+    ASSERT_FALSE(quillet.process.waitForFinished(3000));
+    server->kill();
+    ASSERT_FALSE(quillet.process.waitForFinished(1500));
+    server->start();
+    server->play(u"micfeed"_s, tone(2000, 60));
+    server->play(u"speakers"_s, tone(440, 60));
+    ASSERT_EQ(quillet.finish(), 0) << quillet.errors.toStdString();
+
+    const std::vector<float> samples = decode(quillet.json()[u"path"_s].toString());
+    EXPECT_NEAR(static_cast<double>(samples.size()) / 2 / 48000, 12.0, 0.6);
+    EXPECT_GT(amplitude(std::span(samples).subspan(2 * 48000, 48000), 0, 1000), 0.05);
+    EXPECT_GT(amplitude(std::span(samples).last(96000), 0, 2000), 0.05) << "the microphone is back";
+    EXPECT_GT(amplitude(std::span(samples).last(96000), 0, 440), 0.05) << "the other side is back";
+}
+
+TEST_P(LiveRecordingTest, WithoutServerOrDevicesTheReasonIsOneSentence) {
+    server->control({u"set-default-source"_s, u"speakers.monitor"_s});
+    server->control({u"unload-module"_s, u"module-remap-source"_s});
+    EXPECT_EQ(quillet.run({u"record"_s, u"--duration"_s, u"2"_s}), 1);
+    EXPECT_TRUE(quillet.errors.contains(u"There is no microphone."_s)) << quillet.errors.toStdString();
+
+    server->stop();
+    QElapsedTimer clock;
+    clock.start();
+    EXPECT_EQ(quillet.run({u"record"_s, u"--duration"_s, u"2"_s}), 1);
+    EXPECT_LT(clock.elapsed(), 6000);
+    EXPECT_TRUE(quillet.errors.contains(u"Microphone input failed: "_s)) << quillet.errors.toStdString();
+    EXPECT_EQ(quillet.errors.count(u'\n'), 1);
+    EXPECT_EQ(quillet.run({u"devices"_s}), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Servers, LiveRecordingTest,
+                         testing::Values(PrivateSoundServer::Kind::PulseAudio, PrivateSoundServer::Kind::PipeWire),
+                         [](const auto& row) { return std::string(PrivateSoundServer::nameOf(row.param)); });
+
+} // namespace
+} // namespace quillet::test

@@ -1,0 +1,263 @@
+#include "QuilletProcess.h"
+#include "support/WavFile.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <thread>
+
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace quillet::test {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+class RecordCommandTest : public testing::Test {
+protected:
+    RecordCommandTest() {
+        writeTone(system(), 2, 48000, 3.0, 440, 0.4);
+        writeTone(microphone(), 1, 44100, 2.0, 1000, 0.3);
+    }
+    QString system() const { return quillet.folder(u"other side.wav"_s); }
+    QString microphone() const { return quillet.folder(u"own side.wav"_s); }
+    QStringList recordFiles(const QStringList& more = {}) const {
+        return QStringList{u"record"_s, u"--system"_s, u"file:"_s + system(), u"--microphone"_s,
+                           u"file:"_s + microphone()} + more;
+    }
+    /// Waits until a recording of the folder has some seconds on the disk.
+    static QString waitForFile(const QString& folder, qint64 bytes) {
+        for (int i = 0; i < 500; ++i) {
+            for (const QFileInfo& file : QDir(folder).entryInfoList({u"*.m4a"_s}, QDir::Files)) {
+                if (file.size() >= bytes) return file.filePath();
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+        return {};
+    }
+
+    QuilletProcess quillet;
+};
+
+TEST_F(RecordCommandTest, TwoFilesBecomeOneRecordingThatPlaysAndIsItsOwnersOnly) {
+    ASSERT_EQ(quillet.run(recordFiles({u"--as-fast-as-possible"_s, u"--json"_s})), 0) << quillet.errors.toStdString();
+
+    const QJsonObject result = quillet.json();
+    const QString path = result[u"path"_s].toString();
+    EXPECT_EQ(result[u"frames"_s].toInt(), 141 * 1024) << "3 s, to the end of the last block";
+    EXPECT_NEAR(result[u"durationSeconds"_s].toDouble(), 141 * 1024 / 48000.0, 1e-9);
+    EXPECT_NEAR(result[u"systemPeak"_s].toDouble(), 0.4, 0.001);
+    EXPECT_NEAR(result[u"microphonePeak"_s].toDouble(), 0.3, 0.01);
+    EXPECT_EQ(result[u"blocksDropped"_s].toInt(), 0);
+    EXPECT_TRUE(path.startsWith(quillet.defaultFolder() + u"/Meeting_"_s)) << path.toStdString();
+
+    const std::vector<float> samples = decode(path);
+    ASSERT_EQ(samples.size(), 2U * 141 * 1024);
+    const auto bothSpeak = std::span(samples).subspan(2 * 48000, 2 * 24000);
+    const auto otherSpeaks = std::span(samples).subspan(2 * 108000, 2 * 24000);
+    for (const int channel : {0, 1}) {
+        EXPECT_GT(amplitude(bothSpeak, channel, 440), 0.05);
+        EXPECT_GT(amplitude(bothSpeak, channel, 1000), 0.05);
+        EXPECT_GT(amplitude(otherSpeaks, channel, 440), 0.05);
+        EXPECT_LT(amplitude(otherSpeaks, channel, 1000), 0.001) << "the shorter file goes on as silence";
+    }
+    struct stat file {};
+    struct stat folder {};
+    ASSERT_EQ(stat(path.toUtf8().constData(), &file), 0);
+    ASSERT_EQ(stat(quillet.defaultFolder().toUtf8().constData(), &folder), 0);
+    EXPECT_EQ(file.st_mode & 0777, 0600U);
+    EXPECT_EQ(folder.st_mode & 0777, 0700U);
+    QFile log(quillet.folder(u"data/quillet/test_log.txt"_s));
+    ASSERT_TRUE(log.open(QFile::ReadOnly));
+    EXPECT_THAT(log.readAll().toStdString(), testing::EndsWith("Z " + path.toStdString() + "\n"));
+}
+
+TEST_F(RecordCommandTest, StandardOutputCarriesThePathOnly) {
+    ASSERT_EQ(quillet.run(recordFiles({u"--duration"_s, u"1.5"_s})), 0);
+    const QString path = quillet.output.trimmed();
+    EXPECT_EQ(quillet.output, path + u'\n');
+    EXPECT_EQ(decode(path).size(), 2U * 71 * 1024);
+}
+
+TEST_F(RecordCommandTest, WrongUsageIsToldApartFromFailure) {
+    const struct {
+        const char* name;
+        QStringList arguments;
+        int status;
+        QString sentence;
+    } rows[] = {
+        {"no command", {}, 2, u"Usage: quillet"_s},
+        {"an unknown command", {u"recrod"_s}, 2, u"no command “recrod”"_s},
+        {"an unknown option", {u"record"_s, u"--loud"_s}, 2, u"loud"_s},
+        {"a stray argument", {u"record"_s, u"meeting.m4a"_s}, 2, u"meeting.m4a"_s},
+        {"a duration that is none", {u"record"_s, u"--duration"_s, u"soon"_s}, 2, u"--duration"_s},
+        {"a negative duration", {u"record"_s, u"--duration=-3"_s}, 2, u"--duration"_s},
+        {"an empty source", {u"record"_s, u"--system"_s, u"file:"_s}, 2, u"--system"_s},
+        {"live sources are never fast", {u"record"_s, u"--as-fast-as-possible"_s}, 2, u"needs files"_s},
+        {"recover a missing folder", {u"recover"_s, u"--folder"_s, u"/no/such"_s}, 1, u"not a folder"_s},
+        {"devices with an argument", {u"devices"_s, u"all"_s}, 2, u"takes no arguments"_s},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(quillet.run(row.arguments), row.status);
+        EXPECT_TRUE(quillet.errors.contains(row.sentence)) << quillet.errors.toStdString();
+        EXPECT_TRUE(quillet.output.isEmpty());
+    }
+    for (const auto& arguments : {QStringList{u"--help"_s}, {u"--version"_s}, {u"record"_s, u"--help"_s},
+                                  {u"devices"_s, u"--help"_s}, {u"recover"_s, u"--help"_s}}) {
+        EXPECT_EQ(quillet.run(arguments), 0);
+        EXPECT_TRUE(quillet.output.contains(u"quillet"_s));
+    }
+}
+
+TEST_F(RecordCommandTest, AFileThatIsNoSourceIsRefusedInOneSentence) {
+    QFile empty(quillet.folder(u"empty.wav"_s));
+    ASSERT_TRUE(empty.open(QFile::WriteOnly));
+    QFile text(quillet.folder(u"text.wav"_s));
+    ASSERT_TRUE(text.open(QFile::WriteOnly));
+    text.write(QByteArray("The quick brown fox.\n").repeated(500));
+    text.close();
+    for (const QString& bad : {quillet.folder(u"missing.wav"_s), empty.fileName(), text.fileName(), quillet.folder()}) {
+        SCOPED_TRACE(bad.toStdString());
+        EXPECT_EQ(quillet.run({u"record"_s, u"--system"_s, u"file:"_s + bad, u"--microphone"_s,
+                               u"file:"_s + microphone(), u"--as-fast-as-possible"_s}), 1);
+        EXPECT_TRUE(quillet.errors.contains(bad)) << quillet.errors.toStdString();
+        EXPECT_EQ(quillet.errors.count(u'\n'), 1);
+    }
+    EXPECT_FALSE(QDir(quillet.defaultFolder()).exists());
+}
+
+TEST_F(RecordCommandTest, ARecordingAlwaysFindsAFolder) {
+    const QString asFile = quillet.folder(u"a file"_s);
+    QFile file(asFile);
+    ASSERT_TRUE(file.open(QFile::WriteOnly));
+    const struct {
+        const char* name;
+        QString folder;
+        bool usable;
+    } rows[] = {
+        {"a missing one is made", quillet.folder(u"new/deep er"_s), true},
+        {"any script", quillet.folder(u"会議 – مقابلة 🎙"_s), true},
+        {"a file in its place", asFile, false},
+        {"where nobody may write", u"/proc/quillet"_s, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        ASSERT_EQ(quillet.run(recordFiles({u"--as-fast-as-possible"_s, u"--folder"_s, row.folder})), 0);
+        const QFileInfo saved(quillet.output.trimmed());
+        EXPECT_EQ(saved.path(), row.usable ? row.folder : quillet.defaultFolder());
+        EXPECT_EQ(quillet.errors.contains(u"could not be used"_s), !row.usable);
+        EXPECT_FALSE(decode(saved.filePath()).empty());
+    }
+    EXPECT_EQ(quillet.run({u"record"_s, u"--help"_s}), 0);
+    EXPECT_FALSE(QFile::exists(quillet.folder(u"config/quillet/quillet.conf"_s))) << "the folder is for this run only";
+}
+
+TEST_F(RecordCommandTest, TheSameMinuteInTheSameFolderKeepsEveryRecording) {
+    const QString folder = quillet.folder(u"meetings"_s);
+    const QStringList fast{u"--as-fast-as-possible"_s, u"--folder"_s, folder};
+    QSet<QString> minutes; // the clock may step over the edge of a minute during the test
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_EQ(quillet.run(recordFiles(fast)), 0);
+        minutes.insert(quillet.output.trimmed());
+    }
+    const auto saved = QDir(folder).entryInfoList(QDir::Files);
+    EXPECT_EQ(saved.size(), 3);
+    EXPECT_LE(minutes.size(), 2);
+    for (const QFileInfo& file : saved) EXPECT_EQ(decode(file.filePath()).size(), 2U * 141 * 1024);
+
+    // And one that is still being written is left alone: the second goes to the default folder.
+    QuilletProcess first;
+    first.start(recordFiles({u"--folder"_s, quillet.folder(u"shared"_s)}));
+    ASSERT_FALSE(waitForFile(quillet.folder(u"shared"_s), 20000).isEmpty());
+    ASSERT_EQ(quillet.run(recordFiles({u"--as-fast-as-possible"_s, u"--folder"_s, quillet.folder(u"shared"_s)})), 0);
+    const QString second = quillet.output.trimmed();
+    ASSERT_EQ(first.finish(), 0);
+    EXPECT_NE(first.output.trimmed(), second);
+    EXPECT_EQ(decode(first.output.trimmed()).size(), 2U * 141 * 1024);
+    EXPECT_EQ(decode(second).size(), 2U * 141 * 1024);
+}
+
+TEST_F(RecordCommandTest, InterruptAndTerminateFinishTheFileCleanly) {
+    for (const int signal : {SIGINT, SIGTERM}) {
+        const QString folder = quillet.folder(QString::number(signal));
+        quillet.start(recordFiles({u"--json"_s, u"--folder"_s, folder}));
+        ASSERT_FALSE(waitForFile(folder, 20000).isEmpty());
+        ::kill(static_cast<pid_t>(quillet.process.processId()), signal);
+        ASSERT_EQ(quillet.finish(5000), 0);
+        const QJsonObject result = quillet.json();
+        EXPECT_GT(result[u"frames"_s].toInt(), 20000);
+        EXPECT_EQ(decode(result[u"path"_s].toString()).size(), 2U * static_cast<std::size_t>(result[u"frames"_s].toInt()));
+    }
+}
+
+TEST_F(RecordCommandTest, AKilledRecordingIsRepairedUpToItsLastSecond) {
+    const QString folder = quillet.folder(u"killed"_s);
+    writeTone(system(), 2, 48000, 30.0, 440, 0.4);
+    quillet.start(recordFiles({u"--folder"_s, folder}));
+    ASSERT_FALSE(waitForFile(folder, 1).isEmpty());
+    QElapsedTimer sinceFirstFragment;
+    sinceFirstFragment.start();
+    ASSERT_FALSE(quillet.process.waitForFinished(4000));
+    quillet.process.kill();
+    const double heard = static_cast<double>(sinceFirstFragment.elapsed()) / 1000;
+    ASSERT_EQ(quillet.finish(), -1);
+
+    ASSERT_EQ(quillet.run({u"recover"_s, u"--folder"_s, folder}), 0);
+    EXPECT_TRUE(quillet.output.startsWith(u"repaired: "_s)) << quillet.output.toStdString();
+    const QString file = QDir(folder).entryInfoList(QDir::Files).at(0).filePath();
+    const std::vector<float> samples = decode(file);
+    EXPECT_GT(static_cast<double>(samples.size()) / 2 / 48000, heard - 1.0);
+    EXPECT_GT(amplitude(std::span(samples).last(9600), 0, 440), 0.05) << "sound up to the end";
+    ASSERT_EQ(quillet.run({u"recover"_s, u"--folder"_s, folder}), 0);
+    EXPECT_TRUE(quillet.output.isEmpty()) << "a finished file is none of its business";
+}
+
+TEST_F(RecordCommandTest, TheNextRecordingRepairsWhatTheLastOneLeft) {
+    const QString folder = quillet.folder(u"killed"_s);
+    quillet.start(recordFiles({u"--folder"_s, folder}));
+    const QString unfinished = waitForFile(folder, 20000);
+    ASSERT_FALSE(unfinished.isEmpty());
+    quillet.process.kill();
+    quillet.finish();
+    const QString aside = quillet.folder(u"killed/Meeting_2020-01-01_00-00.m4a"_s);
+    ASSERT_TRUE(QFile::rename(unfinished, aside));
+
+    ASSERT_EQ(quillet.run(recordFiles({u"--as-fast-as-possible"_s, u"--folder"_s, folder})), 0);
+    ASSERT_EQ(quillet.run({u"recover"_s, u"--folder"_s, folder}), 0);
+    EXPECT_TRUE(quillet.output.isEmpty()) << quillet.output.toStdString();
+    EXPECT_GT(decode(aside).size(), 20000U);
+}
+
+TEST_F(RecordCommandTest, AFullVolumeEndsInAFileThatPlaysAndASentence) {
+    const QString volume = quillet.folder(u"volume"_s);
+    QDir().mkpath(volume);
+    if (mount("tmpfs", volume.toUtf8().constData(), "tmpfs", 0, "size=110m,mode=700") != 0)
+        GTEST_SKIP() << "mounting a small volume needs root";
+    const QString ballast = volume + u"/ballast"_s;
+    writeWav(system(), 2, 48000, 300 * 48000, [](qint64 frame, int) { return ((frame * 7919) % 8192) / 8192.0 - 0.5; });
+
+    quillet.start(recordFiles({u"--as-fast-as-possible"_s, u"--json"_s, u"--folder"_s, volume}));
+    const QString file = waitForFile(volume, 200'000);
+    QFile filler(ballast);
+    EXPECT_TRUE(filler.open(QFile::WriteOnly));
+    while (filler.write(QByteArray(1 << 20, 'x')) > 0 && filler.flush()) {}
+    const int status = quillet.finish();
+
+    EXPECT_EQ(status, 0);
+    const std::vector<float> samples = decode(quillet.json()[u"path"_s].toString());
+    EXPECT_GT(samples.size(), 2U * 48000);
+    EXPECT_TRUE(quillet.errors.contains(u"Not enough disk space to record."_s) || samples.size() > 2U * 290 * 48000)
+        << quillet.errors.toStdString();
+    filler.remove();
+    umount2(volume.toUtf8().constData(), MNT_DETACH);
+}
+
+} // namespace
+} // namespace quillet::test

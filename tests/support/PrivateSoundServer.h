@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QByteArray>
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quillet {
+
+/// A sound server of a test's own, without hardware: an output "speakers" and a microphone "microphone" that hears what
+/// is played to "micfeed", both the defaults. The servers' files are those that QUILLET_SOUND_SERVERS names. While the
+/// object lives, this process's PULSE_SERVER points to it, started or not. A failure to start ends the test program
+/// with a message: nothing that follows would mean anything.
+class PrivateSoundServer {
+public:
+    enum class Kind { PulseAudio, PipeWire };
+
+    /// Why there can be no private servers here; empty when there can.
+    [[nodiscard]] static std::string whyUnavailable();
+    [[nodiscard]] static const char* nameOf(Kind kind);
+
+    explicit PrivateSoundServer(Kind kind);
+    ~PrivateSoundServer();
+    PrivateSoundServer(const PrivateSoundServer&) = delete;
+    PrivateSoundServer& operator=(const PrivateSoundServer&) = delete;
+
+    void start();
+    void stop();
+    /// Without a goodbye to its clients; start() brings it back.
+    void kill();
+    void freeze();
+    void thaw();
+
+    /// Runs one of the server's commands and returns what it prints.
+    QString control(const QStringList& arguments);
+    /// Plays mono at 48 kHz to an output, from now on and until it is over or the server ends.
+    void play(const QString& output, const std::vector<float>& mono);
+
+private:
+    void signalServers(int signal);
+    void stopPlayers();
+
+    const Kind m_kind;
+    QTemporaryDir m_runtime;
+    QProcess m_script;
+    std::vector<std::unique_ptr<QProcess>> m_players;
+    int m_files = 0;
+};
+
+/// So many seconds of a mono sine with an amplitude of a quarter.
+[[nodiscard]] std::vector<float> tone(double frequencyHz, double seconds);
+
+} // namespace quillet
