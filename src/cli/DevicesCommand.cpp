@@ -32,7 +32,8 @@ void printTable(const std::vector<SoundDevice>& devices) {
         if (device.isMuted) remarks += QStringLiteral("muted");
         const QString remark =
             remarks.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(remarks.join(QLatin1String(", ")));
-        print(QStringLiteral("%1  %2  %3%4").arg(kindName(device.kind), -6).arg(device.name, device.description, remark));
+        print(
+            QStringLiteral("%1  %2  %3%4").arg(kindName(device.kind), -6).arg(device.name, device.description, remark));
     }
 }
 

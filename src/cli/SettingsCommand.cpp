@@ -1,0 +1,66 @@
+#include "cli/Commands.h"
+#include "settings/SettingsCatalogue.h"
+
+namespace quillet::cli {
+namespace {
+
+constexpr auto kUsage = "Usage: quillet settings list\n"
+                        "       quillet settings get KEY\n"
+                        "       quillet settings set KEY VALUE\n"
+                        "       quillet settings unset KEY";
+
+int list(const UserDefaults& defaults) {
+    for (const SettingInfo& setting : settingsCatalogue())
+        print(QStringLiteral("%1 = %2   (%3)").arg(setting.key, settingText(setting, defaults), setting.summary));
+    return Done;
+}
+
+int set(UserDefaults& defaults, const SettingInfo& setting, const QString& text) {
+    const auto value = parseSetting(setting, text);
+    if (!value) {
+        complain(value.error());
+        return WrongUsage;
+    }
+    defaults.set(setting.key, *value);
+    MemoryUserDefaults wanted;
+    wanted.set(setting.key, *value);
+    // A store that cannot be written says nothing; what reads back tells.
+    if (settingText(setting, defaults) == settingText(setting, wanted)) return Done;
+    complain(QStringLiteral("The settings could not be written."));
+    return Failed;
+}
+
+} // namespace
+
+int settings(const QStringList& arguments) {
+    const QString verb = arguments.value(1);
+    const auto size = arguments.size();
+    if (verb == QLatin1String("--help") || verb == QLatin1String("-h")) {
+        print(QString::fromLatin1(kUsage));
+        return Done;
+    }
+    UserDefaults& defaults = UserDefaults::standard();
+    if (verb == QLatin1String("list") && size == 2) return list(defaults);
+
+    const bool isGet = verb == QLatin1String("get") && size == 3;
+    const bool isSet = verb == QLatin1String("set") && size == 4;
+    const bool isUnset = verb == QLatin1String("unset") && size == 3;
+    if (!isGet && !isSet && !isUnset) {
+        complain(QString::fromLatin1(kUsage));
+        return WrongUsage;
+    }
+    const SettingInfo* setting = findSetting(arguments.at(2));
+    if (!setting) {
+        complain(QStringLiteral("There is no setting “%1”. See quillet settings list.").arg(arguments.at(2)));
+        return WrongUsage;
+    }
+    if (isSet) return set(defaults, *setting, arguments.at(3));
+    if (isUnset) {
+        defaults.remove(setting->key);
+    } else {
+        print(settingText(*setting, defaults));
+    }
+    return Done;
+}
+
+} // namespace quillet::cli

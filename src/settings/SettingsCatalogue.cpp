@@ -1,0 +1,104 @@
+#include "settings/SettingsCatalogue.h"
+
+#include <QDir>
+#include <QJsonDocument>
+#include <QUuid>
+
+#include <algorithm>
+#include <vector>
+
+namespace quillet {
+namespace {
+
+using Type = SettingInfo::Type;
+
+const std::vector<SettingInfo>& catalogue() {
+    static const std::vector<SettingInfo> settings = [] {
+        const auto entry = [](const char* key, Type type, const char* absent, const char* summary,
+                              QStringList choices = {}) {
+            return SettingInfo{QString::fromLatin1(key), type, QString::fromUtf8(absent), QString::fromUtf8(summary),
+                               std::move(choices)};
+        };
+        return std::vector<SettingInfo>{
+            entry("corvane.autoCreateNote", Type::Bool, "false", "make a note of every recording"),
+            entry("corvane.recordingsFolderBookmark", Type::Folder, "",
+                  "where recordings go; absent: the default folder"),
+            entry("corvane.notesApplication", Type::Choice, "vault", "the notes application",
+                  {QStringLiteral("vault"), QStringLiteral("joplin")}),
+            entry("corvane.notesVaultFolder", Type::Folder, "",
+                  "the Markdown vault; absent: “Quillet Notes” in the documents folder"),
+            entry("corvane.notesFolderName", Type::Text, "", "folder for new notes; empty: the application's default"),
+            entry("corvane.includeConsentTimestamp", Type::Bool, "false", "end notes with the participants' consent"),
+            entry("corvane.customTemplates", Type::Json, "", "note templates of your own"),
+            entry("corvane.selectedTemplateId", Type::Uuid, "", "the template in use"),
+            entry("useLocalSummarisation", Type::Bool, "true", "summarise on this device"),
+            entry("cloudFallbackEnabled", Type::Bool, "true", "summarise in the cloud where the device cannot"),
+            entry("corvane.automationPromptAttempted", Type::Bool, "false",
+                  "the notes application has been asked for access"),
+            entry("corvane.automationGrantedCached", Type::Bool, "false", "its last answer"),
+            entry("hasCompletedOnboarding", Type::Bool, "false", "the introduction has been seen"),
+            entry("onboardingAIShown", Type::Bool, "false", "its page on summaries has been seen"),
+        };
+    }();
+    return settings;
+}
+
+Result<QVariant, QString> parseBool(const QString& key, const QString& text) {
+    const QString lower = text.trimmed().toLower();
+    for (const char* yes : {"true", "yes", "on", "1"}) {
+        if (lower == QLatin1String(yes)) return QVariant(true);
+    }
+    for (const char* no : {"false", "no", "off", "0"}) {
+        if (lower == QLatin1String(no)) return QVariant(false);
+    }
+    return Failure{QStringLiteral("%1 is either true or false.").arg(key)};
+}
+
+} // namespace
+
+std::span<const SettingInfo> settingsCatalogue() { return catalogue(); }
+
+const SettingInfo* findSetting(const QString& key) {
+    const auto& settings = catalogue();
+    const auto found =
+        std::find_if(settings.begin(), settings.end(), [&](const auto& setting) { return setting.key == key; });
+    return found == settings.end() ? nullptr : &*found;
+}
+
+Result<QVariant, QString> parseSetting(const SettingInfo& setting, const QString& text) {
+    switch (setting.type) {
+    case Type::Bool:
+        return parseBool(setting.key, text);
+    case Type::Text:
+        return QVariant(text);
+    case Type::Choice:
+        if (setting.choices.contains(text)) return QVariant(text);
+        return Failure{QStringLiteral("%1 is one of: %2.").arg(setting.key, setting.choices.join(QLatin1String(", ")))};
+    case Type::Folder:
+        if (!QDir::isAbsolutePath(text)) return Failure{QStringLiteral("%1 is an absolute path.").arg(setting.key)};
+        return QVariant(QDir::cleanPath(text).toUtf8());
+    case Type::Uuid: {
+        const QUuid id(text);
+        if (id.isNull()) return Failure{QStringLiteral("%1 is a UUID.").arg(setting.key)};
+        return QVariant(id.toString(QUuid::WithoutBraces).toUpper());
+    }
+    case Type::Json:
+        if (!QJsonDocument::fromJson(text.toUtf8()).isArray())
+            return Failure{QStringLiteral("%1 is a JSON array.").arg(setting.key)};
+        return QVariant(text.toUtf8());
+    }
+    return Failure{QString()};
+}
+
+QString settingText(const SettingInfo& setting, const UserDefaults& defaults) {
+    if (setting.type == Type::Bool)
+        return defaults.boolean(setting.key, setting.absent == QLatin1String("true")) ? QStringLiteral("true")
+                                                                                      : QStringLiteral("false");
+    const bool isBytes = setting.type == Type::Folder || setting.type == Type::Json;
+    const auto bytes = isBytes ? defaults.data(setting.key) : std::nullopt;
+    const auto stored =
+        isBytes ? (bytes ? std::optional(QString::fromUtf8(*bytes)) : std::nullopt) : defaults.string(setting.key);
+    return stored && parseSetting(setting, *stored) ? *stored : setting.absent;
+}
+
+} // namespace quillet

@@ -1,0 +1,54 @@
+#include "settings/SettingsCatalogue.h"
+
+#include <gtest/gtest.h>
+
+namespace quillet {
+namespace {
+
+TEST(SettingsCatalogueTest, ValuesAreCheckedByTheirType) {
+    const struct {
+        const char* key;
+        const char* text;
+        const char* stored; ///< as it reads back; null: refused
+    } rows[] = {
+        {"corvane.autoCreateNote", "yes", "true"},
+        {"corvane.autoCreateNote", "OFF", "false"},
+        {"corvane.autoCreateNote", "perhaps", nullptr},
+        {"corvane.notesApplication", "joplin", "joplin"},
+        {"corvane.notesApplication", "Joplin", nullptr},
+        {"corvane.notesFolderName", " Meetings, “internal” ", " Meetings, “internal” "},
+        {"corvane.notesVaultFolder", "/home/ada/Notizen/./ü", "/home/ada/Notizen/ü"},
+        {"corvane.notesVaultFolder", "Notizen", nullptr},
+        {"corvane.recordingsFolderBookmark", "/mnt/a b", "/mnt/a b"},
+        {"corvane.selectedTemplateId", "{2f1d7b4e-0c3f-4a7e-9a53-5d1b8f7f6a10}",
+         "2F1D7B4E-0C3F-4A7E-9A53-5D1B8F7F6A10"},
+        {"corvane.selectedTemplateId", "first", nullptr},
+        {"corvane.customTemplates", "[{\"name\":\"x\"}]", "[{\"name\":\"x\"}]"},
+        {"corvane.customTemplates", "{}", nullptr},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.key << " = " << row.text);
+        const SettingInfo* setting = findSetting(QString::fromUtf8(row.key));
+        ASSERT_NE(setting, nullptr);
+        const auto value = parseSetting(*setting, QString::fromUtf8(row.text));
+        ASSERT_EQ(value.ok(), row.stored != nullptr);
+        if (!value) continue;
+        MemoryUserDefaults defaults;
+        defaults.set(setting->key, *value);
+        EXPECT_EQ(settingText(*setting, defaults), QString::fromUtf8(row.stored));
+    }
+    EXPECT_EQ(findSetting(QStringLiteral("corvane.unknown")), nullptr);
+}
+
+TEST(SettingsCatalogueTest, WhatMakesNoSenseCountsAsAbsent) {
+    MemoryUserDefaults defaults;
+    defaults.set(QStringLiteral("corvane.notesApplication"), QStringLiteral("paper"));
+    defaults.set(QStringLiteral("useLocalSummarisation"), QStringLiteral("mostly"));
+    defaults.set(QStringLiteral("corvane.selectedTemplateId"), 17);
+    EXPECT_EQ(settingText(*findSetting(QStringLiteral("corvane.notesApplication")), defaults), QStringLiteral("vault"));
+    EXPECT_EQ(settingText(*findSetting(QStringLiteral("useLocalSummarisation")), defaults), QStringLiteral("true"));
+    EXPECT_EQ(settingText(*findSetting(QStringLiteral("corvane.selectedTemplateId")), defaults), QString());
+}
+
+} // namespace
+} // namespace quillet
