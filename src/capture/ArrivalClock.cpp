@@ -11,9 +11,9 @@ constexpr Seconds kBucket = 500ms;
 
 // The time constant grows from brisk to calm: at first the device's rate is unknown, and two hundred parts per million
 // would carry the position off by three milliseconds before the calm controller had found them.
-constexpr double kFirstTimeConstantSeconds = 8;
+constexpr double kFirstTimeConstantSeconds = 6;
 constexpr double kTimeConstantSeconds = 20;
-constexpr double kTimeConstantGrowth = 0.2; ///< seconds per second since the restart
+constexpr double kTimeConstantGrowth = 0.1; ///< seconds per second since the restart
 
 constexpr double kLargestIntegralPpm = 500;
 constexpr double kLargestCorrectionPpm = 1000; ///< still inaudible: two hundredths of a semitone

@@ -39,7 +39,7 @@ public:
 
 private:
     static constexpr std::size_t kBuckets = 8;
-    static constexpr std::size_t kBucketsToTellLoss = 3;
+    static constexpr std::size_t kBucketsToTellLoss = 2;
 
     void closeBucket(HostTime now);
 

@@ -2,6 +2,7 @@
 
 #include "capture/AudioMixer.h"
 #include "capture/CaptureStatistics.h"
+#include "notes/CreateNoteResult.h"
 #include "platform/AssetWriter.h"
 #include "platform/MicrophoneSource.h"
 #include "platform/SystemAudioSource.h"
@@ -20,12 +21,6 @@
 #include <optional>
 
 namespace quillet {
-
-/// The outcome of making a note out of a recording.
-struct CreateNoteResult {
-    bool success = false;
-    bool isAutomationDenied = false;
-};
 
 /// Records a meeting: opens the microphone and the system audio, mixes them and writes the file, and sees the file
 /// through to its log line, its notice and its note.
@@ -86,8 +81,9 @@ public:
     /// Any thread.
     [[nodiscard]] CaptureStatistics statistics() const { return m_meters.read(); }
 
-    /// Capture queue: whether the file can take this many blocks right now; true as well when there is no file to wait
-    /// for. For sources that can be held back.
+    /// Capture queue: whether a source that can be held back may deliver so many blocks now. False while that would
+    /// run far ahead of the encoder: the writer's long queue is there for live sources on a slow disk. True when there
+    /// is no file to wait for.
     [[nodiscard]] bool canTakeBlocks(std::int64_t blocks) const;
     [[nodiscard]] SerialQueue& queue() { return m_queue; }
 
@@ -132,6 +128,7 @@ private:
     std::unique_ptr<MicrophoneSession> m_captureSession;
     std::shared_ptr<SystemAudioStream> m_stream;
     std::shared_ptr<AssetWriter> m_assetWriter;
+    std::int64_t m_writerCapacity = 0; ///< blocks in its queue when that is full
     std::optional<std::filesystem::path> m_outputURL;
     bool m_hasReceivedFirstBuffer = false;
 

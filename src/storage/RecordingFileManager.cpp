@@ -1,6 +1,8 @@
 #include "storage/RecordingFileManager.h"
 
+#include <QDateTime>
 #include <QFile>
+#include <QLocale>
 #include <QSaveFile>
 
 #include <system_error>
@@ -26,10 +28,7 @@ QString qtPath(const fs::path& path) { return QFile::decodeName(path.c_str()); }
 
 RecordingFileManager::RecordingFileManager(FileServices& fileManager, UserDefaults& defaults,
                                            std::function<WallTime()> now)
-    : m_fileManager(fileManager),
-      m_defaults(defaults),
-      m_now(std::move(now)),
-      m_dateFormatter("yyyy-MM-dd_HH-mm", "en_US_POSIX") {
+    : m_fileManager(fileManager), m_defaults(defaults), m_now(std::move(now)) {
     resolveCustomRecordingsBookmarkIfNeeded();
 }
 
@@ -78,7 +77,10 @@ Result<void, StorageError> RecordingFileManager::checkDiskSpaceForDirectory(cons
 }
 
 std::string RecordingFileManager::fileName() const {
-    return "Meeting_" + m_dateFormatter.format(m_now()).toStdString() + ".m4a";
+    const auto sinceEpoch = std::chrono::floor<std::chrono::milliseconds>(m_now().time_since_epoch());
+    const auto local = QDateTime::fromMSecsSinceEpoch(sinceEpoch.count(), m_timeZone);
+    // Digits of no locale: a name sorts by its time everywhere.
+    return "Meeting_" + QLocale::c().toString(local, QStringLiteral("yyyy-MM-dd_HH-mm")).toStdString() + ".m4a";
 }
 
 std::optional<fs::path> RecordingFileManager::defaultRecordingsDirectoryURL() const {

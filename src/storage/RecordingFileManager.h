@@ -6,6 +6,7 @@
 #include "support/UserDefaults.h"
 
 #include <QString>
+#include <QTimeZone>
 
 #include <filesystem>
 #include <functional>
@@ -65,7 +66,7 @@ private:
     FileServices& m_fileManager;
     UserDefaults& m_defaults;
     const std::function<WallTime()> m_now;
-    const DateFormatter m_dateFormatter;
+    const QTimeZone m_timeZone = QTimeZone::systemTimeZone(); ///< names keep to the zone of the program's start
     std::optional<std::filesystem::path> m_resolvedCustomDirectoryURL;
     bool m_isSecurityScopedAccessStarted = false;
 };

@@ -48,8 +48,10 @@ TEST_P(LiveRecordingTest, DevicesAreListedByTheNamesThatRecordTakes) {
     EXPECT_TRUE(quillet.output.contains(u"speakers"_s) && quillet.output.contains(u"microphone"_s));
     server->play(u"micfeed"_s, tone(1000, 30));
 
-    ASSERT_EQ(quillet.run({u"record"_s, u"--system"_s, u"micfeed"_s, u"--microphone"_s, u"microphone"_s, u"--duration"_s,
-                           u"2"_s, u"--json"_s}), 0) << quillet.errors.toStdString();
+    ASSERT_EQ(quillet.run({u"record"_s, u"--system"_s, u"micfeed"_s, u"--microphone"_s, u"microphone"_s,
+                           u"--duration"_s, u"2"_s, u"--json"_s}),
+              0)
+        << quillet.errors.toStdString();
 
     EXPECT_GT(quillet.json()[u"systemPeak"_s].toDouble(), 0.2) << "the other output is the one that is recorded";
 }

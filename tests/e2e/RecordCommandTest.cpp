@@ -5,13 +5,11 @@
 #include <QElapsedTimer>
 #include <QFile>
 
-#include <gmock/gmock.h>
-
 #include <csignal>
-#include <thread>
-
+#include <gmock/gmock.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 namespace quillet::test {
@@ -29,7 +27,8 @@ protected:
     QString microphone() const { return quillet.folder(u"own side.wav"_s); }
     QStringList recordFiles(const QStringList& more = {}) const {
         return QStringList{u"record"_s, u"--system"_s, u"file:"_s + system(), u"--microphone"_s,
-                           u"file:"_s + microphone()} + more;
+                           u"file:"_s + microphone()} +
+               more;
     }
     /// Waits until a recording of the folder has some seconds on the disk.
     static QString waitForFile(const QString& folder, qint64 bytes) {
@@ -109,8 +108,11 @@ TEST_F(RecordCommandTest, WrongUsageIsToldApartFromFailure) {
         EXPECT_TRUE(quillet.errors.contains(row.sentence)) << quillet.errors.toStdString();
         EXPECT_TRUE(quillet.output.isEmpty());
     }
-    for (const auto& arguments : {QStringList{u"--help"_s}, {u"--version"_s}, {u"record"_s, u"--help"_s},
-                                  {u"devices"_s, u"--help"_s}, {u"recover"_s, u"--help"_s}}) {
+    for (const auto& arguments : {QStringList{u"--help"_s},
+                                  {u"--version"_s},
+                                  {u"record"_s, u"--help"_s},
+                                  {u"devices"_s, u"--help"_s},
+                                  {u"recover"_s, u"--help"_s}}) {
         EXPECT_EQ(quillet.run(arguments), 0);
         EXPECT_TRUE(quillet.output.contains(u"quillet"_s));
     }
@@ -126,7 +128,8 @@ TEST_F(RecordCommandTest, AFileThatIsNoSourceIsRefusedInOneSentence) {
     for (const QString& bad : {quillet.folder(u"missing.wav"_s), empty.fileName(), text.fileName(), quillet.folder()}) {
         SCOPED_TRACE(bad.toStdString());
         EXPECT_EQ(quillet.run({u"record"_s, u"--system"_s, u"file:"_s + bad, u"--microphone"_s,
-                               u"file:"_s + microphone(), u"--as-fast-as-possible"_s}), 1);
+                               u"file:"_s + microphone(), u"--as-fast-as-possible"_s}),
+                  1);
         EXPECT_TRUE(quillet.errors.contains(bad)) << quillet.errors.toStdString();
         EXPECT_EQ(quillet.errors.count(u'\n'), 1);
     }
@@ -193,7 +196,8 @@ TEST_F(RecordCommandTest, InterruptAndTerminateFinishTheFileCleanly) {
         ASSERT_EQ(quillet.finish(5000), 0);
         const QJsonObject result = quillet.json();
         EXPECT_GT(result[u"frames"_s].toInt(), 20000);
-        EXPECT_EQ(decode(result[u"path"_s].toString()).size(), 2U * static_cast<std::size_t>(result[u"frames"_s].toInt()));
+        EXPECT_EQ(decode(result[u"path"_s].toString()).size(),
+                  2U * static_cast<std::size_t>(result[u"frames"_s].toInt()));
     }
 }
 
@@ -247,7 +251,8 @@ TEST_F(RecordCommandTest, AFullVolumeEndsInAFileThatPlaysAndASentence) {
     const QString file = waitForFile(volume, 200'000);
     QFile filler(ballast);
     EXPECT_TRUE(filler.open(QFile::WriteOnly));
-    while (filler.write(QByteArray(1 << 20, 'x')) > 0 && filler.flush()) {}
+    while (filler.write(QByteArray(1 << 20, 'x')) > 0 && filler.flush()) {
+    }
     const int status = quillet.finish();
 
     EXPECT_EQ(status, 0);
