@@ -8,12 +8,13 @@
 namespace quillet {
 
 RecordingHost::RecordingHost(RecordingFileManager& files, const UserDefaults& defaults, RecorderUIModel& uiModel,
-                             NotificationCenter& notifications, CreateNote createNote)
+                             NotificationCenter& notifications, CreateNote createNote, NotePolicy notePolicy)
     : m_files(files),
       m_defaults(defaults),
       m_uiModel(uiModel),
       m_notifications(notifications),
-      m_createNote(std::move(createNote)) {}
+      m_createNote(std::move(createNote)),
+      m_notePolicy(notePolicy) {}
 
 void RecordingHost::recordingStartsIn(const std::filesystem::path& folder) {
     m_repairs.async([folder] { static_cast<void>(recoverRecordings(folder)); });
@@ -29,9 +30,11 @@ void RecordingHost::recordingDidComplete(const std::filesystem::path& recording)
 }
 
 std::optional<CreateNoteResult> RecordingHost::createNote(const std::filesystem::path& recording, WallTime recordedAt) {
-    return m_createNote ? m_createNote(recording, recordedAt) : std::nullopt;
+    return m_createNote(recording, recordedAt);
 }
 
-bool RecordingHost::autoCreateNote() { return m_defaults.boolean(DefaultsKeys::autoCreateNote); }
+bool RecordingHost::autoCreateNote() {
+    return m_notePolicy == NotePolicy::Always || m_defaults.boolean(DefaultsKeys::autoCreateNote);
+}
 
 } // namespace quillet

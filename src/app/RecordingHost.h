@@ -18,9 +18,14 @@ public:
     using CreateNote =
         std::function<std::optional<CreateNoteResult>(const std::filesystem::path& recording, WallTime recordedAt)>;
 
-    /// Without a createNote no note is ever attempted.
+    enum class NotePolicy {
+        AsTheUserChose, ///< the setting, at the moment of stopping
+        Always
+    };
+
     RecordingHost(RecordingFileManager& files, const UserDefaults& defaults, RecorderUIModel& uiModel,
-                  NotificationCenter& notifications, CreateNote createNote = {});
+                  NotificationCenter& notifications, CreateNote createNote,
+                  NotePolicy notePolicy = NotePolicy::AsTheUserChose);
 
     Result<std::filesystem::path, StorageError> generateFileURL() override { return m_files.generateFileURL(); }
     Result<std::filesystem::path, StorageError> generateFileURLInApplicationSupport() override {
@@ -42,6 +47,7 @@ private:
     RecorderUIModel& m_uiModel;
     NotificationCenter& m_notifications;
     const CreateNote m_createNote;
+    const NotePolicy m_notePolicy;
     SerialQueue m_repairs{"quillet.repairs"};
 };
 

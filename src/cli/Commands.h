@@ -12,6 +12,7 @@ enum ExitStatus { Done = 0, Failed = 1, WrongUsage = 2 };
 int record(const QStringList& arguments);
 int devices(const QStringList& arguments);
 int recover(const QStringList& arguments);
+int notes(const QStringList& arguments);
 int settings(const QStringList& arguments);
 
 /// One line on standard output or standard error.

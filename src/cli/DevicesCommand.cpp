@@ -47,7 +47,7 @@ int devices(const QStringList& arguments) {
     parser.addOptions({{json, QStringLiteral("Print one JSON array.")},
                        {{QStringLiteral("h"), help}, QStringLiteral("Show this help.")}});
     if (!parser.parse(arguments) || !parser.positionalArguments().isEmpty()) {
-        complain(parser.positionalArguments().isEmpty() ? parser.errorText() + QLatin1Char('.')
+        complain(parser.positionalArguments().isEmpty() ? parser.errorText()
                                                         : QStringLiteral("devices takes no arguments but --json."));
         return WrongUsage;
     }

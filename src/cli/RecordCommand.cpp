@@ -1,3 +1,4 @@
+#include "app/NotesServices.h"
 #include "app/RecordingHost.h"
 #include "capture/FilePlayer.h"
 #include "capture/RecordingControl.h"
@@ -53,6 +54,7 @@ private:
     void observe();
     void phaseChanged(RecordingControl::Phase phase);
     void errorChanged(const std::optional<QString>& error);
+    std::optional<CreateNoteResult> makeNote(const fs::path& recording, WallTime recordedAt);
     void showProgress();
     void finish();
     void report(const fs::path& path);
@@ -63,6 +65,8 @@ private:
     RecordingFileManager m_files{FileServices::standard(),
                                  m_options.folder.isEmpty() ? UserDefaults::standard() : m_folderForThisRun};
     RecorderUIModel m_uiModel;
+    NotesServices m_notes{UserDefaults::standard(), [] { return true; }};
+    std::optional<NoteOutcome> m_noteOutcome; ///< the recording's thread, then, when that has ended, the main thread
     std::shared_ptr<FilePlayer> m_player;
     std::shared_ptr<AudioCaptureEngine> m_engine;
     std::unique_ptr<RecordingControl> m_control;
@@ -109,7 +113,10 @@ bool RecordSession::openSources() {
 
     m_engine = AudioCaptureEngine::create(
         std::move(hardware),
-        std::make_shared<RecordingHost>(m_files, UserDefaults::standard(), m_uiModel, NotificationCenter::standard()));
+        std::make_shared<RecordingHost>(
+            m_files, UserDefaults::standard(), m_uiModel, NotificationCenter::standard(),
+            [this](const fs::path& recording, WallTime recordedAt) { return makeNote(recording, recordedAt); },
+            m_options.note ? RecordingHost::NotePolicy::Always : RecordingHost::NotePolicy::AsTheUserChose));
     m_control = std::make_unique<RecordingControl>(m_engine);
     return true;
 }
@@ -157,6 +164,16 @@ void RecordSession::errorChanged(const std::optional<QString>& error) {
     m_control->stop(); // nobody sits here who could do better
 }
 
+/// On the recording's own thread.
+std::optional<CreateNoteResult> RecordSession::makeNote(const fs::path& recording, WallTime recordedAt) {
+    m_noteOutcome = m_notes.recordings.makeNote(recording, recordedAt);
+    if (!m_noteOutcome) {
+        m_noteOutcome = NoteOutcome{.reason = QStringLiteral("The notes application is not there.")};
+        return std::nullopt;
+    }
+    return toCreateNoteResult(*m_noteOutcome);
+}
+
 void RecordSession::showProgress() {
     std::optional<std::int64_t> free;
     if (const auto url = m_engine->outputURL.value()) {
@@ -192,6 +209,11 @@ QStringList RecordSession::warnings(const CaptureStatistics& statistics) const {
     if (statistics.blocksDropped > 0)
         sentences += QStringLiteral("%1 s of sound did not reach the file.")
                          .arg(seconds(FrameCount(statistics.blocksDropped * kBlockFrames)), 0, 'f', 2);
+    if (m_noteOutcome && !m_noteOutcome->success)
+        sentences +=
+            QStringLiteral("The recording was saved, but no note could be made: %1 “quillet notes create” with "
+                           "the recording makes it later.")
+                .arg(m_noteOutcome->reason);
     if (m_error) sentences += platformWording(*m_error);
     return sentences;
 }
@@ -215,6 +237,7 @@ void RecordSession::report(const fs::path& path) {
         {QStringLiteral("blocksDropped"), static_cast<qint64>(statistics.blocksDropped)},
         {QStringLiteral("systemSilentSeconds"), seconds(statistics.system.longestSilence)},
         {QStringLiteral("microphoneSilentSeconds"), seconds(statistics.microphone.longestSilence)},
+        {QStringLiteral("noteMade"), m_noteOutcome && m_noteOutcome->success},
         {QStringLiteral("warnings"), QJsonArray::fromStringList(sentences)},
     };
     print(QString::fromUtf8(QJsonDocument(result).toJson(QJsonDocument::Compact)));

@@ -28,6 +28,7 @@ Result<std::variant<RecordOptions, HelpRequest>, QString> parseRecordOptions(con
         "given duration.\nStandard output carries the path of the recording, or with --json one object."));
     const QString system = QStringLiteral("system"), microphone = QStringLiteral("microphone");
     const QString folder = QStringLiteral("folder"), duration = QStringLiteral("duration");
+    const QString note = QStringLiteral("note");
     const QString fast = QStringLiteral("as-fast-as-possible"), json = QStringLiteral("json"),
                   help = QStringLiteral("help");
     parser.addOptions({
@@ -38,10 +39,11 @@ Result<std::variant<RecordOptions, HelpRequest>, QString> parseRecordOptions(con
         {folder, QStringLiteral("Folder for this recording (default: the recordings folder)."), QStringLiteral("DIR")},
         {duration, QStringLiteral("Stop after so many seconds."), QStringLiteral("SECONDS")},
         {fast, QStringLiteral("Take files at full speed instead of real time; both sources must be files.")},
+        {note, QStringLiteral("Make a note of this recording, whatever the settings say.")},
         {json, QStringLiteral("Print one JSON object: path, frames, durationSeconds, peaks, blocksDropped, warnings.")},
         {{QStringLiteral("h"), help}, QStringLiteral("Show this help.")},
     });
-    if (!parser.parse(arguments)) return Failure{parser.errorText() + QLatin1Char('.')};
+    if (!parser.parse(arguments)) return Failure{parser.errorText()};
     if (parser.isSet(help)) {
         QString text = parser.helpText();
         return std::variant<RecordOptions, HelpRequest>(
@@ -58,6 +60,7 @@ Result<std::variant<RecordOptions, HelpRequest>, QString> parseRecordOptions(con
                           .folder = parser.value(folder),
                           .duration = {},
                           .asFastAsPossible = parser.isSet(fast),
+                          .note = parser.isSet(note),
                           .json = parser.isSet(json)};
     if (parser.isSet(folder) && options.folder.isEmpty()) return Failure{QStringLiteral("--folder needs a folder.")};
     if (parser.isSet(duration)) {

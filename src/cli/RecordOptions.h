@@ -23,6 +23,7 @@ struct RecordOptions {
     QString folder; ///< empty: the user's recordings folder
     std::optional<std::chrono::milliseconds> duration;
     bool asFastAsPossible = false;
+    bool note = false; ///< make one of this recording, whatever the settings say
     bool json = false;
 };
 

@@ -34,7 +34,7 @@ int recover(const QStringList& arguments) {
                         QStringLiteral("DIR")},
                        {{QStringLiteral("h"), help}, QStringLiteral("Show this help.")}});
     if (!parser.parse(arguments) || !parser.positionalArguments().isEmpty()) {
-        complain(parser.positionalArguments().isEmpty() ? parser.errorText() + QLatin1Char('.')
+        complain(parser.positionalArguments().isEmpty() ? parser.errorText()
                                                         : QStringLiteral("recover takes no arguments but --folder."));
         return WrongUsage;
     }

@@ -19,6 +19,7 @@ constexpr Command kCommands[] = {
     {"record", record, "record a meeting: the computer's sound and the microphone into one .m4a"},
     {"devices", devices, "list what can be recorded"},
     {"recover", recover, "finish recordings that a crash or a power cut left unfinished"},
+    {"notes", notes, "notes of recordings: status, folders, test, create, authorise"},
     {"settings", settings, "read and change settings: list, get, set, unset"},
 };
 

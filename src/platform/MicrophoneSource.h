@@ -1,6 +1,7 @@
 #pragma once
 
 #include "capture/SampleBuffer.h"
+#include "platform/AuthorizationStatus.h"
 #include "support/Result.h"
 #include "support/SerialQueue.h"
 
@@ -9,8 +10,6 @@
 #include <memory>
 
 namespace quillet {
-
-enum class AuthorizationStatus { NotDetermined, Restricted, Denied, Authorized };
 
 /// Why the microphone could not be opened, by the step that failed.
 struct MicrophoneFailure {

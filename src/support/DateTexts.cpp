@@ -3,13 +3,52 @@
 #include "support/Require.h"
 
 #include <QDateTime>
+#include <QLocale>
 
+#include <unicode/datefmt.h>
 #include <unicode/locid.h>
+#include <unicode/measfmt.h>
+#include <unicode/measunit.h>
+#include <unicode/measure.h>
 #include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>
 #include <unicode/unistr.h>
 
+#include <array>
+#include <cmath>
+#include <utility>
+#include <vector>
+
 namespace quillet {
+namespace {
+
+QString toQString(const icu::UnicodeString& text) { return QString::fromUtf16(text.getBuffer(), text.length()); }
+
+UDate toUDate(WallTime time) {
+    return static_cast<UDate>(std::chrono::floor<std::chrono::milliseconds>(time.time_since_epoch()).count());
+}
+
+/// The locale of the user's dates: the environment's, and where it says nothing, the desktop's. Asked each time: the
+/// process-wide default of ICU is fixed at its first use, and follows the language of messages.
+icu::Locale currentLocale() {
+    QString name;
+    for (const char* variable : {"LC_ALL", "LC_TIME", "LANG"}) {
+        if (name.isEmpty()) name = qEnvironmentVariable(variable);
+    }
+    if (name.isEmpty()) name = QLocale::system().name();
+    // "de_DE.UTF-8@euro": the character set says nothing about dates, and of the modifiers only the scripts do.
+    const QString modifier = name.section(QLatin1Char('@'), 1);
+    const QString base = name.section(QLatin1Char('@'), 0, 0).section(QLatin1Char('.'), 0, 0);
+    if (base == QLatin1String("C") || base == QLatin1String("POSIX")) return icu::Locale("en_US_POSIX");
+    const QString language = base.section(QLatin1Char('_'), 0, 0);
+    const QString country = base.section(QLatin1Char('_'), 1);
+    const char* const script = modifier == QLatin1String("latin")      ? "_Latn"
+                               : modifier == QLatin1String("cyrillic") ? "_Cyrl"
+                                                                       : "";
+    return icu::Locale((language + QLatin1String(script) + QLatin1Char('_') + country).toLatin1().constData());
+}
+
+} // namespace
 
 struct DateFormatter::Impl {
     std::unique_ptr<icu::SimpleDateFormat> format;
@@ -27,10 +66,41 @@ DateFormatter::DateFormatter(const char* pattern, const char* locale) : m_impl(s
 DateFormatter::~DateFormatter() = default;
 
 QString DateFormatter::format(WallTime time) const {
-    const auto milliseconds = std::chrono::floor<std::chrono::milliseconds>(time.time_since_epoch()).count();
     icu::UnicodeString text;
-    m_impl->format->format(static_cast<UDate>(milliseconds), text);
-    return QString::fromUtf16(text.getBuffer(), text.length());
+    m_impl->format->format(toUDate(time), text);
+    return toQString(text);
+}
+
+QString longDateShortTime(WallTime time) {
+    const std::unique_ptr<icu::DateFormat> format(
+        icu::DateFormat::createDateTimeInstance(icu::DateFormat::kLong, icu::DateFormat::kShort, currentLocale()));
+    require(format != nullptr, "the locale data of ICU is missing");
+    format->adoptTimeZone(icu::TimeZone::detectHostTimeZone());
+    icu::UnicodeString text;
+    format->format(toUDate(time), text);
+    return toQString(text);
+}
+
+QString abbreviatedDuration(double seconds) {
+    if (!std::isfinite(seconds)) return {};
+    UErrorCode status = U_ZERO_ERROR;
+    const double whole = std::trunc(seconds);
+    const std::array<std::pair<double, icu::MeasureUnit>, 3> units{{
+        {std::trunc(whole / 3600), icu::MeasureUnit::getHour()},
+        {std::trunc(std::fmod(whole, 3600) / 60), icu::MeasureUnit::getMinute()},
+        {std::fmod(whole, 60), icu::MeasureUnit::getSecond()},
+    }};
+    std::vector<icu::Measure> measures;
+    for (const auto& [count, unit] : units) {
+        if (count != 0) measures.emplace_back(icu::Formattable(count), new icu::MeasureUnit(unit), status);
+    }
+    if (measures.empty()) return {};
+    const icu::MeasureFormat format(currentLocale(), UMEASFMT_WIDTH_NARROW, status);
+    icu::UnicodeString text;
+    icu::FieldPosition position;
+    format.formatMeasures(measures.data(), static_cast<int32_t>(measures.size()), text, position, status);
+    require(U_SUCCESS(status), "the locale data of ICU is missing");
+    return toQString(text);
 }
 
 QString iso8601(WallTime time) {

@@ -25,6 +25,14 @@ private:
     std::unique_ptr<Impl> m_impl;
 };
 
+/// Date in long style and time in short style, in the user's language and time zone of this moment. The bytes are the
+/// locale data's own: between the minutes and AM or PM may stand a narrow no-break space.
+[[nodiscard]] QString longDateShortTime(WallTime time);
+
+/// Hours, minutes and whole seconds in the user's language, abbreviated, without the units that are zero: "1h 2m 5s".
+/// Empty when all of them are.
+[[nodiscard]] QString abbreviatedDuration(double seconds);
+
 /// ISO 8601 in UTC with seconds: 2025-03-14T08:05:00Z.
 [[nodiscard]] QString iso8601(WallTime time);
 

@@ -1,7 +1,5 @@
 #include "support/UserDefaults.h"
 
-#include "platform/StandardFolders.h"
-
 #include <QDir>
 #include <QFileInfo>
 #include <QSettings>
@@ -31,11 +29,6 @@ std::optional<QByteArray> UserDefaults::data(const QString& key) const {
     if (stored.typeId() == QMetaType::QByteArray) return stored.toByteArray();
     if (stored.typeId() == QMetaType::QString) return stored.toString().toUtf8();
     return std::nullopt;
-}
-
-UserDefaults& UserDefaults::standard() {
-    static FileUserDefaults defaults(QString::fromStdString(standardSettingsFile().string()));
-    return defaults;
 }
 
 // A QSettings object per call: they are cheap (the parsed file is shared in the process) and need no lock of ours.

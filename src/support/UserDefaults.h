@@ -31,7 +31,13 @@ protected:
 };
 
 namespace DefaultsKeys {
-inline const QString autoCreateNote = QStringLiteral("corvane.autoCreateNote");                     ///< Bool
+inline const QString autoCreateNote = QStringLiteral("corvane.autoCreateNote");                       ///< Bool
+inline const QString automationPromptAttempted = QStringLiteral("corvane.automationPromptAttempted"); ///< Bool
+inline const QString automationGrantedCached = QStringLiteral("corvane.automationGrantedCached");     ///< Bool
+inline const QString includeConsentTimestamp = QStringLiteral("corvane.includeConsentTimestamp");     ///< Bool
+inline const QString notesFolderName = QStringLiteral("corvane.notesFolderName");                     ///< text
+inline const QString notesApplication = QStringLiteral("corvane.notesApplication"); ///< text: "vault" or "joplin"
+inline const QString notesVaultFolder = QStringLiteral("corvane.notesVaultFolder"); ///< data: absolute path
 inline const QString recordingsFolderBookmark = QStringLiteral("corvane.recordingsFolderBookmark"); ///< data
 } // namespace DefaultsKeys
 

@@ -5,12 +5,11 @@
 namespace quillet {
 
 LiveSources makeLiveSources(const QString& systemDevice, const QString& microphoneDevice) {
-    const auto server = makeSoundServer();
-    return {.systemAudio = makePulseSystemAudioSource(server, systemDevice),
-            .microphone = makePulseMicrophoneSource(server, microphoneDevice)};
+    return {.systemAudio = makePulseSystemAudioSource(systemDevice),
+            .microphone = makePulseMicrophoneSource(microphoneDevice)};
 }
 
-std::shared_ptr<SoundDevices> makeSoundDevices() { return makePulseSoundDevices(makeSoundServer()); }
+std::shared_ptr<SoundDevices> makeSoundDevices() { return makePulseSoundDevices(); }
 
 std::shared_ptr<AssetWriterFactory> makeAssetWriterFactory() { return std::make_shared<M4aAssetWriterFactory>(); }
 

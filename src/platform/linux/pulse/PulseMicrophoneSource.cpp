@@ -25,8 +25,7 @@ private:
 
 class PulseMicrophoneSource final : public MicrophoneSource {
 public:
-    PulseMicrophoneSource(std::shared_ptr<SoundServer> server, QString deviceName)
-        : m_server(std::move(server)), m_deviceName(std::move(deviceName)) {}
+    explicit PulseMicrophoneSource(QString deviceName) : m_deviceName(std::move(deviceName)) {}
 
     AuthorizationStatus authorizationStatus() override {
         const SoundServer::Lock lock(*m_server);
@@ -55,16 +54,14 @@ private:
                 QStringLiteral("there is no microphone named \"%1\"").arg(m_deviceName)};
     }
 
-    const std::shared_ptr<SoundServer> m_server;
+    const std::shared_ptr<SoundServer> m_server = std::make_shared<SoundServer>();
     const QString m_deviceName;
 };
 
 } // namespace
 
-std::shared_ptr<SoundServer> makeSoundServer() { return std::make_shared<SoundServer>(); }
-
-std::shared_ptr<MicrophoneSource> makePulseMicrophoneSource(std::shared_ptr<SoundServer> server, QString deviceName) {
-    return std::make_shared<PulseMicrophoneSource>(std::move(server), std::move(deviceName));
+std::shared_ptr<MicrophoneSource> makePulseMicrophoneSource(QString deviceName) {
+    return std::make_shared<PulseMicrophoneSource>(std::move(deviceName));
 }
 
 } // namespace quillet

@@ -58,8 +58,6 @@ struct Inquiry {
 
 class PulseSoundDevices final : public SoundDevices {
 public:
-    explicit PulseSoundDevices(std::shared_ptr<SoundServer> server) : m_server(std::move(server)) {}
-
     Result<std::vector<SoundDevice>> list() override {
         const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
         const SoundServer::Lock lock(*m_server);
@@ -91,13 +89,11 @@ public:
     }
 
 private:
-    const std::shared_ptr<SoundServer> m_server;
+    const std::shared_ptr<SoundServer> m_server = std::make_shared<SoundServer>();
 };
 
 } // namespace
 
-std::shared_ptr<SoundDevices> makePulseSoundDevices(std::shared_ptr<SoundServer> server) {
-    return std::make_shared<PulseSoundDevices>(std::move(server));
-}
+std::shared_ptr<SoundDevices> makePulseSoundDevices() { return std::make_shared<PulseSoundDevices>(); }
 
 } // namespace quillet

@@ -10,20 +10,16 @@
 
 namespace quillet {
 
-class SoundServer;
-
-/// The connection that all of the following share: one of it is enough for a program.
-[[nodiscard]] std::shared_ptr<SoundServer> makeSoundServer();
+// Each of these has a connection to the sound server of its own, made when it is first used: when two streams share
+// one, PipeWire hands over the audio of one of them in bursts of up to a second, and loses some of it.
 
 /// The microphone with this source name; empty: the default microphone, whichever it is at the time.
-[[nodiscard]] std::shared_ptr<MicrophoneSource> makePulseMicrophoneSource(std::shared_ptr<SoundServer> server,
-                                                                          QString deviceName = {});
+[[nodiscard]] std::shared_ptr<MicrophoneSource> makePulseMicrophoneSource(QString deviceName = {});
 
 /// What is played to the output of this name (or heard by the source of this name); empty: the default output,
 /// whichever it is at the time.
-[[nodiscard]] std::shared_ptr<SystemAudioSource> makePulseSystemAudioSource(std::shared_ptr<SoundServer> server,
-                                                                            QString deviceName = {});
+[[nodiscard]] std::shared_ptr<SystemAudioSource> makePulseSystemAudioSource(QString deviceName = {});
 
-[[nodiscard]] std::shared_ptr<SoundDevices> makePulseSoundDevices(std::shared_ptr<SoundServer> server);
+[[nodiscard]] std::shared_ptr<SoundDevices> makePulseSoundDevices();
 
 } // namespace quillet

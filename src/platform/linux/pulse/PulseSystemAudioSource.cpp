@@ -55,8 +55,8 @@ private:
 
 class PulseSystemAudioSource final : public SystemAudioSource {
 public:
-    PulseSystemAudioSource(std::shared_ptr<SoundServer> server, QString deviceName)
-        : m_server(std::move(server)), m_choice{DeviceChoice::Kind::SystemAudio, deviceName.toStdString()} {}
+    explicit PulseSystemAudioSource(const QString& deviceName)
+        : m_choice{DeviceChoice::Kind::SystemAudio, deviceName.toStdString()} {}
 
     void getShareableContent(ContentCompletion completion) override { completion(content()); }
 
@@ -88,14 +88,14 @@ private:
         return std::optional(std::move(content));
     }
 
-    const std::shared_ptr<SoundServer> m_server;
+    const std::shared_ptr<SoundServer> m_server = std::make_shared<SoundServer>();
     const DeviceChoice m_choice;
 };
 
 } // namespace
 
-std::shared_ptr<SystemAudioSource> makePulseSystemAudioSource(std::shared_ptr<SoundServer> server, QString deviceName) {
-    return std::make_shared<PulseSystemAudioSource>(std::move(server), std::move(deviceName));
+std::shared_ptr<SystemAudioSource> makePulseSystemAudioSource(QString deviceName) {
+    return std::make_shared<PulseSystemAudioSource>(deviceName);
 }
 
 } // namespace quillet

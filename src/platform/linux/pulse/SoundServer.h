@@ -16,11 +16,11 @@ namespace quillet {
 
 using Deadline = std::chrono::steady_clock::time_point;
 
-/// The program's one connection to the sound server, PulseAudio or PipeWire, with the thread on which everything that
-/// the server says is heard. Sources and device lists share it. While somebody listens, a lost connection is taken up
-/// again, for as long as it takes; with nobody listening it is dropped. Any thread may use it under its lock, which
-/// that thread holds while it works, so listeners are always called with the lock held and must not wait for another
-/// thread.
+/// A connection to the sound server, PulseAudio or PipeWire, with the thread on which everything that the server says
+/// is heard. A source owns one and shares it with its stream. While somebody listens, a lost connection is taken up
+/// again, for as long as it takes; with nobody listening it is dropped. Any thread may use it under its lock, which the
+/// server's thread holds while it works, so listeners are always called with the lock held and must not wait for
+/// another thread.
 class SoundServer {
 public:
     /// What a recording stream hears. Server's thread.

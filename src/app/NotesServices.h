@@ -1,0 +1,27 @@
+#pragma once
+
+#include "notes/NoteIntegrator.h"
+#include "notes/PendingNotes.h"
+#include "notes/RecordingNotes.h"
+#include "platform/NotesApplication.h"
+#include "support/UserDefaults.h"
+
+#include <memory>
+
+namespace quillet {
+
+/// The notes application that the settings choose, at this moment. The defaults must outlive it.
+[[nodiscard]] std::shared_ptr<NotesApplication> makeNotesApplication(const UserDefaults& defaults);
+
+/// All that it takes to turn recordings into notes, wired together.
+struct NotesServices {
+    /// isAutomationGranted is asked on the main thread, before anything is listed without the user asking for it.
+    NotesServices(const UserDefaults& defaults, std::function<bool()> isAutomationGranted);
+
+    const std::shared_ptr<NotesApplication> application;
+    const NoteIntegrator integrator;
+    PendingNotes pending;
+    RecordingNotes recordings;
+};
+
+} // namespace quillet

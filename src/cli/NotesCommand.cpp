@@ -1,0 +1,153 @@
+#include "app/NotesServices.h"
+#include "cli/Commands.h"
+#include "cli/Worker.h"
+#include "settings/SettingsCatalogue.h"
+
+#include <QCommandLineParser>
+#include <QFile>
+
+#include <filesystem>
+
+namespace quillet::cli {
+namespace {
+
+constexpr auto kUsage =
+    "Usage: quillet notes status\n"
+    "       quillet notes folders\n"
+    "       quillet notes test NAME\n"
+    "       quillet notes create FILE [--title TEXT] [--folder NAME] [--attendees TEXT] [--summary TEXT]\n"
+    "                                 [--decisions TEXT] [--actions TEXT] [--follow-ups TEXT] [--transcript FILE]\n"
+    "       quillet notes authorise";
+
+QString settingNow(const char* key) {
+    return settingText(*findSetting(QString::fromLatin1(key)), UserDefaults::standard());
+}
+
+QString accessText(NotesAccess access) {
+    switch (access) {
+    case NotesAccess::NotDetermined:
+        return QStringLiteral("not asked yet; see quillet notes authorise");
+    case NotesAccess::Granted:
+        return QStringLiteral("granted");
+    case NotesAccess::Denied:
+        return QStringLiteral("denied");
+    }
+    return {};
+}
+
+int status(NotesServices& notes) {
+    const NotesAccess access = notes.application->probeAccess();
+    print(QStringLiteral("application   %1").arg(settingNow("corvane.notesApplication")));
+    print(QStringLiteral("available     %1")
+              .arg(notes.application->isAvailable() ? QStringLiteral("yes") : QStringLiteral("no")));
+    print(QStringLiteral("access        %1").arg(accessText(access)));
+    const QString folder = notes.integrator.folderNameOfSettings();
+    print(QStringLiteral("folder        %1")
+              .arg(folder.isEmpty() ? QStringLiteral("(the application's default)") : folder));
+    for (const PendingNote& note : notes.pending.all())
+        print(QStringLiteral("to be made    %1").arg(QFile::decodeName(note.recording.c_str())));
+    return access == NotesAccess::Granted ? Done : Failed;
+}
+
+int folders(NotesServices& notes) {
+    const auto names = notes.application->fetchFolders();
+    for (const QString& name : names) print(name);
+    if (!names.empty()) return Done;
+    complain(
+        QStringLiteral("There are no folders, or the notes application does not answer; see quillet notes status."));
+    return Failed;
+}
+
+int test(NotesServices& notes, const QString& name) {
+    const bool exists = notes.application->testFolderConnection(name);
+    if (!exists) complain(QStringLiteral("There is no folder “%1”.").arg(name));
+    return exists ? Done : Failed;
+}
+
+int authorise(NotesServices& notes) {
+    if (notes.application->asksForConsent())
+        complain(QStringLiteral("Please allow Quillet in your notes application; waiting for your answer."));
+    const bool granted = notes.application->requestAccess();
+    print(granted ? QStringLiteral("granted") : QStringLiteral("denied"));
+    return granted ? Done : Failed;
+}
+
+struct CreateRequest {
+    std::filesystem::path file;
+    MeetingDetails details;
+    std::optional<QString> folder;
+};
+
+/// The error is a sentence for the user.
+Result<CreateRequest, QString> parseCreate(const QStringList& arguments) {
+    QCommandLineParser parser;
+    const char* const options[] = {"title",     "folder",  "attendees",  "summary",
+                                   "decisions", "actions", "follow-ups", "transcript"};
+    for (const char* option : options)
+        parser.addOption({QString::fromLatin1(option), QString(), QStringLiteral("TEXT")});
+    if (!parser.parse(arguments)) return Failure{parser.errorText()};
+    if (parser.positionalArguments().size() != 1) return Failure{QString::fromLatin1(kUsage)};
+
+    const auto text = [&parser](const char* option) -> std::optional<QString> {
+        const QString name = QString::fromLatin1(option);
+        return parser.isSet(name) ? std::optional(parser.value(name)) : std::nullopt;
+    };
+    CreateRequest request{
+        .file = std::filesystem::absolute(QFile::encodeName(parser.positionalArguments().constFirst()).toStdString()),
+        .details = {.title = text("title"),
+                    .attendees = text("attendees"),
+                    .aiSummary = text("summary"),
+                    .keyDecisions = text("decisions"),
+                    .actionItems = text("actions"),
+                    .followUps = text("follow-ups")},
+        .folder = text("folder")};
+    if (const auto path = text("transcript")) {
+        QFile transcript(*path);
+        if (!transcript.open(QFile::ReadOnly))
+            return Failure{QStringLiteral("%1 cannot be read: %2.").arg(*path, transcript.errorString())};
+        request.details.transcript = QString::fromUtf8(transcript.readAll());
+    }
+    return request;
+}
+
+int create(NotesServices& notes, const CreateRequest& request) {
+    const auto outcome = notes.recordings.makeNoteLater(request.file, request.details, request.folder);
+    if (outcome && outcome->success) return Done;
+    complain(outcome ? outcome->reason
+                     : QStringLiteral("No note was made: there is no such recording, or the notes application is not "
+                                      "there. See quillet notes status."));
+    return Failed;
+}
+
+} // namespace
+
+int notes(const QStringList& arguments) {
+    const QString verb = arguments.value(1);
+    if (verb == QLatin1String("--help") || verb == QLatin1String("-h")) {
+        print(QString::fromLatin1(kUsage));
+        return Done;
+    }
+    NotesServices services(UserDefaults::standard(), [] { return true; });
+    if (verb == QLatin1String("create")) {
+        const auto request = parseCreate(arguments.mid(1));
+        if (!request) {
+            complain(request.error());
+            return WrongUsage;
+        }
+        return runOnWorker([&] { return create(services, *request); });
+    }
+    if (verb == QLatin1String("test") && arguments.size() == 3)
+        return runOnWorker([&] { return test(services, arguments.at(2)); });
+    struct Verb {
+        const char* name;
+        int (*run)(NotesServices& notes);
+    };
+    for (const Verb& plain : {Verb{"status", status}, {"folders", folders}, {"authorise", authorise}}) {
+        if (arguments.size() == 2 && verb == QLatin1String(plain.name))
+            return runOnWorker([&] { return plain.run(services); });
+    }
+    complain(QString::fromLatin1(kUsage));
+    return WrongUsage;
+}
+
+} // namespace quillet::cli

@@ -1,0 +1,23 @@
+#include "notes/AppleNotesApplication.h"
+
+#include <QFile>
+
+namespace quillet {
+
+NotesAccess AppleNotesApplication::probeAccess() {
+    return m_runner.checkNotesAutomationAccess() ? NotesAccess::Granted : NotesAccess::Denied;
+}
+
+NoteOutcome AppleNotesApplication::createNoteWithAttachment(const NoteDraft& draft) {
+    const QString path = QFile::decodeName(draft.attachment.c_str());
+    const CreateNoteResult result = m_runner.createNoteWithAttachment(path, draft.title, draft.body, draft.folderName);
+    NoteOutcome outcome{result.success, result.isAutomationDenied, {}};
+    if (result.isAutomationDenied) {
+        outcome.reason = QStringLiteral("Notes does not let this program create notes.");
+    } else if (!result.success) {
+        outcome.reason = QStringLiteral("Notes could not create the note.");
+    }
+    return outcome;
+}
+
+} // namespace quillet

@@ -1,0 +1,43 @@
+#include "notes/RecordingNotes.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
+
+namespace quillet {
+namespace {
+
+WallTime lastModified(const std::filesystem::path& file) {
+    const QDateTime modified = QFileInfo(QFile::decodeName(file.c_str())).lastModified();
+    return modified.isValid() ? WallTime(std::chrono::milliseconds(modified.toMSecsSinceEpoch()))
+                              : std::chrono::system_clock::now();
+}
+
+} // namespace
+
+std::optional<NoteOutcome> RecordingNotes::makeNote(const std::filesystem::path& recording, WallTime completedAt) {
+    const QString folder = m_integrator.folderNameOfSettings();
+    static_cast<void>(m_pending.add({recording, completedAt, folder}));
+    return attempt({.recording = recording, .recordedAt = completedAt, .details = {}, .folderName = folder});
+}
+
+std::optional<NoteOutcome> RecordingNotes::makeNoteLater(const std::filesystem::path& recording,
+                                                         const MeetingDetails& details,
+                                                         const std::optional<QString>& folderName) {
+    NoteRequest request{.recording = recording, .recordedAt = {}, .details = details, .folderName = folderName};
+    if (const auto pending = m_pending.find(recording)) {
+        request.recordedAt = pending->completedAt;
+        if (!folderName) request.folderName = pending->folderName;
+    } else {
+        request.recordedAt = lastModified(recording);
+    }
+    return attempt(request);
+}
+
+std::optional<NoteOutcome> RecordingNotes::attempt(const NoteRequest& request) {
+    const auto outcome = m_integrator.makeNote(request);
+    if (outcome && outcome->success) static_cast<void>(m_pending.remove(request.recording));
+    return outcome;
+}
+
+} // namespace quillet

@@ -1,0 +1,120 @@
+#include "permissions/PermissionManager.h"
+
+#include "support/MainThread.h"
+
+#include <QTimer>
+
+#include <chrono>
+#include <utility>
+
+namespace quillet {
+namespace {
+
+constexpr std::chrono::milliseconds kRefreshAfterRequest{500};
+
+PermissionStatus grantedOrDenied(bool granted) {
+    return granted ? PermissionStatus::Granted : PermissionStatus::Denied;
+}
+
+} // namespace
+
+PermissionManager::PermissionManager(std::shared_ptr<PermissionServices> services,
+                                     std::shared_ptr<NotesApplication> notes, UserDefaults& defaults)
+    : m_services(std::move(services)), m_notes(std::move(notes)), m_defaults(defaults) {}
+
+std::shared_ptr<PermissionManager> PermissionManager::create(std::shared_ptr<PermissionServices> services,
+                                                             std::shared_ptr<NotesApplication> notes,
+                                                             UserDefaults& defaults) {
+    const std::shared_ptr<PermissionManager> manager(
+        new PermissionManager(std::move(services), std::move(notes), defaults));
+    manager->refreshStatus();
+    return manager;
+}
+
+void PermissionManager::refreshStatus() {
+    screenCaptureStatus.set(grantedOrDenied(m_services->preflightScreenCaptureAccess()));
+    microphoneStatus.set(currentMicrophoneStatus());
+    automationStatus.set(currentAutomationStatus());
+    updateAutomationStatusFromHelperIfNeeded();
+}
+
+bool PermissionManager::hasRequiredPermissions() const {
+    return screenCaptureStatus.value() == PermissionStatus::Granted &&
+           microphoneStatus.value() == PermissionStatus::Granted;
+}
+
+PermissionStatus PermissionManager::currentMicrophoneStatus() const {
+    switch (m_services->microphoneAuthorizationStatus()) {
+    case AuthorizationStatus::Restricted:
+    case AuthorizationStatus::Denied:
+        return PermissionStatus::Denied;
+    case AuthorizationStatus::Authorized:
+        return PermissionStatus::Granted;
+    case AuthorizationStatus::NotDetermined:
+        break;
+    }
+    return PermissionStatus::NotDetermined; // as is whatever a later system may add
+}
+
+PermissionStatus PermissionManager::currentAutomationStatus() const {
+    if (!m_notes->isAvailable()) return PermissionStatus::Denied;
+    const bool asksForConsent = m_notes->asksForConsent();
+    if (asksForConsent && !m_defaults.boolean(DefaultsKeys::automationPromptAttempted))
+        return PermissionStatus::NotDetermined;
+    // Where nobody has to consent, access is there until a test says otherwise.
+    return grantedOrDenied(m_defaults.boolean(DefaultsKeys::automationGrantedCached, !asksForConsent));
+}
+
+void PermissionManager::updateAutomationStatusFromHelperIfNeeded() {
+    if (m_notes->asksForConsent() && !m_defaults.boolean(DefaultsKeys::automationPromptAttempted)) return;
+    checkNotesAutomationAccess(LiveTest::Quiet, [weak = weak_from_this()](bool granted) {
+        if (const auto self = weak.lock()) self->automationStatus.set(grantedOrDenied(granted));
+    });
+}
+
+bool PermissionManager::requestScreenCaptureAccess() {
+    m_services->requestScreenCaptureAccess();
+    QTimer::singleShot(kRefreshAfterRequest, QCoreApplication::instance(), [weak = weak_from_this()] {
+        if (const auto self = weak.lock()) self->refreshStatus();
+    });
+    return m_services->preflightScreenCaptureAccess();
+}
+
+void PermissionManager::requestMicrophoneAccess(Completion completion) {
+    m_services->requestMicrophoneAccess([weak = weak_from_this(), completion = std::move(completion)](bool granted) {
+        MainThread::post([weak, completion, granted] {
+            if (const auto self = weak.lock()) self->refreshStatus();
+            completion(granted);
+        });
+    });
+}
+
+void PermissionManager::requestAutomationAccess(Completion completion) { askForAutomation(std::move(completion)); }
+
+void PermissionManager::triggerNotesAutomationPermissionPromptIfNeeded() {
+    if (m_notes->isAvailable()) askForAutomation([](bool) {});
+}
+
+void PermissionManager::askForAutomation(Completion completion) {
+    m_defaults.set(DefaultsKeys::automationPromptAttempted, true);
+    checkNotesAutomationAccess(LiveTest::MayAskTheUser,
+                               [self = shared_from_this(), completion = std::move(completion)](bool granted) {
+                                   self->refreshStatus();
+                                   completion(granted);
+                               });
+}
+
+void PermissionManager::checkNotesAutomationAccess(LiveTest test, Completion onMain) {
+    // What onMain holds belongs to the main thread, so it goes there whole.
+    m_worker->async(
+        [worker = m_worker, notes = m_notes, defaults = &m_defaults, test, onMain = std::move(onMain)]() mutable {
+            const bool granted =
+                test == LiveTest::MayAskTheUser ? notes->requestAccess() : notes->probeAccess() == NotesAccess::Granted;
+            MainThread::post([defaults, granted, onMain = std::move(onMain)] {
+                defaults->set(DefaultsKeys::automationGrantedCached, granted);
+                onMain(granted);
+            });
+        });
+}
+
+} // namespace quillet

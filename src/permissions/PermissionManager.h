@@ -1,0 +1,72 @@
+#pragma once
+
+#include "platform/NotesApplication.h"
+#include "platform/PermissionServices.h"
+#include "support/Published.h"
+#include "support/SerialQueue.h"
+#include "support/UserDefaults.h"
+
+#include <functional>
+#include <memory>
+
+namespace quillet {
+
+enum class PermissionStatus { NotDetermined, Granted, Denied };
+
+/// Knows and publishes whether system audio, the microphone and the notes application are open to us, asks for them,
+/// and leads the user to the settings.
+///
+/// The first two come from the system at each refresh. Whether the notes application lets us in can only be found out
+/// by asking it, which may make it ask the user; so a refresh publishes what was last known and, once the user has been
+/// asked or where nobody is asked, has the application tried quietly on a worker and publishes the answer a moment
+/// later. Main thread only. Nothing fails visibly: a test that fails counts as denied.
+class PermissionManager final : public std::enable_shared_from_this<PermissionManager> {
+public:
+    using Completion = std::function<void(bool granted)>;
+
+    /// The defaults must live as long as the main thread runs: the answer to a test is kept even without the manager.
+    static std::shared_ptr<PermissionManager> create(std::shared_ptr<PermissionServices> services,
+                                                     std::shared_ptr<NotesApplication> notes, UserDefaults& defaults);
+
+    Published<PermissionStatus> screenCaptureStatus{PermissionStatus::NotDetermined};
+    Published<PermissionStatus> microphoneStatus{PermissionStatus::NotDetermined};
+    Published<PermissionStatus> automationStatus{PermissionStatus::NotDetermined};
+
+    void refreshStatus();
+    /// All that recording needs.
+    [[nodiscard]] bool hasRequiredPermissions() const;
+
+    /// The state right after asking, without waiting for the user. The statuses are refreshed half a second later.
+    bool requestScreenCaptureAccess();
+    /// The completions below run on the main thread, never inside the call.
+    void requestMicrophoneAccess(Completion completion);
+    void requestAutomationAccess(Completion completion);
+    /// The same without an answer, and only when there is a notes application.
+    void triggerNotesAutomationPermissionPromptIfNeeded();
+
+    void openScreenCapturePreferences() { m_services->openSettings(SettingsPlace::ScreenCapture); }
+    void openMicrophonePreferences() { m_services->openSettings(SettingsPlace::Microphone); }
+    void openAutomationPreferences() { m_services->openSettings(SettingsPlace::Automation); }
+
+private:
+    enum class LiveTest { Quiet, MayAskTheUser };
+
+    PermissionManager(std::shared_ptr<PermissionServices> services, std::shared_ptr<NotesApplication> notes,
+                      UserDefaults& defaults);
+
+    [[nodiscard]] PermissionStatus currentMicrophoneStatus() const;
+    [[nodiscard]] PermissionStatus currentAutomationStatus() const;
+    void updateAutomationStatusFromHelperIfNeeded();
+    void askForAutomation(Completion completion);
+    /// Runs the test on the worker, then, on the main thread, keeps the result and hands it on.
+    void checkNotesAutomationAccess(LiveTest test, Completion onMain);
+
+    const std::shared_ptr<PermissionServices> m_services;
+    const std::shared_ptr<NotesApplication> m_notes;
+    UserDefaults& m_defaults;
+    /// One test after another, so that an older answer never replaces a newer one. Each test holds the queue: the last
+    /// of them may outlive the manager, whose end must not wait for it.
+    const std::shared_ptr<SerialQueue> m_worker = std::make_shared<SerialQueue>("quillet.permissions");
+};
+
+} // namespace quillet

@@ -1,0 +1,174 @@
+#include "notes/PendingNotes.h"
+
+#include "notes/RecordingNotes.h"
+#include "support/FakeNotesApplication.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sys/stat.h>
+#include <thread>
+
+namespace quillet {
+namespace {
+
+namespace fs = std::filesystem;
+
+QString text(const char* utf8) { return QString::fromUtf8(utf8); }
+
+class PendingNotesTest : public testing::Test {
+protected:
+    fs::path folder() const { return temporary.path().toStdString() + "/data/quillet"; }
+    fs::path file() const { return folder() / "pending-notes.json"; }
+    QByteArray read(const fs::path& path) const {
+        QFile in(QFile::decodeName(path.c_str()));
+        return in.open(QFile::ReadOnly) ? in.readAll() : QByteArray("cannot be read");
+    }
+    void write(const QByteArray& bytes) const {
+        fs::create_directories(folder());
+        QFile out(QFile::decodeName(file().c_str()));
+        ASSERT_TRUE(out.open(QFile::WriteOnly));
+        out.write(bytes);
+    }
+
+    QTemporaryDir temporary;
+    const WallTime completedAt{std::chrono::milliseconds(1764576479123)};
+};
+
+TEST_F(PendingNotesTest, ARecordingIsFoundByAnotherProcessHoweverItsPathIsWritten) {
+    EXPECT_FALSE(PendingNotes(folder()).find("/r/a.m4a"));
+    ASSERT_TRUE(PendingNotes(folder()).add({"/r/Ü \"1\"\n.m4a", completedAt - std::chrono::hours(1), text("Old")}));
+    ASSERT_TRUE(PendingNotes(folder()).add({"/r/b.m4a", completedAt, {}}));
+    ASSERT_TRUE(PendingNotes(folder()).add({"/r/Ü \"1\"\n.m4a", completedAt, text("Räume/..")}));
+    PendingNotes other(folder());
+    ASSERT_EQ(other.all().size(), 2U);
+    const auto found = other.find("/r/./x/../Ü \"1\"\n.m4a");
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->completedAt, completedAt);
+    EXPECT_EQ(found->folderName, text("Räume/.."));
+    for (const fs::path& path : {file(), folder()}) {
+        struct stat status {};
+        ASSERT_EQ(stat(path.c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 0777, path == file() ? 0600U : 0700U);
+    }
+
+    ASSERT_TRUE(other.remove("/r/Ü \"1\"\n.m4a"));
+    ASSERT_TRUE(other.remove("/r/never.m4a"));
+    EXPECT_FALSE(PendingNotes(folder()).find("/r/Ü \"1\"\n.m4a"));
+    EXPECT_TRUE(PendingNotes(folder()).find("/r/b.m4a"));
+}
+
+TEST_F(PendingNotesTest, ADamagedFileIsSetAsideAndLosesOnlyWhatCannotBeRead) {
+    const QByteArray good(R"({"recording":"/r/a.m4a","completedAt":"2025-12-01T08:07:59.123Z","folderName":"F"})");
+    const struct {
+        QByteArray contents;
+        bool keepsOne;
+    } rows[] = {
+        {QByteArray(), false},
+        {QByteArray("[{\"recording\":\"/r/a"), false},
+        {QByteArray("{}"), false},
+        {QByteArray(5'000'000, ' ') + "[" + good + "]", false},
+        {"[" + good + R"(,7,{"recording":"/r/c.m4a","completedAt":"yesterday"}])", true},
+    };
+    int damaged = 0;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.contents.left(80).toStdString());
+        write(row.contents);
+        PendingNotes pending(folder());
+        EXPECT_EQ(pending.find("/r/a.m4a").has_value(), row.keepsOne);
+        EXPECT_EQ(read(file()), row.contents) << "reading changes nothing";
+        ASSERT_TRUE(pending.add({"/r/b.m4a", completedAt, {}}));
+        EXPECT_EQ(PendingNotes(folder()).all().size(), row.keepsOne ? 2U : 1U);
+        EXPECT_EQ(read(file().string() + ".damaged-" + std::to_string(++damaged)), row.contents);
+    }
+    write("[" + good + "]");
+    ASSERT_TRUE(PendingNotes(folder()).add({"/r/b.m4a", completedAt, {}}));
+    EXPECT_FALSE(fs::exists(file().string() + ".damaged-" + std::to_string(damaged + 1)));
+}
+
+TEST_F(PendingNotesTest, TheListStaysSmallAndForgetsTheOldestFirst) {
+    QByteArray full("[");
+    for (std::size_t i = 0; i < PendingNotes::kMostEntries; ++i)
+        full += R"({"recording":"/r/)" + QByteArray::number(i) + R"(","completedAt":"2025-12-01T08:07:59.123Z"},)";
+    full.back() = ']';
+    write(full);
+    PendingNotes pending(folder());
+    EXPECT_EQ(pending.all().size(), PendingNotes::kMostEntries);
+    ASSERT_TRUE(pending.add({"/r/new", completedAt, {}}));
+    EXPECT_EQ(pending.all().size(), PendingNotes::kMostEntries);
+    EXPECT_EQ(pending.all().front().recording, "/r/1");
+    EXPECT_EQ(pending.all().back().recording, "/r/new");
+    for (int i = 0; i < 4; ++i)
+        ASSERT_TRUE(pending.add({"/long/" + std::to_string(i), completedAt, QString(1'500'000, QLatin1Char('x'))}));
+    EXPECT_LT(fs::file_size(file()), 4'000'000U);
+    EXPECT_TRUE(PendingNotes(folder()).find("/long/3"));
+}
+
+TEST_F(PendingNotesTest, WritersAtTheSameTimeLoseNothing) {
+    std::vector<std::thread> writers;
+    for (int writer = 0; writer < 3; ++writer) {
+        writers.emplace_back([this, writer] {
+            PendingNotes pending(folder());
+            for (int i = 0; i < 15; ++i) {
+                const std::string name = "/r/" + std::to_string(writer) + "-" + std::to_string(i);
+                EXPECT_TRUE(pending.add({name, completedAt, {}}));
+            }
+        });
+    }
+    for (auto& writer : writers) writer.join();
+    EXPECT_EQ(PendingNotes(folder()).all().size(), 45U);
+}
+
+TEST_F(PendingNotesTest, ANoteThatFailedIsMadeLaterAsItWouldHaveBeen) {
+    qputenv("TZ", "UTC");
+    const auto application = std::make_shared<test::FakeNotesApplication>();
+    MemoryUserDefaults defaults;
+    defaults.set(DefaultsKeys::notesFolderName, text("Then"));
+    const NoteIntegrator integrator(application, defaults, [] { return true; });
+    PendingNotes pending(folder());
+    RecordingNotes notes(integrator, pending);
+    write("[]");
+    const fs::path recording = folder() / "Meeting.m4a";
+    const fs::path foreign = folder() / "foreign.m4a";
+    std::ofstream(foreign).put('x');
+
+    application->outcome = {false, false, text("The application is closed.")};
+    EXPECT_EQ(notes.makeNote(recording, completedAt)->reason, text("The application is closed."));
+    application->available = false;
+    EXPECT_FALSE(notes.makeNoteLater(recording).has_value());
+    EXPECT_FALSE(notes.makeNote("/r/unattempted.m4a", completedAt).has_value());
+    EXPECT_TRUE(pending.find("/r/unattempted.m4a"));
+
+    application->available = true;
+    application->outcome = {true, false, {}};
+    defaults.set(DefaultsKeys::notesFolderName, text("Now"));
+    EXPECT_TRUE(notes.makeNoteLater(recording)->success);
+    const NoteDraft& later = application->drafts.back();
+    EXPECT_EQ(later.title, text("20251201 - Meeting Recording - 08:07"));
+    EXPECT_EQ(later.body, application->drafts.front().body);
+    EXPECT_EQ(later.folderName, text("Then"));
+    EXPECT_FALSE(pending.find(recording));
+
+    fs::last_write_time(foreign, std::chrono::file_clock::from_sys(completedAt + std::chrono::hours(24)));
+    EXPECT_TRUE(notes.makeNoteLater(foreign)->success);
+    EXPECT_EQ(application->drafts.back().title, text("20251202 - Meeting Recording - 08:07"));
+    EXPECT_EQ(application->drafts.back().folderName, text("Now"));
+    qunsetenv("TZ");
+}
+
+TEST_F(PendingNotesTest, AListThatCannotBeKeptDoesNotKeepTheNoteFromBeingMade) {
+    QFile(temporary.filePath(text("data"))).open(QFile::WriteOnly); // a file where the folder should be
+    const auto application = std::make_shared<test::FakeNotesApplication>();
+    const MemoryUserDefaults defaults;
+    const NoteIntegrator integrator(application, defaults, [] { return true; });
+    PendingNotes pending(folder());
+    EXPECT_FALSE(pending.add({"/r/a.m4a", completedAt, {}}));
+    EXPECT_TRUE(RecordingNotes(integrator, pending).makeNote("/r/a.m4a", completedAt)->success);
+}
+
+} // namespace
+} // namespace quillet

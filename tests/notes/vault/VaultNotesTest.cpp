@@ -1,0 +1,258 @@
+#include "notes/vault/TestVault.h"
+
+#include <QRegularExpression>
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+namespace quillet::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+QString u(const char* text) { return QString::fromUtf8(text); }
+
+TEST_F(VaultTest, noteHasHeadingPlayerAndBulletsAndIsItsOwnersOnly) {
+    NoteDraft note = draft(u("20250314 - Meeting Recording - 09:05"),
+                           u("# 20250314 - Meeting Recording - 09:05 — today\n\n## Attendees\nUnknown\n\n"
+                             "## Key Decisions\n• One\n  • Two\nnot a • bullet\n\n"));
+
+    const NoteOutcome outcome = make().createNoteWithAttachment(note);
+
+    EXPECT_TRUE(outcome.success) << qPrintable(outcome.reason);
+    EXPECT_EQ(read("vault/20250314 - Meeting Recording - 09-05.md").toStdString(),
+              "# 20250314 - Meeting Recording - 09:05 — today\n\n"
+              "[Recording](attachments/20250314%20-%20Meeting%20Recording%20-%2009-05.m4a)\n\n"
+              "## Attendees\nUnknown\n\n## Key Decisions\n- One\n  - Two\nnot a • bullet\n\n");
+    EXPECT_EQ(read("vault/attachments/20250314 - Meeting Recording - 09-05.m4a"), recordingBytes());
+    struct stat status {};
+    ASSERT_EQ(stat(path("vault/20250314 - Meeting Recording - 09-05.md").toUtf8(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0600U);
+    ASSERT_EQ(stat(path("vault/attachments/20250314 - Meeting Recording - 09-05.m4a").toUtf8(), &status), 0);
+    EXPECT_EQ(status.st_nlink, 2U) << "a finished recording costs no second place on the disk";
+}
+
+TEST_F(VaultTest, anyTitleBecomesAReadableFileName) {
+    const struct {
+        QString title;
+        QString name;
+    } rows[] = {
+        {u("a*b|c/d\\e:f\"g<h>i?j#k^l[m]n%o"), u("a-b-c-d-e-f-g-h-i-j-k-l-m-n-o")},
+        {u("../../etc/passwd"), u("-..-etc-passwd")},
+        {u(" ...hidden"), u("hidden")},
+        {u("one\ntwo\r\nthree\rfour\u2028five\u0085six\tseven"), u("one two three four five six seven")},
+        {u("CON"), u("_CON")},
+        {u("lpt1.meeting"), u("_lpt1.meeting")},
+        {u("console"), u("console")},
+        {u("   "), u("Recording")},
+        {QString(), u("Recording")},
+        {u("..."), u("Recording")},
+        {u("Budget 2025. "), u("Budget 2025")},
+        {u("👩‍👩‍👧 𝔘nicode ‏שלום‏ مرحبا"),
+         u("👩‍👩‍👧 𝔘nicode ‏שלום‏ مرحبا")},
+        {u("invoice\u202Ea4m.exe"), u("invoicea4m.exe")},
+        {QString(QChar(0xD83D)) + u("half"), u("-half")},
+        {u("nul\0byte").left(3) + QChar::Null + u("byte"), u("nul byte")},
+        {QString(10'000, u'x'), QString(100, u'x')},
+        {u("👨‍👩‍👧‍👦").repeated(100), u("👨‍👩‍👧‍👦").repeated(9)},
+        {u("漢").repeated(300), u("漢").repeated(79)},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.title.left(60).toStdString());
+        QDir(path("vault")).removeRecursively();
+        QDir().mkpath(path("vault"));
+
+        EXPECT_TRUE(make().createNoteWithAttachment(draft(row.title, u("# ") + row.title)).success);
+
+        const QStringList all = files();
+        ASSERT_EQ(all.size(), 2);
+        for (const QString& file : all) {
+            EXPECT_EQ(QFileInfo(file).completeBaseName(), row.name);
+            EXPECT_LE(QFileInfo(file).fileName().toUtf8().size(), 255);
+        }
+        EXPECT_TRUE(read(path("vault/") + row.name + u(".md")).startsWith((u("# ") + row.title).toUtf8()));
+        EXPECT_EQ(read(path("vault/attachments/") + row.name + u(".m4a")), recordingBytes());
+    }
+}
+
+TEST_F(VaultTest, takenNamesAreLeftAloneAndCounted) {
+    write(path("vault/Sync.md"), "mine");
+    write(path("vault/attachments/Plan.m4a"), "mine too");
+    VaultNotesApplication application = make();
+
+    EXPECT_TRUE(application.createNoteWithAttachment(draft(u("Sync"))).success);
+    EXPECT_TRUE(application.createNoteWithAttachment(draft(u("Sync"))).success);
+    write(path("talk.m4a"), "another recording");
+    EXPECT_TRUE(application.createNoteWithAttachment(draft(u("Plan"))).success);
+
+    EXPECT_EQ(read("vault/Sync.md"), "mine");
+    EXPECT_EQ(read("vault/attachments/Plan.m4a"), "mine too");
+    EXPECT_EQ(files(), (QStringList{u("vault/Plan (2).md"), u("vault/Sync (2).md"), u("vault/Sync (3).md"),
+                                    u("vault/Sync.md"), u("vault/attachments/Plan (2).m4a"),
+                                    u("vault/attachments/Plan.m4a"), u("vault/attachments/Sync.m4a")}))
+        << "the same recording is put there once, another one beside what is there";
+    EXPECT_TRUE(read("vault/Plan (2).md").contains("(attachments/Plan%20%282%29.m4a)"));
+}
+
+TEST_F(VaultTest, eachKindOfVaultGetsItsOwnPlacesAndLinks) {
+    const struct {
+        const char* name;
+        std::vector<std::pair<const char*, const char*>> traces;
+        std::optional<QString> folder;
+        const char* note;
+        const char* recording;
+        const char* player;
+        bool frontMatter;
+    } rows[] = {
+        {"plain", {}, u("Work"), "Work/A b.md", "attachments/A b.m4a", "[Recording](../attachments/A%20b.m4a)", false},
+        {"obsidian", {{".obsidian/x", ""}}, {}, "A b.md", "A b.m4a", "![[A b.m4a]]", true},
+        {"obsidian with a folder",
+         {{".obsidian/app.json", R"({"attachmentFolderPath":"files/audio"})"}},
+         u("Work"),
+         "Work/A b.md",
+         "files/audio/A b.m4a",
+         "![[files/audio/A b.m4a]]",
+         true},
+        {"obsidian beside the note",
+         {{".obsidian/app.json", R"({"attachmentFolderPath":"./"})"}},
+         u("Work"),
+         "Work/A b.md",
+         "Work/A b.m4a",
+         "![[Work/A b.m4a]]",
+         true},
+        {"obsidian below the note",
+         {{".obsidian/app.json", R"({"attachmentFolderPath":"./in"})"}},
+         u("Work"),
+         "Work/A b.md",
+         "Work/in/A b.m4a",
+         "![[Work/in/A b.m4a]]",
+         true},
+        {"obsidian out of the vault",
+         {{".obsidian/app.json", R"({"attachmentFolderPath":"../../x"})"}},
+         {},
+         "A b.md",
+         "A b.m4a",
+         "![[A b.m4a]]",
+         true},
+        {"obsidian broken", {{".obsidian/app.json", "{{{"}}, {}, "A b.md", "A b.m4a", "![[A b.m4a]]", true},
+        {"logseq",
+         {{"logseq/config.edn", "{}"}, {"pages/x.md", ""}},
+         {},
+         "pages/A b.md",
+         "assets/A b.m4a",
+         "![A b.m4a](../assets/A%20b.m4a)",
+         false},
+        {"logseq folder",
+         {{"logseq/config.edn", "{}"}, {"pages/x.md", ""}},
+         u("Work"),
+         "pages/Work/A b.md",
+         "assets/A b.m4a",
+         "![A b.m4a](../../assets/A%20b.m4a)",
+         false},
+        {"zettlr",
+         {{".ztr-directory", "{}"}},
+         {},
+         "A b.md",
+         "attachments/A b.m4a",
+         "[Recording](attachments/A%20b.m4a)",
+         true},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        chosen = path(row.name);
+        QDir().mkpath(chosen);
+        for (const auto& [file, contents] : row.traces) write(chosen + u'/' + u(file), contents);
+        NoteDraft note = draft(u("A b"), u("# A \"b\" — today\n\nText"));
+        note.folderName = row.folder;
+
+        EXPECT_TRUE(make().createNoteWithAttachment(note).success);
+
+        const QString text = QString::fromUtf8(read(chosen + u'/' + u(row.note)));
+        const QString body = u("# A \"b\" — today\n\n") + u(row.player) + u("\n\nText");
+        EXPECT_TRUE(text.endsWith(body)) << qPrintable(text);
+        const QString head = text.chopped(body.size());
+        const QRegularExpression properties(
+            u("^---\ntitle: \"A b\"\ndate: \\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\ntags:\n  - recording\n---\n\n$"));
+        EXPECT_TRUE(row.frontMatter ? properties.match(head).hasMatch() : head.isEmpty()) << qPrintable(head);
+        EXPECT_EQ(read(chosen + u'/' + u(row.recording)), recordingBytes());
+    }
+}
+
+TEST_F(VaultTest, propertiesOfAHostileTitleStayOneLine) {
+    write(path("vault/.obsidian/app.json"), "{}");
+
+    EXPECT_TRUE(make().createNoteWithAttachment(draft(u("\"x\"\\: - \u2028tags: [evil] 😀"))).success);
+
+    EXPECT_TRUE(read(path("vault/-x--- - tags- -evil- 😀.md"))
+                    .startsWith(u("---\ntitle: \"\\\"x\\\"\\\\: - \\u2028tags: [evil] 😀\"\ndate: ").toUtf8()));
+}
+
+TEST_F(VaultTest, aMillionBytesOfUserTextStayAsTheyAre) {
+    QString body = u("# T — today\n\n");
+    while (body.size() < 400'000)
+        body += u("Žluťoučký 漢字 😀 ‏שלום‏\r\n![x](file:///etc/passwd) <img src=\"http://x\"> ```\n");
+
+    EXPECT_TRUE(make().createNoteWithAttachment(draft(u("Big"), body)).success);
+
+    EXPECT_EQ(read("vault/Big.md"),
+              body.replace(u("# T — today\n\n"), u("# T — today\n\n[Recording](attachments/Big.m4a)\n\n")).toUtf8());
+    EXPECT_EQ(files().size(), 2);
+}
+
+TEST_F(VaultTest, aFolderIsExactlyTheOneNamedAndNeverOutsideTheVault) {
+    for (const char* folder : {"vault/Work", "vault/work 2", "vault/.hidden", "vault/Work/Sub", "outside"})
+        QDir().mkpath(path(folder));
+    ASSERT_TRUE(QFile::link(path("outside"), path("vault/Link")));
+    write(path("vault/File"), "no folder");
+    VaultNotesApplication application = make();
+
+    EXPECT_THAT(application.fetchFolders(), ElementsAre(u("Work"), u("work 2")));
+    const struct {
+        QString name;
+        bool exists;
+        bool usable;
+    } rows[] = {
+        {u("Work"), true, true},
+        {u(" Work\r\n"), true, true},
+        {u("WORK"), false, true},
+        {u("Link"), false, false},
+        {u("File"), false, false},
+        {u(".hidden"), false, false},
+        {u(".."), false, false},
+        {u("../outside"), false, false},
+        {path("outside"), false, false},
+        {u("Work/Sub"), false, false},
+        {u("a\\b"), false, true},
+        {u("CON"), false, true},
+        {u("q\"'`$()"), false, true},
+        {u("one\ntwo\rthree"), false, true},
+        {u("😀 ‏שלום‏"), false, true},
+        {u("x").repeated(10'000), false, false},
+        {u("nul") + QChar::Null + u("byte"), false, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name.left(40).toStdString());
+        const QStringList before = files();
+        EXPECT_EQ(application.testFolderConnection(row.name), row.exists);
+        NoteDraft note = draft(u("N"));
+        note.folderName = row.name;
+
+        const NoteOutcome outcome = application.createNoteWithAttachment(note);
+
+        EXPECT_EQ(outcome.success, row.usable) << qPrintable(outcome.reason);
+        EXPECT_NE(outcome.success, !outcome.reason.isEmpty());
+        EXPECT_FALSE(outcome.isAutomationDenied);
+        EXPECT_EQ(application.testFolderConnection(row.name), row.usable);
+        if (row.usable) {
+            EXPECT_TRUE(files().contains(u("vault/") + row.name.trimmed() + u("/N.md")));
+        } else {
+            EXPECT_EQ(files(), before) << "nothing is left of a note that failed";
+        }
+    }
+    EXPECT_FALSE(application.testFolderConnection(QString()));
+    EXPECT_THAT(QDir(path("outside")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), IsEmpty());
+}
+
+} // namespace
+} // namespace quillet::test

@@ -1,0 +1,275 @@
+#include "permissions/PermissionManager.h"
+
+#include "support/FakeNotesApplication.h"
+#include "support/WaitFor.h"
+
+#include <QElapsedTimer>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <gmock/gmock.h>
+#include <semaphore>
+#include <thread>
+
+namespace quillet {
+namespace {
+
+using Status = PermissionStatus;
+using testing::ElementsAre;
+
+class FakePermissionServices final : public PermissionServices {
+public:
+    bool screenCapture = true;
+    AuthorizationStatus microphone = AuthorizationStatus::Authorized;
+    std::function<void()> duringScreenCaptureRequest;
+    std::function<void(bool)> microphoneCompletion;
+    std::vector<SettingsPlace> opened;
+
+    bool preflightScreenCaptureAccess() override { return screenCapture; }
+    void requestScreenCaptureAccess() override {
+        if (duringScreenCaptureRequest) duringScreenCaptureRequest();
+    }
+    AuthorizationStatus microphoneAuthorizationStatus() override { return microphone; }
+    void requestMicrophoneAccess(std::function<void(bool)> completion) override {
+        microphoneCompletion = std::move(completion);
+    }
+    void openSettings(SettingsPlace place) override { opened.push_back(place); }
+};
+
+class PermissionManagerTest : public testing::Test {
+protected:
+    std::shared_ptr<PermissionManager> make() { return PermissionManager::create(services, notes, defaults); }
+    void arrange(bool attempted, std::optional<bool> cached) {
+        defaults.remove(DefaultsKeys::automationPromptAttempted);
+        defaults.remove(DefaultsKeys::automationGrantedCached);
+        if (attempted) defaults.set(DefaultsKeys::automationPromptAttempted, true);
+        if (cached) defaults.set(DefaultsKeys::automationGrantedCached, *cached);
+    }
+    /// Each value that automation is given, the present one first.
+    static std::vector<Status>* watch(PermissionManager& manager, QObject& context) {
+        auto* const seen = new std::vector<Status>;
+        QObject::connect(&context, &QObject::destroyed, [seen] { delete seen; });
+        manager.automationStatus.subscribe(&context, [seen](Status status) { seen->push_back(status); });
+        return seen;
+    }
+    bool cached() const { return defaults.boolean(DefaultsKeys::automationGrantedCached); }
+
+    std::shared_ptr<FakePermissionServices> services = std::make_shared<FakePermissionServices>();
+    std::shared_ptr<test::FakeNotesApplication> notes = std::make_shared<test::FakeNotesApplication>();
+    MemoryUserDefaults defaults; // one thread only: whoever writes elsewhere than on the main thread is found out
+    QObject context;
+};
+
+TEST_F(PermissionManagerTest, TheSystemsAnswersAreTranslated) {
+    const struct {
+        bool screen;
+        AuthorizationStatus microphone;
+        Status screenStatus, microphoneStatus;
+        bool required;
+    } rows[] = {
+        {true, AuthorizationStatus::Authorized, Status::Granted, Status::Granted, true},
+        {false, AuthorizationStatus::Authorized, Status::Denied, Status::Granted, false},
+        {true, AuthorizationStatus::Restricted, Status::Granted, Status::Denied, false},
+        {true, AuthorizationStatus::Denied, Status::Granted, Status::Denied, false},
+        {true, AuthorizationStatus::NotDetermined, Status::Granted, Status::NotDetermined, false},
+        {true, static_cast<AuthorizationStatus>(9), Status::Granted, Status::NotDetermined, false},
+    };
+    const auto manager = make();
+    for (const auto& row : rows) {
+        services->screenCapture = row.screen;
+        services->microphone = row.microphone;
+        manager->refreshStatus();
+        EXPECT_EQ(manager->screenCaptureStatus.value(), row.screenStatus);
+        EXPECT_EQ(manager->microphoneStatus.value(), row.microphoneStatus);
+        EXPECT_EQ(manager->hasRequiredPermissions(), row.required);
+    }
+    manager->openAutomationPreferences();
+    manager->openScreenCapturePreferences();
+    manager->openMicrophonePreferences();
+    EXPECT_THAT(services->opened,
+                ElementsAre(SettingsPlace::Automation, SettingsPlace::ScreenCapture, SettingsPlace::Microphone));
+}
+
+TEST_F(PermissionManagerTest, WhatWasKnownIsPublishedFirstAndTheLiveAnswerAMomentLater) {
+    const struct {
+        const char* name;
+        bool available, asks, attempted;
+        std::optional<bool> cache;
+        NotesAccess live;
+        Status first;
+        std::optional<Status> later; ///< absent: the application is left alone
+    } rows[] = {
+        {"fresh", true, true, false, {}, NotesAccess::Granted, Status::NotDetermined, {}},
+        {"never asked, whatever the cache", true, true, false, true, NotesAccess::Granted, Status::NotDetermined, {}},
+        {"removed", false, true, false, true, NotesAccess::Granted, Status::Denied, {}},
+        {"removed after consent", false, true, true, true, NotesAccess::Denied, Status::Denied, Status::Denied},
+        {"withdrawn", true, true, true, true, NotesAccess::Denied, Status::Granted, Status::Denied},
+        {"given in the settings", true, true, true, false, NotesAccess::Granted, Status::Denied, Status::Granted},
+        {"asked but unanswered", true, true, true, {}, NotesAccess::NotDetermined, Status::Denied, Status::Denied},
+        {"no consent needed", true, false, false, {}, NotesAccess::Granted, Status::Granted, Status::Granted},
+        {"no consent needed, not writable",
+         true,
+         false,
+         false,
+         {},
+         NotesAccess::Denied,
+         Status::Granted,
+         Status::Denied},
+        {"no consent needed, denied before", true, false, false, false, NotesAccess::Granted, Status::Denied,
+         Status::Granted},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        notes->available = row.available;
+        notes->asks = row.asks;
+        notes->access = row.live;
+        notes->probes = 0;
+        arrange(row.attempted, row.cache);
+        const auto manager = make();
+        QObject watcher;
+        const std::vector<Status>& seen = *watch(*manager, watcher);
+        if (row.later) {
+            ASSERT_TRUE(test::waitFor([&] { return seen.size() == 2; }));
+            EXPECT_EQ(seen[1], *row.later);
+            EXPECT_EQ(cached(), *row.later == Status::Granted);
+        }
+        EXPECT_EQ(seen[0], row.first);
+        EXPECT_EQ(notes->probes, row.later ? 1 : 0);
+        EXPECT_EQ(defaults.boolean(DefaultsKeys::automationPromptAttempted), row.attempted);
+    }
+    EXPECT_EQ(notes->requests, 0);
+    EXPECT_FALSE(notes->wasAskedOnTheMainThread);
+}
+
+TEST_F(PermissionManagerTest, AskingMarksTheAttemptAndAnswersOnTheMainThread) {
+    for (const bool answer : {false, true}) {
+        SCOPED_TRACE(answer);
+        arrange(false, !answer);
+        notes->answer = answer;
+        notes->access = answer ? NotesAccess::Granted : NotesAccess::Denied;
+        const auto manager = make();
+        std::optional<bool> told;
+        manager->requestAutomationAccess([&](bool granted) {
+            EXPECT_TRUE(MainThread::isCurrent());
+            EXPECT_EQ(manager->automationStatus.value(), granted ? Status::Granted : Status::Denied);
+            EXPECT_EQ(cached(), granted);
+            told = granted;
+        });
+        EXPECT_TRUE(defaults.boolean(DefaultsKeys::automationPromptAttempted));
+        EXPECT_FALSE(told.has_value()) << "never inside the call";
+        ASSERT_TRUE(test::waitFor([&] { return told.has_value(); }));
+        EXPECT_EQ(*told, answer);
+    }
+    EXPECT_EQ(notes->requests, 2);
+    EXPECT_FALSE(notes->wasAskedOnTheMainThread);
+}
+
+TEST_F(PermissionManagerTest, TheUsersPromptComesOnlyWhereThereIsAnApplicationAndThenEachTime) {
+    notes->available = false;
+    const auto manager = make();
+    manager->triggerNotesAutomationPermissionPromptIfNeeded();
+    EXPECT_FALSE(defaults.boolean(DefaultsKeys::automationPromptAttempted));
+
+    notes->available = true;
+    manager->triggerNotesAutomationPermissionPromptIfNeeded();
+    manager->triggerNotesAutomationPermissionPromptIfNeeded();
+    EXPECT_TRUE(defaults.boolean(DefaultsKeys::automationPromptAttempted));
+    ASSERT_TRUE(test::waitFor([&] { return notes->requests == 2; }));
+    ASSERT_TRUE(test::waitFor([&] { return manager->automationStatus.value() == Status::Granted; }));
+    EXPECT_TRUE(cached());
+}
+
+TEST_F(PermissionManagerTest, ATestThatTakesItsTimeDoesNotReplaceANewerAnswer) {
+    arrange(true, false);
+    std::binary_semaphore entered(0);
+    std::binary_semaphore goOn(0);
+    std::atomic<bool> isFirst = true;
+    notes->duringCall = [&] {
+        if (!isFirst.exchange(false)) return;
+        entered.release();
+        goOn.acquire();
+    };
+    const auto manager = make();
+    entered.acquire();
+    bool told = false;
+    manager->requestAutomationAccess([&](bool) { told = true; });
+    EXPECT_FALSE(test::waitFor([&] { return told; }, 100)) << "a newer test overtook the older one";
+    EXPECT_EQ(notes->requests, 0);
+    goOn.release();
+    ASSERT_TRUE(test::waitFor([&] { return told; }));
+    EXPECT_EQ(manager->automationStatus.value(), Status::Granted);
+}
+
+TEST_F(PermissionManagerTest, ATestThatOutlivesTheManagerStillKeepsItsAnswer) {
+    arrange(true, false);
+    std::binary_semaphore entered(0);
+    std::binary_semaphore goOn(0);
+    notes->duringCall = [&] {
+        entered.release();
+        goOn.acquire();
+    };
+    auto manager = make();
+    const std::weak_ptr<PermissionManager> weak = manager;
+    entered.acquire();
+    manager.reset();
+    EXPECT_TRUE(weak.expired()) << "a quiet test does not hold the manager";
+    goOn.release();
+    ASSERT_TRUE(test::waitFor([&] { return cached(); }));
+}
+
+TEST_F(PermissionManagerTest, ARequestHoldsTheManager) {
+    std::binary_semaphore goOn(0);
+    notes->duringCall = [&] { goOn.acquire(); };
+    auto manager = make();
+    const std::weak_ptr<PermissionManager> weak = manager;
+    bool told = false;
+    manager->requestAutomationAccess([&](bool) {
+        told = true;
+        goOn.release(); // for the quiet test that follows
+    });
+    manager.reset();
+    EXPECT_FALSE(weak.expired());
+    goOn.release();
+    ASSERT_TRUE(test::waitFor([&] { return told && weak.expired() && notes->probes == 1; }));
+    EXPECT_TRUE(cached());
+}
+
+TEST_F(PermissionManagerTest, ScreenCaptureIsLookedAtAgainHalfASecondAfterAsking) {
+    services->screenCapture = false;
+    const auto manager = make();
+    auto gone = make();
+    EXPECT_FALSE(gone->requestScreenCaptureAccess());
+    gone.reset();
+    EXPECT_FALSE(manager->requestScreenCaptureAccess());
+    services->screenCapture = true;
+    QElapsedTimer sinceAsking;
+    sinceAsking.start();
+    EXPECT_EQ(manager->screenCaptureStatus.value(), Status::Denied);
+    ASSERT_TRUE(test::waitFor([&] { return manager->screenCaptureStatus.value() == Status::Granted; }));
+    EXPECT_GE(sinceAsking.elapsed(), 450);
+    services->duringScreenCaptureRequest = [&] { services->screenCapture = false; };
+    EXPECT_FALSE(manager->requestScreenCaptureAccess());
+}
+
+TEST_F(PermissionManagerTest, TheMicrophonesAnswerComesToTheMainThread) {
+    services->microphone = AuthorizationStatus::NotDetermined;
+    auto manager = make();
+    std::vector<std::pair<bool, Status>> told; // the status that was published by then
+    manager->requestMicrophoneAccess(
+        [&](bool granted) { told.emplace_back(granted, manager->microphoneStatus.value()); });
+    services->microphone = AuthorizationStatus::Authorized;
+    std::thread([&] { services->microphoneCompletion(true); }).join();
+    EXPECT_TRUE(told.empty());
+    ASSERT_TRUE(test::waitFor([&] { return told.size() == 1; }));
+    EXPECT_THAT(told, ElementsAre(std::pair(true, Status::Granted)));
+
+    bool toldWithoutManager = false;
+    manager->requestMicrophoneAccess([&](bool granted) { toldWithoutManager = !granted; });
+    manager.reset();
+    services->microphoneCompletion(false);
+    EXPECT_TRUE(test::waitFor([&] { return toldWithoutManager; }));
+}
+
+} // namespace
+} // namespace quillet

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "platform/NotesApplication.h"
+#include "support/MainThread.h"
+
+#include <atomic>
+#include <functional>
+
+namespace quillet::test {
+
+/// A notes application that answers as told, from whichever thread, and counts what it is asked.
+class FakeNotesApplication final : public NotesApplication {
+public:
+    std::atomic<bool> available = true;
+    std::atomic<bool> asks = true;
+    std::atomic<NotesAccess> access = NotesAccess::Granted;
+    std::atomic<bool> answer = true; ///< the user's, to a request
+    std::vector<QString> folders;
+    NoteOutcome outcome{true, false, {}};
+    std::function<void()> duringCall; ///< on the caller's thread, within each call that may block
+
+    std::atomic<int> probes = 0;
+    std::atomic<int> requests = 0;
+    std::atomic<int> folderCalls = 0;
+    std::atomic<bool> wasAskedOnTheMainThread = false;
+    std::vector<NoteDraft> drafts;
+
+    bool isAvailable() const override { return available; }
+    bool asksForConsent() const override { return asks; }
+    NotesAccess probeAccess() override {
+        ++probes;
+        blocks();
+        return access;
+    }
+    bool requestAccess() override {
+        ++requests;
+        blocks();
+        return answer;
+    }
+    std::vector<QString> fetchFolders() override {
+        ++folderCalls;
+        blocks();
+        return folders;
+    }
+    bool testFolderConnection(const QString& folderName) override {
+        ++folderCalls;
+        blocks();
+        return folderName == QLatin1String("Work");
+    }
+    NoteOutcome createNoteWithAttachment(const NoteDraft& draft) override {
+        drafts.push_back(draft);
+        return outcome;
+    }
+
+private:
+    void blocks() {
+        if (MainThread::isCurrent()) wasAskedOnTheMainThread = true;
+        if (duringCall) duringCall();
+    }
+};
+
+} // namespace quillet::test
