@@ -1,15 +1,16 @@
 #include "capture/LiveTimeLine.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <fstream>
+#include <memory>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 namespace quillet {
 namespace {
@@ -19,7 +20,8 @@ using namespace std::chrono_literals;
 constexpr double kRate = kSampleRateHz;
 constexpr std::size_t kFragment = 960;
 
-/// Stretches by repeating or leaving out a frame at the end of a piece, so that the first sample of each piece survives.
+/// Stretches by repeating or leaving out a frame at the end of a piece, so that the first sample of each piece
+/// survives.
 class CountingConverter final : public RateConverter {
 public:
     void reset() override { m_fraction = 0; }
@@ -40,72 +42,309 @@ private:
     std::vector<float> m_output;
 };
 
-HostTime at(double seconds) {
-    return HostTime(std::chrono::duration_cast<HostTime::duration>(Seconds(seconds)));
-}
+HostTime at(double seconds) { return HostTime(std::chrono::duration_cast<HostTime::duration>(Seconds(seconds))); }
 
-/// Feeds a time line fragments whose first sample is their number (from 1), and notes where each comes out.
-struct Simulation {
-    explicit Simulation(double start) : line(1, std::make_unique<CountingConverter>(), take(), at(start)) {}
-
-    LiveTimeLine::Deliver take() {
-        return [this](HostFramePos position, std::span<const float> mono) {
-            const double begin = static_cast<double>(position.time_since_epoch().count());
-            if (expected) contiguous = contiguous && position == *expected;
-            if (!expected) firstFrame = begin;
-            const std::size_t taken = std::min(mono.size(), room);
-            room -= std::min(room, taken);
-            for (std::size_t i = 0; i < taken; ++i) {
-                if (mono[i] == 0.0F) continue;
-                const auto fragment = static_cast<std::size_t>(std::lround(mono[i])) - 1;
-                if (places.size() <= fragment) places.resize(fragment + 1, NAN);
-                places[fragment] = (begin + static_cast<double>(i)) / kRate;
-            }
-            expected = position + FrameCount(static_cast<std::int64_t>(taken));
-            return taken;
-        };
+/// Feeds a time line with fragments whose first sample is their number (from 1), and notes where each comes out.
+class Simulation {
+public:
+    explicit Simulation(double startSeconds) : m_nextTick(at(startSeconds)) {
+        line = std::make_unique<LiveTimeLine>(
+            1, std::make_unique<CountingConverter>(),
+            [this](HostFramePos position, std::span<const float> mono) { return take(position, mono); },
+            at(startSeconds));
     }
 
-    /// Ticks that fall due before the moment happen first.
+    /// Lets time pass; ticks happen when they are due.
     void advance(double until) {
-        while (nextTick <= at(until)) {
-            line.tick(nextTick);
-            furthestBehind = std::max(furthestBehind, began() ? behind(nextTick) : 0.0);
-            nextTick = std::max(line.nextTick(nextTick), nextTick + 1ms);
+        while (m_nextTick <= at(until)) {
+            if (began()) furthestBehind = std::max(furthestBehind, behind(m_nextTick));
+            line->tick(m_nextTick);
+            m_nextTick = std::max(line->nextTick(m_nextTick), m_nextTick + 1ms);
         }
-        now = until;
     }
 
     void arrive(double moment, std::size_t fragments = 1) {
         advance(moment);
         for (std::size_t i = 0; i < fragments; ++i) {
-            sample[0] = static_cast<float>(++count);
-            line.append(at(moment), sample);
+            m_fragment[0] = static_cast<float>(++m_count);
+            line->append(at(moment), m_fragment);
         }
-        line.arrived(at(moment));
+        line->arrived(at(moment));
+        m_nextTick = std::min(m_nextTick, line->nextTick(at(moment)));
         if (began()) furthestAhead = std::max(furthestAhead, -behind(at(moment)));
-        nextTick = std::min(nextTick, line.nextTick(at(moment)));
     }
 
-    [[nodiscard]] bool began() const { return expected.has_value(); }
+    /// The next fragments never reach the time line.
+    void lose(std::size_t fragments) { m_count += fragments; }
+
+    [[nodiscard]] bool began() const { return m_expected.has_value(); }
     [[nodiscard]] double behind(HostTime moment) const {
         return Seconds(moment.time_since_epoch()).count() -
-               static_cast<double>(expected->time_since_epoch().count()) / kRate;
+               static_cast<double>(m_expected->time_since_epoch().count()) / kRate;
     }
+    /// Where a fragment (from 0) came out, in seconds on the host clock; NaN when it did not.
+    [[nodiscard]] double place(std::size_t fragment) const {
+        return fragment < m_places.size() ? m_places[fragment] : std::nan("");
+    }
+    [[nodiscard]] std::size_t fragments() const { return m_count; }
 
-    std::vector<double> places; ///< seconds on the host clock, by fragment; NaN: dropped
-    std::optional<HostFramePos> expected;
-    double firstFrame = 0;
+    std::unique_ptr<LiveTimeLine> line;
     bool contiguous = true;
+    double firstSeconds = 0;
     double furthestAhead = 0;
     double furthestBehind = 0;
-    std::size_t room = std::size_t(1) << 40;
-    std::size_t count = 0;
-    double now = 0;
-    HostTime nextTick{};
-    std::vector<float> sample = std::vector<float>(kFragment);
-    LiveTimeLine line;
+    std::size_t room = std::size_t(1) << 40; ///< frames that are still taken
+
+private:
+    std::size_t take(HostFramePos position, std::span<const float> mono) {
+        const auto begin = static_cast<double>(position.time_since_epoch().count());
+        if (m_expected) contiguous = contiguous && position == *m_expected;
+        if (!m_expected) firstSeconds = begin / kRate;
+        const std::size_t taken = std::min(mono.size(), room);
+        room -= taken;
+        for (std::size_t i = 0; i < taken; ++i) {
+            if (mono[i] == 0.0F) continue;
+            const auto fragment = static_cast<std::size_t>(std::lround(mono[i])) - 1;
+            if (m_places.size() <= fragment) m_places.resize(fragment + 1, std::nan(""));
+            m_places[fragment] = (begin + static_cast<double>(i)) / kRate;
+        }
+        m_expected = position + FrameCount(static_cast<std::int64_t>(taken));
+        return taken;
+    }
+
+    HostTime m_nextTick;
+    std::optional<HostFramePos> m_expected;
+    std::vector<double> m_places;
+    std::vector<float> m_fragment = std::vector<float>(kFragment);
+    std::size_t m_count = 0;
 };
+
+struct Arrival {
+    double seconds;
+    std::size_t fragments;
+};
+
+std::vector<Arrival> recordedArrivals(const char* name) {
+    std::ifstream file(std::string(QUILLET_TEST_DATA "/arrivals/") + name + ".csv");
+    std::vector<Arrival> arrivals;
+    std::string line;
+    std::getline(file, line);
+    long long ns = 0;
+    std::size_t before = 0;
+    std::size_t frames = 0;
+    char comma = ',';
+    while (file >> ns >> comma >> before >> comma >> frames)
+        arrivals.push_back({static_cast<double>(ns) * 1e-9, frames / kFragment});
+    return arrivals;
+}
+
+class RecordedArrivals : public testing::TestWithParam<const char*> {};
+INSTANTIATE_TEST_SUITE_P(Of, RecordedArrivals,
+                         testing::Values("pulseaudio-loaded-mic", "pulseaudio-loaded-sys", "pipewire-loaded-q2048-mic",
+                                         "pipewire-loaded-q2048-sys"));
+
+TEST_P(RecordedArrivals, OfALoadedMachineAreAQuarterSecondLateAndPlacedWithinTwoMilliseconds) {
+    const std::vector<Arrival> arrivals = recordedArrivals(GetParam());
+    ASSERT_GT(arrivals.size(), 2000U);
+    // No frame can arrive before it was recorded, and the least late one hardly later.
+    double origin = arrivals.front().seconds;
+    double latest = origin;
+    std::size_t count = 0;
+    for (const Arrival& arrival : arrivals) {
+        count += arrival.fragments;
+        const double start = arrival.seconds - static_cast<double>(count * kFragment) / kRate;
+        origin = std::min(origin, start);
+        latest = std::max(latest, start);
+    }
+    ASSERT_GT(latest - origin, 0.25);
+
+    Simulation simulation(arrivals.front().seconds - 0.05);
+    for (const Arrival& arrival : arrivals) simulation.arrive(arrival.seconds, arrival.fragments);
+
+    EXPECT_TRUE(simulation.contiguous);
+    EXPECT_LT(simulation.furthestAhead, 0.003);
+    for (std::size_t i = 0; i + 60 < simulation.fragments(); ++i) {
+        const double truth = origin + static_cast<double>(i * kFragment) / kRate;
+        ASSERT_NEAR(simulation.place(i), truth, i < 600 ? 0.002 : 0.001) << "fragment " << i;
+    }
+}
+
+/// A device whose clock is off and whose fragments arrive as those of a busy sound server do.
+class JitteryDevice {
+public:
+    explicit JitteryDevice(double ppm) : m_fragmentSeconds(kFragment / kRate / (1 + ppm * 1e-6)) {}
+
+    /// When a fragment (from 0) began to sound.
+    [[nodiscard]] double soundedAt(std::size_t fragment) const {
+        return kBegin + static_cast<double>(fragment) * m_fragmentSeconds;
+    }
+    /// Nothing arrives before its last frame has sounded, nor before what came earlier.
+    double arrivalOf(std::size_t fragment) {
+        const double ready = soundedAt(fragment + 1);
+        // The server works in periods of 1024 frames, is seldom punctual, and stalls now and then.
+        const double period = std::ceil(ready / (1024 / kRate)) * (1024 / kRate);
+        const double stall = m_chance(m_random) < 0.002 ? 0.4 * m_chance(m_random) : 0;
+        m_last = std::max(m_last, period + m_delay(m_random) + stall);
+        return m_last;
+    }
+
+    static constexpr double kBegin = 1000;
+
+private:
+    const double m_fragmentSeconds;
+    double m_last = 0;
+    std::mt19937 m_random{7};
+    std::exponential_distribution<> m_delay{1 / 0.004};
+    std::uniform_real_distribution<> m_chance{0, 1};
+};
+
+class DriftingDevice : public testing::TestWithParam<double> {};
+INSTANTIATE_TEST_SUITE_P(Ppm, DriftingDevice, testing::Values(-200.0, 0.0, 200.0));
+
+TEST_P(DriftingDevice, StaysInPlaceForFourHours) {
+    constexpr std::size_t kFourHours = 4 * 3600 * 50;
+    constexpr std::size_t kSettled = 120 * 50;
+    constexpr std::size_t kJudged = kFourHours - 50; // the last may still be on their way
+    JitteryDevice device(GetParam());
+    Simulation simulation(JitteryDevice::kBegin);
+
+    for (std::size_t i = 0; i < kFourHours; ++i) simulation.arrive(device.arrivalOf(i));
+
+    EXPECT_TRUE(simulation.contiguous);
+    EXPECT_LT(simulation.furthestAhead, 0.010);
+    // How late the server always is does not count: both sources of a recording share it.
+    const auto error = [&](std::size_t i) { return simulation.place(i) - device.soundedAt(i); };
+    double usual = 0;
+    for (std::size_t i = kSettled; i < kJudged; ++i) usual += error(i) / (kJudged - kSettled);
+    double worstAtFirst = 0;
+    double worst = 0;
+    for (std::size_t i = 0; i < kJudged; ++i) {
+        ASSERT_FALSE(std::isnan(error(i))) << "fragment " << i << " is lost";
+        double& worstYet = i < kSettled ? worstAtFirst : worst;
+        worstYet = std::max(worstYet, std::abs(error(i) - usual));
+    }
+    EXPECT_LT(worstAtFirst, 0.0025) << "in the first two minutes";
+    EXPECT_LT(worst, 0.001) << "later";
+}
+
+/// The device's rate as the time line's own positions show it over half an hour.
+TEST_P(DriftingDevice, HasItsRateFoundToOnePartPerMillion) {
+    constexpr std::size_t kWarmUp = 120 * 50;
+    constexpr std::size_t kHalfHour = 1800 * 50;
+    JitteryDevice device(GetParam());
+    Simulation simulation(JitteryDevice::kBegin);
+
+    for (std::size_t i = 0; i < kWarmUp + kHalfHour + 100; ++i) simulation.arrive(device.arrivalOf(i));
+
+    const double span = simulation.place(kWarmUp + kHalfHour) - simulation.place(kWarmUp);
+    const double deviceSpan = static_cast<double>(kHalfHour * kFragment) / kRate;
+    EXPECT_NEAR((deviceSpan / span - 1) * 1e6, GetParam(), 1.0);
+}
+
+constexpr std::size_t kPerSecond = 50;
+
+/// A minute of a punctual device, the event, and what comes after.
+class Break : public testing::Test {
+protected:
+    void SetUp() override { play(60 * kPerSecond); }
+
+    void play(std::size_t fragments) {
+        for (std::size_t i = 0; i < fragments; ++i) simulation.arrive(soundedAt(simulation.fragments() + 1));
+    }
+    static double soundedAt(std::size_t fragment) { return 500 + static_cast<double>(fragment * kFragment) / kRate; }
+    void expectInPlace(std::size_t from, std::size_t to) {
+        for (std::size_t i = from; i < to; ++i)
+            ASSERT_NEAR(simulation.place(i), soundedAt(i), 0.001) << "fragment " << i;
+    }
+
+    Simulation simulation{500};
+    const std::size_t before = 60 * kPerSecond;
+};
+
+TEST_F(Break, AStallIsMadeUpForWithoutATrace) {
+    const std::size_t stalled = 20; // 400 ms, the longest seen without a loss
+    simulation.arrive(soundedAt(before + stalled), stalled);
+    play(10 * kPerSecond);
+
+    expectInPlace(0, simulation.fragments() - 2);
+    EXPECT_TRUE(simulation.contiguous);
+}
+
+TEST_F(Break, LostAudioIsReplacedByAsMuchSilence) {
+    simulation.lose(15);
+    play(10 * kPerSecond);
+
+    // Found out after more than a second; in the meantime all is early by what was lost.
+    expectInPlace(before + 15 + 60, simulation.fragments() - 2);
+    EXPECT_TRUE(simulation.contiguous);
+    EXPECT_LT(simulation.furthestBehind, 0.5);
+}
+
+TEST_F(Break, ASilentDeviceIsFollowedInSilenceAndPlacedAnewWhenItReturns) {
+    const double returns = soundedAt(before + 10 * kPerSecond);
+    simulation.lose(10 * kPerSecond);
+    simulation.advance(returns);
+    const double behindInSilence = simulation.behind(at(returns));
+    play(10 * kPerSecond);
+
+    EXPECT_TRUE(simulation.contiguous);
+    EXPECT_GT(behindInSilence, 0.9);
+    EXPECT_LT(simulation.furthestBehind, 1.1);
+    EXPECT_LT(simulation.furthestAhead, 0.060);
+    expectInPlace(before + 10 * kPerSecond, simulation.fragments() - 2);
+}
+
+TEST_F(Break, WhatComesLateForItsSilenceIsDropped) {
+    // Nothing for three seconds, then all of it at once: two seconds have been filled by then, and
+    // a little more while its place is sought; the rest is not lost.
+    simulation.advance(soundedAt(before + 3 * kPerSecond));
+    simulation.arrive(soundedAt(before + 3 * kPerSecond), 3 * kPerSecond);
+    play(10 * kPerSecond);
+
+    EXPECT_TRUE(simulation.contiguous);
+    EXPECT_TRUE(std::isnan(simulation.place(before + kPerSecond)));
+    expectInPlace(before + 2 * kPerSecond + 25, simulation.fragments() - 2);
+}
+
+TEST_F(Break, AudioThatIsNotDueYetIsCut) {
+    for (int repeat = 0; repeat < 10; ++repeat) simulation.arrive(soundedAt(before), 10);
+    EXPECT_LT(simulation.furthestAhead, 0.0601);
+    EXPECT_TRUE(simulation.contiguous);
+}
+
+TEST_F(Break, WhatTheReceiverCannotTakeIsOwedAsSilence) {
+    simulation.room = 2 * kFragment + 100;
+    play(5 * kPerSecond);
+    simulation.room = std::size_t(1) << 40;
+    play(5 * kPerSecond);
+
+    EXPECT_TRUE(simulation.contiguous);
+    expectInPlace(0, before);
+    EXPECT_TRUE(std::isnan(simulation.place(before + 100)));
+    expectInPlace(before + 5 * kPerSecond + 1, simulation.fragments() - 2);
+}
+
+TEST_F(Break, AnotherDeviceIsPlacedByItsOwnArrivals) {
+    // It comes 100 ms after the last of the old one, and its stream begins with a burst.
+    simulation.line->interrupted();
+    simulation.lose(5);
+    simulation.arrive(soundedAt(before + 5 + 4), 4);
+    play(10 * kPerSecond);
+
+    EXPECT_TRUE(simulation.contiguous);
+    expectInPlace(before + 5, simulation.fragments() - 2);
+}
+
+TEST(LiveTimeLine, BeginsWithSilenceWhenADeviceDeliversNothing) {
+    Simulation simulation(100);
+    simulation.advance(100.9);
+    EXPECT_FALSE(simulation.began());
+    simulation.advance(105);
+
+    EXPECT_NEAR(simulation.firstSeconds, 100, 0.001);
+    EXPECT_LT(simulation.furthestBehind, 1.03);
+    EXPECT_LT(simulation.behind(at(105)), 1.03);
+}
 
 } // namespace
 } // namespace quillet

@@ -15,7 +15,7 @@ TEST(UserDefaultsTest, ValuesSurviveAndChangesOfAnotherProcessAreSeen) {
     const QString path = folder.filePath(QStringLiteral("new/settings.conf"));
     FileUserDefaults defaults(path);
     EXPECT_FALSE(defaults.data(DefaultsKeys::recordingsFolderBookmark).has_value());
-    const QByteArray bytes("/a,b; \"c\"\\ü\x01", 15);
+    const QByteArray bytes("/a,b; \"c\"\\ü\x01", 14);
     defaults.set(DefaultsKeys::recordingsFolderBookmark, bytes);
     defaults.set(DefaultsKeys::autoCreateNote, true);
     EXPECT_EQ(FileUserDefaults(path).data(DefaultsKeys::recordingsFolderBookmark), bytes);

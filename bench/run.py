@@ -1,0 +1,356 @@
+"""Measures Quillet against what else does the same work, and prints a section of Markdown. Started by scripts/bench.
+
+Everything compared is run in turns within one session, and counts by its fastest run: what other work on the machine
+adds is never taken away, so the smallest figure is the truest.
+"""
+
+import argparse
+import json
+import os
+import pathlib
+import platform
+import shutil
+import signal
+import subprocess
+import time
+
+import peers
+from measure import Failed, interleaved, progress, run
+
+HOUR_S = 3600
+
+
+class Bench:
+    def __init__(self, options):
+        self.options = options
+        self.quillet = str(options.build / "bin" / "quillet")
+        self.tools = options.build / "bench"
+        self.folder = options.work
+        self.log = open(options.log, "ab")
+        self.rows = []  # (what, ours, theirs, ratio, goal, verdict)
+        self.notes = []
+
+    # -- little helpers -----------------------------------------------------------------------------------------------
+
+    def row(self, what, ours, theirs="", ratio=None, goal="", met=None):
+        verdict = "" if met is None else ("met" if met else "**missed**")
+        self.rows.append((what, ours, theirs, "" if ratio is None else f"{ratio:.2f}", goal, verdict))
+
+    def failed(self, what, why):
+        self.rows.append((what, "", str(why), "", "", "**not measured**"))
+
+    def tool(self, name, *arguments):
+        return run([str(self.tools / name), *map(str, arguments)], self.log)
+
+    def speech(self, name, seconds):
+        """Two sides of a meeting of that length."""
+        sides = self.folder / f"{name}-system.wav", self.folder / f"{name}-microphone.wav"
+        for path, channels, seed, voice in zip(sides, (2, 1), (1, 2), ("other-side.ogg", "own-side.ogg")):
+            progress(f"making {path.name}, {seconds} s")
+            self.tool("quillet-bench-speech", self.options.conversation / voice, path, seconds, channels, seed)
+        return sides
+
+    def record(self, sides, folder):
+        """The command for a recording of two files into an empty folder."""
+        return [self.quillet, "record", "--system", f"file:{sides[0]}", "--microphone", f"file:{sides[1]}",
+                "--as-fast-as-possible", "--json", "--folder", str(folder)]
+
+    def empty(self, name):
+        folder = self.folder / name
+        shutil.rmtree(folder, ignore_errors=True)
+        folder.mkdir(parents=True)
+        return folder
+
+    # -- a) processor time --------------------------------------------------------------------------------------------
+
+    def processor_time(self):
+        seconds = self.options.minutes * 60
+        sides = self.speech("cpu", seconds)
+        mixed = self.folder / "cpu-mixed.wav"
+        self.tool("quillet-bench-mix", *sides, mixed)
+        inputs = [(None, str(side)) for side in sides]
+        out = str(self.folder / "peer.m4a")
+
+        commands = {"ours": self.record(sides, self.empty("cpu")),
+                    "encoding alone": [str(self.tools / "quillet-bench-encode"), str(mixed)]}
+        compared = [("encoding alone", "the encoder alone, same options", None)]
+        for kind, present in (("ffmpeg", peers.has_ffmpeg()), ("GStreamer", peers.has_gstreamer())):
+            for same in (True, False):
+                name = f"{kind}, {'same encoder options' if same else 'its default encoder options'}"
+                goal = 3.0 if not same else 1.3 if kind == "ffmpeg" else 1.2
+                compared.append((name, name, goal))
+                if present and kind == "ffmpeg":
+                    commands[name] = peers.ffmpeg(inputs, out, same)
+                elif present:
+                    commands[name] = peers.gstreamer(*map(str, sides), out, same)
+
+        usages = interleaved(commands, self.options.rounds, self.log)
+        if not usages["ours"]:
+            raise Failed("no recording could be made; see the log")
+        self.check_recording(usages["ours"][0].output, seconds)
+        per_hour = {name: min(u.cpu_s for u in used) * HOUR_S / seconds for name, used in usages.items() if used}
+        ours = per_hour["ours"]
+        for key, name, goal in compared:
+            title = f"CPU s per hour of audio: {name}"
+            if key not in per_hour:
+                self.row(title, f"{ours:.1f}", "failed" if key in commands else "not installed",
+                         goal=f"≥ {goal}" if goal else "")
+            elif goal is None:
+                ratio = ours / per_hour[key]
+                self.row(title + " (ours / theirs)", f"{ours:.1f}", f"{per_hour[key]:.1f}", ratio, "≤ 1.05",
+                         ratio <= 1.05)
+            else:
+                ratio = per_hour[key] / ours
+                self.row(title, f"{ours:.1f}", f"{per_hour[key]:.1f}", ratio, f"≥ {goal}", ratio >= goal)
+        self.ours_per_hour = ours
+        peaks = {name: max(u.peak_mib for u in used) for name, used in usages.items() if used}
+        others = ", ".join(f"{peaks[name]:.0f} {name.split(',')[0]}" for name in peaks if "same" in name)
+        self.row("Peak resident memory of the same runs, MiB", f"{peaks['ours']:.0f}", others or "not installed")
+
+    def check_recording(self, output, seconds):
+        """A recording that left something out would be fast, and worth nothing."""
+        made = json.loads(output)
+        if made["durationSeconds"] < seconds or made["blocksDropped"] != 0:
+            raise Failed(f"the recording is not whole: {output}")
+        if min(made["systemPeak"], made["microphonePeak"]) < 0.05:
+            raise Failed(f"the recording is silent: {output}")
+        return pathlib.Path(made["path"])
+
+    # -- b) quality ---------------------------------------------------------------------------------------------------
+
+    def quality(self):
+        seconds = 60 if self.options.quick else 120
+        sides = self.speech("quality", seconds)
+        mixed = self.folder / "quality-mixed.wav"
+        self.tool("quillet-bench-mix", *sides, mixed)
+        ours = self.check_recording(run(self.record(sides, self.empty("quality")), self.log).output, seconds)
+
+        files = {"Quillet": ours}
+        for name, present, command, same in (
+            ("ffmpeg, same encoder options", peers.has_ffmpeg(), peers.ffmpeg_encode, True),
+            ("ffmpeg, default encoder options", peers.has_ffmpeg(), peers.ffmpeg_encode, False),
+            ("GStreamer, default encoder options", peers.has_gstreamer(), peers.gstreamer_encode, False),
+        ):
+            out = self.folder / f"quality-{len(files)}.m4a"
+            if not present:
+                self.notes.append(f"Quality of {name}: not installed.")
+                continue
+            run(command(str(mixed), str(out), same), self.log)
+            files[name] = out
+
+        lines = self.tool("quillet-bench-quality", mixed, *files.values()).output.splitlines()
+        results = {name: [float(x) for x in line.split()] for name, line in zip(files, lines)}
+        ours_nmr = results["Quillet"][0]
+        for name, (nmr, disturbed, snr, lag) in results.items():
+            rate = files[name].stat().st_size * 8 / seconds / 1000
+            what = f"{nmr:.1f} dB, {disturbed:.2f} % disturbed, SNR {snr:.1f} dB, {rate:.0f} kbit/s"
+            if name == "Quillet":
+                self.row("Coding noise to mask (lower is better)", what, "", None, "file not shifted: 0",
+                         lag == 0)
+            else:
+                self.row(f"Coding noise to mask: {name}", f"{ours_nmr:.1f} dB", what)
+
+    # -- c) memory, f) finishing --------------------------------------------------------------------------------------
+
+    def memory_and_finishing(self):
+        lengths = (60, 600, 1800) if self.options.quick else (60, HOUR_S, 3 * HOUR_S)
+        sides = self.speech("long", lengths[-1])
+        leftovers = self.empty("leftovers")
+        peaks = []
+        bytes_per_s = 0.0
+        for seconds in lengths:
+            command = self.record(sides, self.empty("long")) + ["--duration", str(seconds)]
+            progress(f"recording {seconds} s")
+            last = seconds == lengths[-1]
+            if last:
+                # Not more than 20 s before the end, so that the leftover is of nearly the whole length.
+                size = int(bytes_per_s * (seconds - 20))
+                usage = run(command, self.log, lambda pid, size=size: self.copy_unfinished(pid, size, leftovers))
+            else:
+                usage = run(command, self.log)
+            self.finished = self.check_recording(usage.output, seconds)
+            bytes_per_s = self.finished.stat().st_size / seconds
+            peaks.append(usage.peak_mib)
+        names = [f"{s // 60} min" if s < HOUR_S else f"{s // HOUR_S} h" for s in lengths]
+        text = ", ".join(f"{peak:.1f} at {name}" for peak, name in zip(peaks, names))
+        self.row("Peak resident memory by length, MiB", text, "", None, "< 45, flat", max(peaks) < 45)
+        self.finishing(leftovers, lengths[-1])
+
+    def copy_unfinished(self, pid, size, leftovers):
+        """Copies the growing recording as a killed process would have left it."""
+        deadline = time.monotonic() + 1200
+        while time.monotonic() < deadline:
+            growing = [entry for entry in (self.folder / "long").rglob("*") if entry.is_file()]
+            if any(os.stat(entry).st_size >= size for entry in growing):
+                os.kill(pid, signal.SIGSTOP)
+                try:
+                    for entry in growing:
+                        shutil.copy2(entry, leftovers / entry.name)
+                finally:
+                    os.kill(pid, signal.SIGCONT)
+                return
+            if not pathlib.Path(f"/proc/{pid}/fd").exists():
+                break
+            time.sleep(0.02)
+        raise Failed("the recording under way was not found")
+
+    def finishing(self, leftovers, seconds):
+        title = f"Stop to finished file, {seconds / HOUR_S:g} h, s (own process, warm cache)"
+        ours, theirs = [], []
+        target = self.folder / "faststart.m4a"
+        for _ in range(3):
+            folder = self.empty("recovering")
+            for entry in leftovers.iterdir():
+                shutil.copy2(entry, folder / entry.name)
+            os.sync()
+            usage = run([self.quillet, "recover", "--folder", str(folder)], self.log)
+            progress(f"recovered in {usage.wall_s:.3f} s: {usage.output.strip()}")
+            ours.append(usage.wall_s)
+            self.check_finished(folder, seconds)
+            if peers.has_ffmpeg():
+                target.unlink(missing_ok=True)
+                theirs.append(run(peers.ffmpeg_faststart(str(self.finished), str(target)), self.log).wall_s)
+        if not theirs:
+            self.row(title, f"{min(ours):.3f}", "not installed", None, "< 0.1 s, ≥ 10 times")
+            return
+        ratio = min(theirs) / min(ours)
+        self.row(title + "; ffmpeg +faststart remux", f"{min(ours):.3f}", f"{min(theirs):.2f}", ratio,
+                 "< 0.1 s, ≥ 10", min(ours) < 0.1 and ratio >= 10)
+
+    def check_finished(self, folder, seconds):
+        """A finished file has its samples in front and its index at the end, with no fragments left to walk."""
+        made = [entry for entry in folder.iterdir() if entry.suffix == ".m4a"]
+        if len(made) != 1:
+            raise Failed(f"recovery left {[entry.name for entry in folder.iterdir()]}")
+        boxes = []
+        with open(made[0], "rb") as file:
+            end = made[0].stat().st_size
+            while file.tell() < end:
+                begin = file.tell()
+                header = file.read(8)
+                size = int.from_bytes(header[:4], "big")
+                if size == 1:
+                    size = int.from_bytes(file.read(8), "big")
+                if size < 8:
+                    raise Failed(f"recovery left a box without a size behind {boxes[:8]}")
+                boxes.append(header[4:8].decode("latin-1"))
+                file.seek(begin + size)
+        if "moov" not in boxes or "moof" in boxes:
+            raise Failed(f"recovery left the boxes {boxes[:8]}")
+        if peers.has_ffmpeg():
+            probe = ["ffprobe", "-v", "error", "-show_entries", "format=duration", "-of", "csv=p=0", str(made[0])]
+            length = float(subprocess.run(probe, stdin=subprocess.DEVNULL, capture_output=True, check=True).stdout)
+            if length < seconds - 60:
+                raise Failed(f"recovery left {length} s of {seconds} s")
+
+    # -- d) mixing alone ----------------------------------------------------------------------------------------------
+
+    def mixing(self):
+        found = json.loads(self.tool("quillet-bench-mixing", "--benchmark_format=json").output)["benchmarks"]
+        per_hour = {entry["name"]: 1 / entry["hours_per_s"] for entry in found}
+        mixing, copying = per_hour["mixOneTick"], per_hour["copyOneTick"]
+        share = 100 * mixing / self.ours_per_hour if self.ours_per_hour else 0
+        self.row("CPU s per hour of audio: rings, gains and mixing; memcpy of the same samples", f"{mixing:.3f}",
+                 f"{copying:.3f}", mixing / copying)
+        self.row("Mixing, share of the whole, %", f"{share:.1f}", "", None, "≤ 4", share <= 4)
+
+    # -- e) live ------------------------------------------------------------------------------------------------------
+
+    def live(self):
+        if not self.options.sound_servers.is_dir():
+            self.failed("Live recording", "no private sound servers")
+            return
+        sides = self.speech("live", self.options.live_seconds + 15)
+        for kind, name in (("pulseaudio", "PulseAudio"), ("pipewire", "PipeWire")):
+            result = self.folder / f"live-{kind}.json"
+            command = [str(self.options.scripts / "sound-server"), kind, str(self.options.sound_servers), "--",
+                       "python3", str(pathlib.Path(__file__).with_name("live.py")), self.quillet,
+                       str(self.options.live_seconds), *map(str, sides), str(self.empty(f"live-{kind}")),
+                       str(result)]
+            progress(f"live on {name}")
+            try:
+                run(command, self.log)
+                self.live_rows(name, json.loads(result.read_text()))
+            except (Failed, OSError, ValueError) as failure:
+                self.failed(f"Live on {name}", failure)
+
+    def live_rows(self, name, result):
+        ours, theirs = result["ours"], result.get("ffmpeg")
+        length = f"live {self.options.live_seconds} s on {name}"
+        for what, key, form, goal in (("CPU s", "cpu_s", "{:.2f}", 0.7),
+                                      ("Wake-ups per s", "wakeups_per_s", "{:.0f}", 0.7),
+                                      ("Peak resident memory, MiB", "peak_mib", "{:.0f}", None)):
+            title = f"{what}, {length}; ffmpeg -f pulse, same encoder options (ours / theirs)"
+            goal_text = f"≤ {goal}" if goal else ""
+            if theirs is None:
+                self.row(title, form.format(ours[key]), "not installed", None, goal_text)
+                continue
+            ratio = ours[key] / theirs[key]
+            self.row(title, form.format(ours[key]), form.format(theirs[key]), ratio, goal_text,
+                     ratio <= goal if goal else None)
+
+    # -- all of it ----------------------------------------------------------------------------------------------------
+
+    def run_all(self):
+        self.ours_per_hour = 0.0
+        steps = {"processor time": self.processor_time, "quality": self.quality,
+                 "memory and finishing": self.memory_and_finishing, "mixing": self.mixing, "live": self.live}
+        for name, step in steps.items():
+            if self.options.only and name not in self.options.only:
+                continue
+            begin = time.monotonic()
+            try:
+                step()
+            except (Failed, OSError, ValueError, KeyError) as failure:
+                self.failed(name, failure)
+            progress(f"{name}: {time.monotonic() - begin:.0f} s")
+
+    def markdown(self):
+        lines = ["## Figures", "", self.machine(), "", "| what | ours | theirs | ratio | goal | |",
+                 "|---|---|---|---|---|---|"]
+        lines += ["| " + " | ".join(row) + " |" for row in self.rows]
+        lines += ["", *self.notes] if self.notes else []
+        lines += ["", EXPLANATION.format(minutes=self.options.minutes, rounds=self.options.rounds)]
+        return "\n".join(lines) + "\n"
+
+    @staticmethod
+    def machine():
+        model = next((line.split(":", 1)[1].strip() for line in open("/proc/cpuinfo") if line.startswith("model name")),
+                     platform.machine())
+        versions = []
+        if peers.has_ffmpeg():
+            versions.append("ffmpeg " + first_line(["ffmpeg", "-version"]).split()[2])
+        if peers.has_gstreamer():
+            versions.append(first_line(["gst-launch-1.0", "--version"]).replace("gst-launch-1.0 version", "GStreamer"))
+        return f"`scripts/bench` on {model}, {os.cpu_count()} cores; {', '.join(versions) or 'no peers installed'}."
+
+
+EXPLANATION = """\
+Processor time is user and system time of the whole process over two {minutes}-minute WAV files of speech, the smallest
+of {rounds} rounds in which every program ran in turn. "Theirs" does the same work: a gain that adapts per source, mixing,
+AAC at 256 kbit/s in an MP4 file. Coding noise is compared with what the encoder was given, by a simple model of
+masking (bench/Quality.cpp says which); nobody listened. Wake-ups are voluntary context switches of all threads.\
+"""
+
+
+def first_line(command):
+    done = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, check=True)
+    return done.stdout.decode(errors="replace").splitlines()[0]
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    for name in ("build", "scripts", "conversation", "sound_servers", "work", "log"):
+        parser.add_argument("--" + name.replace("_", "-"), type=pathlib.Path, required=True)
+    parser.add_argument("--quick", action="store_true")
+    parser.add_argument("--only", action="append", help="a step by its name; may be given again")
+    options = parser.parse_args()
+    options.minutes, options.rounds, options.live_seconds = (3, 2, 10) if options.quick else (12, 3, 60)
+
+    bench = Bench(options)
+    bench.run_all()
+    print(bench.markdown(), end="")
+
+
+if __name__ == "__main__":
+    main()

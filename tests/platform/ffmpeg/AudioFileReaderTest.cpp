@@ -1,0 +1,233 @@
+#include "platform/AudioFileReader.h"
+
+#include "storage/m4a/TestRecordings.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <numbers>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace quillet::test {
+namespace {
+
+constexpr std::uint16_t kIntegers = 1, kFloats = 3;
+
+/// A RIFF file, byte by byte.
+class Wav {
+public:
+    Wav(std::uint16_t format, int rateHz, int channels, int bits) {
+        text("RIFF");
+        number(0xFFFFFFFF, 4);
+        text("WAVEfmt ");
+        number(16, 4);
+        number(format, 2);
+        number(static_cast<std::uint64_t>(channels), 2);
+        number(static_cast<std::uint64_t>(rateHz), 4);
+        number(static_cast<std::uint64_t>(rateHz * channels * bits / 8), 4);
+        number(static_cast<std::uint64_t>(channels * bits / 8), 2);
+        number(static_cast<std::uint64_t>(bits), 2);
+        text("data");
+        number(0, 4);
+    }
+    void text(std::string_view characters) {
+        for (const char c : characters) m_bytes.push_back(static_cast<std::byte>(c));
+    }
+    void number(std::uint64_t value, int bytes) {
+        for (int i = 0; i < bytes; ++i) m_bytes.push_back(static_cast<std::byte>(value >> (8 * i)));
+    }
+    void sample(float value) { number(std::bit_cast<std::uint32_t>(value), 4); }
+    /// Declares more than there is by so many bytes.
+    ByteVector file(std::size_t missing = 0) {
+        const std::size_t data = m_bytes.size() - kHeaderBytes + missing;
+        for (std::size_t i = 0; i < 4; ++i) m_bytes[kHeaderBytes - 4 + i] = static_cast<std::byte>(data >> (8 * i));
+        return m_bytes;
+    }
+
+private:
+    static constexpr std::size_t kHeaderBytes = 44;
+    ByteVector m_bytes;
+};
+
+std::vector<float> decodeWav(const ByteVector& bytes, int expectedChannels) {
+    const TemporaryFolder folder;
+    writeFile(folder / "a.wav", bytes);
+    const auto reader = openAudioFile(folder / "a.wav");
+    EXPECT_TRUE(reader.ok());
+    EXPECT_EQ(reader ? (*reader)->channels() : 0, expectedChannels);
+    return decode(folder / "a.wav");
+}
+
+/// NaN equals NaN, and 0 is not -0.
+void expectSameBits(const std::vector<float>& got, const std::vector<float>& expected) {
+    ASSERT_EQ(got.size(), expected.size());
+    EXPECT_EQ(std::memcmp(got.data(), expected.data(), got.size() * sizeof(float)), 0);
+}
+
+TEST(AudioFileReaderTest, samplesAt48KilohertzPassExactly) {
+    Wav stereo16(kIntegers, 48000, 2, 16);
+    Wav mono8(kIntegers, 48000, 1, 8);
+    Wav mono24(kIntegers, 48000, 1, 24);
+    std::vector<float> expected16, expected8, expected24;
+    for (int i = 0; i < 65536; ++i) {
+        stereo16.number(static_cast<std::uint16_t>(i - 32768), 2);
+        stereo16.number(static_cast<std::uint16_t>(12345 - i), 2);
+        expected16.push_back(static_cast<float>(i - 32768) / 32768.0F);
+        expected16.push_back(static_cast<float>(static_cast<std::int16_t>(12345 - i)) / 32768.0F);
+        mono8.number(static_cast<std::uint64_t>(i % 256), 1);
+        expected8.push_back(static_cast<float>(i % 256 - 128) / 128.0F);
+        const int wide = (i - 32768) * 255;
+        mono24.number(static_cast<std::uint32_t>(wide), 3);
+        expected24.push_back(static_cast<float>(wide) / 8388608.0F);
+    }
+    expectSameBits(decodeWav(stereo16.file(), 2), expected16);
+    expectSameBits(decodeWav(mono8.file(), 1), expected8);
+    expectSameBits(decodeWav(mono24.file(), 1), expected24);
+    // Cut off: everything that is there, to the last whole frame.
+    ByteVector cut = stereo16.file(1'000'000);
+    cut.resize(cut.size() - 1);
+    expected16.resize(expected16.size() - 2);
+    expectSameBits(decodeWav(cut, 2), expected16);
+}
+
+TEST(AudioFileReaderTest, floatsPassUnclampedAndUnchecked) {
+    std::vector<float> expected;
+    Wav wav(kFloats, 48000, 2, 32);
+    constexpr float kOdd[] = {0.0F,  -0.0F, 1.5F, -3.0F, HUGE_VALF, -HUGE_VALF, std::numeric_limits<float>::quiet_NaN(),
+                              1e-40F};
+    for (int i = 0; i < 4000; ++i) {
+        expected.push_back(kOdd[i % 8]);
+        wav.sample(expected.back());
+    }
+    expectSameBits(decodeWav(wav.file(), 2), expected);
+}
+
+/// Amplitude of a tone in one channel, away from both ends.
+double amplitude(const std::vector<float>& samples, std::size_t channels, std::size_t channel, double hertz) {
+    double real = 0, imaginary = 0;
+    const std::size_t frames = samples.size() / channels;
+    const std::size_t from = frames / 4, to = frames / 4 * 3;
+    for (std::size_t i = from; i < to; ++i) {
+        const double phase = 2 * std::numbers::pi * hertz * static_cast<double>(i) / 48000;
+        real += samples[i * channels + channel] * std::cos(phase);
+        imaginary += samples[i * channels + channel] * std::sin(phase);
+    }
+    return 2 * std::hypot(real, imaginary) / static_cast<double>(to - from);
+}
+
+TEST(AudioFileReaderTest, otherRatesAreResampledWithLengthAndLevelKept) {
+    for (const int rateHz : {8000, 44100, 96000}) {
+        SCOPED_TRACE(rateHz);
+        Wav wav(kFloats, rateHz, 1, 32);
+        for (int i = 0; i < rateHz; ++i)
+            wav.sample(static_cast<float>(0.5 * std::sin(2 * std::numbers::pi * 1000 * i / rateHz)));
+
+        const std::vector<float> samples = decodeWav(wav.file(), 1);
+
+        EXPECT_NEAR(static_cast<double>(samples.size()), 48000, 32); // one filter length
+        EXPECT_NEAR(amplitude(samples, 1, 0, 1000), 0.5, 0.002);
+        EXPECT_NEAR(amplitude(samples, 1, 0, 1002), 0, 0.01);
+    }
+}
+
+TEST(AudioFileReaderTest, moreChannelsAreMixedDownToTwo) {
+    // A tone of its own on each channel: left, right, centre, low frequencies, side left, side right.
+    constexpr double kHertz[] = {500, 700, 900, 60, 1300, 1500};
+    Wav wav(kFloats, 48000, 6, 32);
+    for (int i = 0; i < 48000; ++i) {
+        for (const double hertz : kHertz)
+            wav.sample(static_cast<float>(0.2 * std::sin(2 * std::numbers::pi * hertz * i / 48000)));
+    }
+    const std::vector<float> samples = decodeWav(wav.file(), 2);
+    ASSERT_EQ(samples.size(), 96000U);
+    for (const std::size_t side : {0U, 1U}) {
+        EXPECT_NEAR(amplitude(samples, 2, side, kHertz[side]), 0.2, 0.001);
+        EXPECT_NEAR(amplitude(samples, 2, side, kHertz[1 - side]), 0, 0.001);
+        EXPECT_NEAR(amplitude(samples, 2, side, kHertz[2]), 0.2 * std::numbers::sqrt2 / 2, 0.001);
+        EXPECT_NEAR(amplitude(samples, 2, side, kHertz[4 + side]), 0.2 * std::numbers::sqrt2 / 2, 0.001);
+        EXPECT_NEAR(amplitude(samples, 2, side, kHertz[5 - side]), 0, 0.001);
+    }
+    // So many that nobody knows where they belong: none is lost.
+    Wav many(kFloats, 48000, 19, 32);
+    for (int i = 0; i < 19 * 4800; ++i) many.sample(0.25F);
+    const std::vector<float> level = decodeWav(many.file(), 2);
+    ASSERT_EQ(level.size(), 9600U);
+    EXPECT_NEAR(level[5000], 0.25F, 1e-5);
+    EXPECT_NEAR(level[5001], 0.25F, 1e-5);
+}
+
+TEST(AudioFileReaderTest, readsAsManyFramesAsAskedForUntilTheEnd) {
+    Wav wav(kIntegers, 48000, 2, 16);
+    for (int i = 0; i < 2 * 20'000; ++i) wav.number(static_cast<std::uint16_t>(i), 2);
+    const TemporaryFolder folder;
+    writeFile(folder / "a.wav", wav.file());
+    auto reader = openAudioFile(folder / "a.wav");
+    ASSERT_TRUE(reader.ok());
+    std::vector<float> piece(2 * 777 + 1);
+    for (int i = 0; i < 25; ++i) ASSERT_EQ((*reader)->read(piece), 777U);
+    EXPECT_EQ(piece[0], static_cast<float>(static_cast<std::int16_t>(24 * 777 * 2)) / 32768.0F);
+    EXPECT_EQ((*reader)->read(piece), 20'000U - 25 * 777);
+    EXPECT_EQ((*reader)->read(piece), 0U);
+    EXPECT_EQ((*reader)->read(piece), 0U);
+}
+
+TEST(AudioFileReaderTest, cutOffRecordingGivesWhatCanBeDecoded) {
+    ByteVector recording = unfinishedRecording(100);
+    const std::vector<float> whole = decode(recording);
+    recording.resize(recording.size() * 2 / 3);
+    const std::vector<float> part = decode(recording);
+    EXPECT_GT(part.size(), whole.size() / 2);
+    EXPECT_TRUE(std::equal(part.begin(), part.end() - 2 * kBlockFrames, whole.begin()));
+}
+
+TEST(AudioFileReaderTest, errorsSayWhatIsWrongWithTheFile) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder / "folder");
+    writeFile(folder / "empty.wav", {});
+    writeFile(folder / "text.wav", ByteVector(2000, std::byte{'a'}));
+    Wav sound(kIntegers, 48000, 1, 16);
+    sound.number(0, 2);
+    writeFile(folder / "sound.wav", sound.file());
+    ByteVector header = sound.file();
+    header.resize(30);
+    writeFile(folder / "header.wav", header);
+    // Files that name others must not be followed.
+    const std::string concat = "ffconcat version 1.0\nfile sound.wav\n";
+    const auto listBytes = std::as_bytes(std::span(concat));
+    writeFile(folder / "list.wav", {listBytes.begin(), listBytes.end()});
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
+    const struct {
+        const char* name;
+        const char* description;
+    } rows[] = {{"missing.wav", "it does not exist"},
+                {"sound.wav/inside", "it does not exist"},
+                {"folder", "it is a folder"},
+                {"empty.wav", "it is empty"},
+                {"text.wav", "it is not an audio file"},
+                {"header.wav", "it is not an audio file"},
+                {"list.wav", "it is not an audio file"},
+                {"pipe", "it is not an ordinary file"}};
+    for (const auto& row : rows) {
+        const auto reader = openAudioFile(folder / row.name);
+        ASSERT_FALSE(reader.ok()) << row.name;
+        EXPECT_EQ(reader.error().description.toStdString(), row.description) << row.name;
+    }
+    EXPECT_TRUE(openAudioFile(folder / "sound.wav").ok());
+}
+
+TEST(AudioFileReaderTest, aFileThatMayNotBeReadSaysSo) {
+    if (geteuid() == 0) GTEST_SKIP() << "root may read everything";
+    const TemporaryFolder folder;
+    writeFile(folder / "sound.wav", ByteVector(100));
+    std::filesystem::permissions(folder / "sound.wav", std::filesystem::perms::none);
+    const auto reader = openAudioFile(folder / "sound.wav");
+    ASSERT_FALSE(reader.ok());
+    EXPECT_EQ(reader.error().description.toStdString(), "it cannot be read: Permission denied");
+}
+
+} // namespace
+} // namespace quillet::test

@@ -1,0 +1,391 @@
+#include "platform/linux/ffmpeg/M4aAssetWriter.h"
+
+#include "storage/RecordingRecovery.h"
+#include "storage/m4a/FinishInPlace.h"
+#include "storage/m4a/TestRecordings.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <future>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace quillet::test {
+namespace {
+
+using namespace std::chrono_literals;
+using Status = AssetWriterStatus;
+
+constexpr std::size_t kBlockSamples = 2 * kBlockFrames;
+const m4a::Retries kSoon = {1ms, 1ms, 1ms};
+
+bool eventually(const std::function<bool()>& condition) {
+    const auto deadline = std::chrono::steady_clock::now() + 20s;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        std::this_thread::sleep_for(1ms);
+    }
+    return true;
+}
+
+bool begin(AssetWriter& writer, std::int64_t sessionStart = 0) {
+    if (!writer.addInput({}) || !writer.startWriting()) return false;
+    writer.startSession({sessionStart, kSampleRateHz});
+    return true;
+}
+
+SampleBuffer bufferOf(const std::vector<float>& sound, std::int64_t block, std::int64_t atBlock) {
+    const auto samples = std::span(sound).subspan(static_cast<std::size_t>(block) * kBlockSamples, kBlockSamples);
+    return {std::as_bytes(samples), &kInterleavedStereoFloat, {atBlock * kBlockFrames, kSampleRateHz}, kBlockFrames};
+}
+
+/// Appends as soon as there is room, as the engine does.
+bool appendWhenReady(AssetWriter& writer, const SampleBuffer& block) {
+    return eventually([&] { return writer.freeBlocks() > 0 || writer.status() != Status::Writing; }) &&
+           writer.append(block);
+}
+
+/// The final status.
+Status finish(AssetWriter& writer) {
+    std::promise<Status> done;
+    writer.markAsFinished();
+    writer.finishWriting([&] { done.set_value(writer.status()); });
+    return done.get_future().get();
+}
+
+struct MemoryWriter {
+    std::shared_ptr<MemoryDisk> disk = std::make_shared<MemoryDisk>();
+    std::shared_ptr<AssetWriter> writer;
+    std::atomic<int> interruptions = 0;
+    std::atomic<int> interruptionCode = 0;
+
+    void make() {
+        auto made = makeM4aAssetWriter(std::make_unique<MemoryFile>(disk), kSoon);
+        ASSERT_TRUE(made.ok());
+        writer = *made;
+        writer->setInterruptionHandler([this](const PlatformError& error) {
+            interruptionCode = error.code;
+            ++interruptions;
+        });
+        ASSERT_TRUE(begin(*writer));
+    }
+    /// How many blocks it took.
+    std::int64_t append(const std::vector<float>& sound) {
+        const auto blocks = static_cast<std::int64_t>(sound.size() / kBlockSamples);
+        for (std::int64_t i = 0; i < blocks; ++i) {
+            if (!appendWhenReady(*writer, bufferOf(sound, i, i))) return i;
+        }
+        return blocks;
+    }
+};
+
+TEST(M4aAssetWriterTest, everyBlockIsInTheFileAtItsPlaceAndNothingElse) {
+    const TemporaryFolder folder;
+    M4aAssetWriterFactory factory;
+    for (const std::int64_t blocks : {1, 2, 23, 24, 25, 47, 1000}) {
+        SCOPED_TRACE(blocks);
+        const std::vector<float> sound = testSound(blocks);
+        const auto writer = factory.makeWriter(folder / "a.m4a");
+        ASSERT_TRUE(writer.ok()) << writer.error().description.toStdString();
+        ASSERT_TRUE(begin(**writer));
+        for (std::int64_t i = 0; i < blocks; ++i) ASSERT_TRUE(appendWhenReady(**writer, bufferOf(sound, i, i)));
+
+        ASSERT_EQ(finish(**writer), Status::Completed);
+
+        const ByteVector file = readFile(folder / "a.m4a");
+        EXPECT_TRUE(demux(file).isPlain);
+        const std::vector<float> decoded = decode(file);
+        EXPECT_EQ(decoded.size(), sound.size());
+        EXPECT_LT(worstBlockDb(decoded, sound), -15);
+        EXPECT_TRUE(recoverRecordings(folder.path()).empty());
+    }
+    EXPECT_EQ(folder.names().size(), 7U); // the earlier ones were set aside
+}
+
+TEST(M4aAssetWriterTest, gapsBecomeSilenceAndUnusableSamplesToo) {
+    constexpr std::int64_t kStart = 5; // the session starts in the middle of the source's time
+    constexpr std::int64_t kPlaces[] = {3, 4, 5, 6, 40, 41, 42, 43, 44};
+    constexpr std::int64_t kTotal = 45;
+    const std::vector<float> sound = testSound(std::size(kPlaces));
+    std::vector<float> expected(kTotal * kBlockSamples, 0.0F);
+    MemoryWriter memory;
+    auto made = makeM4aAssetWriter(std::make_unique<MemoryFile>(memory.disk), kSoon);
+    ASSERT_TRUE(made.ok());
+    ASSERT_TRUE(begin(**made, kStart * kBlockFrames));
+
+    std::vector<float> given = sound;
+    std::fill_n(given.begin() + 2 * kBlockSamples, kBlockSamples / 2, std::numeric_limits<float>::quiet_NaN());
+    std::fill_n(given.begin() + 2 * kBlockSamples + kBlockSamples / 2, kBlockSamples / 2, -HUGE_VALF);
+    for (std::size_t i = 0; i < std::size(kPlaces); ++i) {
+        ASSERT_TRUE((*made)->append(bufferOf(given, static_cast<std::int64_t>(i), kStart + kPlaces[i])));
+        if (i == 2) continue;
+        std::copy_n(sound.begin() + static_cast<std::ptrdiff_t>(i * kBlockSamples), kBlockSamples,
+                    expected.begin() + kPlaces[i] * static_cast<std::int64_t>(kBlockSamples));
+    }
+    ASSERT_EQ(finish(**made), Status::Completed);
+
+    const std::vector<float> decoded = decode(memory.disk->bytes);
+    ASSERT_EQ(decoded.size(), expected.size());
+    const auto energyDb = [&](std::int64_t block) {
+        double energy = 1e-12;
+        for (std::size_t i = 0; i < kBlockSamples; ++i)
+            energy += std::pow(decoded[static_cast<std::size_t>(block) * kBlockSamples + i], 2);
+        return 10 * std::log10(energy / kBlockSamples);
+    };
+    for (std::int64_t block = 0; block < kTotal; ++block) {
+        SCOPED_TRACE(block);
+        const bool silent = std::ranges::find(kPlaces, block) == std::end(kPlaces) || block == kPlaces[2];
+        const bool besideSound = block == kPlaces[2] || block == 2 || block == 7 || block == 39; // AAC smears a little
+        if (silent) {
+            EXPECT_LT(energyDb(block), besideSound ? -25 : -80);
+        } else {
+            EXPECT_GT(energyDb(block), -15);
+        }
+    }
+    const auto behindGap = static_cast<std::ptrdiff_t>(41 * kBlockSamples);
+    EXPECT_LT(
+        worstBlockDb({decoded.begin() + behindGap, decoded.end()}, {expected.begin() + behindGap, expected.end()}),
+        -15);
+}
+
+TEST(M4aAssetWriterTest, refusesWhatDoesNotBelongIntoTheFile) {
+    const std::vector<float> sound = testSound(3);
+    auto made = makeM4aAssetWriter(std::make_unique<MemoryFile>(std::make_shared<MemoryDisk>()), kSoon);
+    ASSERT_TRUE(made.ok());
+    AssetWriter& writer = **made;
+    AudioOutputSettings mono;
+    mono.channelCount = 1;
+
+    EXPECT_EQ(writer.status(), Status::Unknown);
+    EXPECT_FALSE(writer.startWriting()) << "without input";
+    EXPECT_FALSE(writer.addInput(mono));
+    EXPECT_FALSE(writer.append(bufferOf(sound, 0, 0))) << "not started";
+    EXPECT_EQ(writer.freeBlocks(), 0);
+    ASSERT_TRUE(begin(writer));
+    EXPECT_EQ(writer.freeBlocks(), 704);
+    ASSERT_TRUE(writer.append(bufferOf(sound, 1, 1)));
+    EXPECT_EQ(writer.freeBlocks(), 703);
+
+    EXPECT_FALSE(writer.append(bufferOf(sound, 1, 1))) << "a second time";
+    EXPECT_FALSE(writer.append(bufferOf(sound, 0, 0))) << "too late";
+    EXPECT_FALSE(writer.append(bufferOf(sound, 2, 10'000'000))) << "days later";
+    SampleBuffer crooked = bufferOf(sound, 2, 2);
+    crooked.presentationTime.value += 1;
+    EXPECT_FALSE(writer.append(crooked)) << "between two blocks";
+    SampleBuffer half = bufferOf(sound, 2, 2);
+    half.sampleCount = kBlockFrames / 2;
+    EXPECT_FALSE(writer.append(half)) << "half a block";
+    writer.markAsFinished();
+    EXPECT_FALSE(writer.append(bufferOf(sound, 2, 2))) << "after the end";
+    EXPECT_EQ(writer.freeBlocks(), 0);
+    EXPECT_EQ(finish(writer), Status::Completed);
+}
+
+TEST(M4aAssetWriterTest, aStuckDiskFillsTheQueueAndLosesNothing) {
+    constexpr std::int64_t kBatch = 24;
+    constexpr std::int64_t kQueue = 704 - 1; // the batch's last block counts until the disk has it
+    const std::vector<float> sound = testSound(kBatch + kQueue + 1);
+    MemoryWriter memory;
+    memory.disk->holdsSyncs = true;
+    memory.make();
+    for (std::int64_t i = 0; i < kBatch; ++i) ASSERT_TRUE(memory.writer->append(bufferOf(sound, i, i)));
+    {
+        std::unique_lock lock(memory.disk->mutex);
+        ASSERT_TRUE(memory.disk->changed.wait_for(lock, 20s, [&] { return memory.disk->syncsWaiting > 0; }));
+    }
+
+    for (std::int64_t i = 0; i < kQueue; ++i) {
+        ASSERT_EQ(memory.writer->freeBlocks(), kQueue - i);
+        ASSERT_TRUE(memory.writer->append(bufferOf(sound, kBatch + i, kBatch + i)));
+    }
+    EXPECT_EQ(memory.writer->freeBlocks(), 0);
+    EXPECT_FALSE(memory.writer->append(bufferOf(sound, kBatch + kQueue, kBatch + kQueue)));
+    {
+        const std::lock_guard lock(memory.disk->mutex);
+        memory.disk->holdsSyncs = false;
+    }
+    memory.disk->changed.notify_all();
+
+    ASSERT_EQ(finish(*memory.writer), Status::Completed);
+    const std::vector<float> decoded = decode(memory.disk->bytes);
+    EXPECT_EQ(decoded.size(), (kBatch + kQueue) * kBlockSamples);
+    EXPECT_LT(worstBlockDb(decoded, sound), -15);
+    EXPECT_EQ(memory.interruptions, 0);
+}
+
+TEST(M4aAssetWriterTest, whateverTheDiskDoesTheSoundInFrontOfItIsKept) {
+    const std::vector<float> sound = testSound(1500);
+    enum class File { Plain, Fragments, Gone };
+    const struct {
+        const char* name;
+        std::int64_t capacity;
+        bool canReserve;
+        std::int64_t bytesUntilFault;
+        int syncsToFail;
+        int interruptionCode;
+        Status status;
+        File file;
+        std::size_t leastBlocks;
+    } rows[] = {
+        {"full disk", 700'000, true, MemoryDisk::kNever, 0, ENOSPC, Status::Completed, File::Plain, 500},
+        {"full disk that cannot reserve", 300'000, false, MemoryDisk::kNever, 0, ENOSPC, Status::Completed,
+         File::Fragments, 400},
+        {"full from the start", 10'000, true, MemoryDisk::kNever, 0, ENOSPC, Status::Failed, File::Gone, 0},
+        {"device gone", MemoryDisk::kNever, true, 200'000, 0, EIO, Status::Completed, File::Fragments, 260},
+        {"one fault too many", MemoryDisk::kNever, true, MemoryDisk::kNever, 4, EIO, Status::Failed, File::Gone, 0},
+        {"a passing fault", MemoryDisk::kNever, true, MemoryDisk::kNever, 3, 0, Status::Completed, File::Plain, 1500}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        MemoryWriter memory;
+        MemoryDisk& disk = *memory.disk;
+        disk.capacity = row.capacity;
+        disk.canReserve = row.canReserve;
+        disk.bytesUntilFault = row.bytesUntilFault;
+        disk.syncsToFail = row.syncsToFail;
+        memory.make();
+        const std::int64_t taken = memory.append(sound);
+        if (row.interruptionCode != 0) {
+            // It ends by itself, without being asked to.
+            ASSERT_TRUE(eventually([&] { return memory.interruptions > 0; }));
+            EXPECT_EQ(memory.writer->status(), row.status);
+            EXPECT_EQ(memory.writer->freeBlocks(), 0);
+            EXPECT_TRUE(disk.closed);
+        } else {
+            EXPECT_EQ(taken, 1500);
+        }
+
+        EXPECT_EQ(finish(*memory.writer), row.status);
+
+        EXPECT_EQ(memory.interruptionCode, row.interruptionCode);
+        EXPECT_EQ(memory.interruptions, row.interruptionCode == 0 ? 0 : 1);
+        EXPECT_EQ(disk.removed, row.file == File::Gone);
+        if (row.file == File::Gone) continue;
+        EXPECT_EQ(demux(disk.bytes).isPlain, row.file == File::Plain);
+        ByteVector bytes = disk.bytes;
+        if (row.file == File::Fragments) {
+            MemoryFile later(bytes); // when there is room again
+            ASSERT_TRUE(m4a::finishInPlace(later, {}).ok());
+            bytes = later.disk().bytes;
+        }
+        const std::vector<float> decoded = decode(bytes);
+        EXPECT_LT(worstBlockDb(decoded, sound), -15);
+        EXPECT_GE(decoded.size(), row.leastBlocks * kBlockSamples);
+    }
+}
+
+TEST(M4aAssetWriterTest, endingWithoutAFinishedFile) {
+    const TemporaryFolder folder;
+    const std::vector<float> sound = testSound(30);
+    M4aAssetWriterFactory factory;
+
+    auto cancelled = factory.makeWriter(folder / "cancelled.m4a");
+    ASSERT_TRUE(cancelled.ok() && begin(**cancelled));
+    for (std::int64_t i = 0; i < 30; ++i) ASSERT_TRUE((*cancelled)->append(bufferOf(sound, i, i)));
+    (*cancelled)->cancelWriting();
+    EXPECT_EQ((*cancelled)->status(), Status::Cancelled);
+    EXPECT_EQ((*cancelled)->freeBlocks(), 0);
+    EXPECT_TRUE(eventually([&] { return folder.names().empty(); }));
+
+    auto silent = factory.makeWriter(folder / "silent.m4a");
+    ASSERT_TRUE(silent.ok() && begin(**silent));
+    EXPECT_EQ(finish(**silent), Status::Failed);
+    EXPECT_TRUE(folder.names().empty());
+
+    auto dropped = factory.makeWriter(folder / "dropped.m4a");
+    ASSERT_TRUE(dropped.ok() && begin(**dropped));
+    EXPECT_FALSE(factory.makeWriter(folder / "dropped.m4a").ok()) << "taken while it is being written";
+    for (std::int64_t i = 0; i < 30; ++i) ASSERT_TRUE((*dropped)->append(bufferOf(sound, i, i)));
+    *dropped = nullptr;
+    const auto recovered = recoverRecordings(folder.path());
+    ASSERT_EQ(recovered.size(), 1U);
+    EXPECT_EQ(recovered[0].kind, RecoveryOutcome::Kind::Repaired);
+    EXPECT_LT(worstBlockDb(decode(folder / "dropped.m4a"), sound), -15);
+
+    EXPECT_FALSE(factory.makeWriter(folder / "missing" / "a.m4a").ok());
+    EXPECT_EQ(folder.names().size(), 1U);
+}
+
+TEST(M4aAssetWriterTest, livesUntilTheCompletionHasReturnedAndEndsAnywhere) {
+    for (const bool ownerWaits : {false, true}) {
+        auto disk = std::make_shared<MemoryDisk>();
+        auto made = makeM4aAssetWriter(std::make_unique<MemoryFile>(disk), kSoon);
+        ASSERT_TRUE(made.ok() && begin(**made));
+        const std::vector<float> sound = testSound(2);
+        ASSERT_TRUE((*made)->append(bufferOf(sound, 0, 0)));
+        std::weak_ptr<AssetWriter> weak = *made;
+        AssetWriter* const raw = made->get();
+        std::promise<Status> seen;
+        raw->markAsFinished();
+        raw->finishWriting([&, held = ownerWaits ? *made : nullptr] {
+            const bool closed = disk->closed;
+            seen.set_value(closed && !weak.expired() ? raw->status() : Status::Unknown);
+        });
+        *made = nullptr;
+        EXPECT_EQ(seen.get_future().get(), Status::Completed);
+        EXPECT_TRUE(eventually([&] { return weak.expired(); }));
+    }
+}
+
+/// A recording in real time by another process, for the test below.
+TEST(M4aAssetWriterTest, DISABLED_recordUntilKilled) {
+    M4aAssetWriterFactory factory;
+    const auto writer = factory.makeWriter(std::getenv("QUILLET_TEST_RECORDING"));
+    ASSERT_TRUE(writer.ok() && begin(**writer));
+    const std::vector<float> sound = testSound(2000);
+    const auto start = std::chrono::steady_clock::now();
+    for (std::int64_t i = 0; i < 2000; ++i) {
+        std::this_thread::sleep_until(start +
+                                      std::chrono::nanoseconds(i * kBlockFrames * 1'000'000'000 / kSampleRateHz));
+        ASSERT_TRUE((*writer)->append(bufferOf(sound, i, i)));
+        const char tick = '.';
+        ASSERT_EQ(write(STDERR_FILENO, &tick, 1), 1);
+    }
+}
+
+TEST(M4aAssetWriterTest, aKilledProcessLosesLessThanASecond) {
+    constexpr std::int64_t kKillAfter = 160; // blocks: 3.4 s, somewhere between two fragments
+    const TemporaryFolder folder;
+    int ticks[2];
+    ASSERT_EQ(pipe(ticks), 0);
+    setenv("QUILLET_TEST_RECORDING", (folder / "a.m4a").c_str(), 1);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, ticks[1], STDERR_FILENO);
+    char program[] = "/proc/self/exe", filter[] = "--gtest_filter=*.DISABLED_recordUntilKilled",
+         disabled[] = "--gtest_also_run_disabled_tests";
+    char* const arguments[] = {program, filter, disabled, nullptr};
+    pid_t child = 0;
+    ASSERT_EQ(posix_spawn(&child, program, &actions, nullptr, arguments, environ), 0);
+    posix_spawn_file_actions_destroy(&actions);
+    close(ticks[1]);
+    std::int64_t appended = 0;
+    char tick = 0;
+    while (appended < kKillAfter && read(ticks[0], &tick, 1) == 1) appended += tick == '.' ? 1 : 0;
+    const bool seenBeingWritten = recoverRecordings(folder.path()).at(0).kind == RecoveryOutcome::Kind::BeingWritten;
+
+    kill(child, SIGKILL);
+    ASSERT_EQ(waitpid(child, nullptr, 0), child);
+    while (read(ticks[0], &tick, 1) == 1) ++appended;
+    close(ticks[0]);
+
+    ASSERT_GE(appended, kKillAfter);
+    EXPECT_TRUE(seenBeingWritten);
+    const auto outcomes = recoverRecordings(folder.path());
+    ASSERT_EQ(outcomes.size(), 1U);
+    ASSERT_EQ(outcomes[0].kind, RecoveryOutcome::Kind::Repaired) << outcomes[0].reason.toStdString();
+    const std::vector<float> decoded = decode(folder / "a.m4a");
+    const auto kept = static_cast<std::int64_t>(decoded.size() / kBlockSamples);
+    EXPECT_GT(kept, appended - kSampleRateHz / kBlockFrames);
+    EXPECT_DOUBLE_EQ(outcomes[0].durationSeconds, static_cast<double>(kept * kBlockFrames) / kSampleRateHz);
+    EXPECT_LT(worstBlockDb(decoded, testSound(appended)), -15);
+    RecordProperty("lostBlocks", static_cast<int>(appended - kept));
+}
+
+} // namespace
+} // namespace quillet::test

@@ -1,0 +1,184 @@
+#include "platform/pulse/LiveRecording.h"
+
+#include <algorithm>
+#include <chrono>
+#include <string>
+
+namespace quillet {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr double kSpeakerHz = 1000;
+constexpr double kHeadsetHz = 1700;
+constexpr double kMicrophoneHz = 440;
+constexpr auto kRecovery = 6s; ///< generous for a loaded machine; a third of a second is usual
+
+class LiveFaults : public LiveServerTest {
+protected:
+    QString loadHeadset() {
+        return server->control({QStringLiteral("load-module"), QStringLiteral("module-null-sink"),
+                                QStringLiteral("sink_name=headset"), QStringLiteral("rate=48000"),
+                                QStringLiteral("channels=2")});
+    }
+    void unload(const QString& module) { server->control({QStringLiteral("unload-module"), module}); }
+    void setDefaultOutput(const QString& name) { server->control({QStringLiteral("set-default-sink"), name}); }
+    QString loadMicrophone() {
+        return server->control({QStringLiteral("load-module"), QStringLiteral("module-remap-source"),
+                                QStringLiteral("source_name=microphone"), QStringLiteral("master=micfeed.monitor")});
+    }
+    void playTones() {
+        server->play(QStringLiteral("speakers"), tone(kSpeakerHz, 60));
+        server->play(QStringLiteral("micfeed"), tone(kMicrophoneHz, 60));
+    }
+
+    static bool hears(Receiver& receiver, double frequencyHz) {
+        return receiver.waitUntil([&] { return receiver.amplitudeNow(frequencyHz) > 0.2; }, kRecovery);
+    }
+    /// Half a second without a single sample that is not zero.
+    static bool fallsSilent(Receiver& receiver) {
+        return receiver.waitUntil(
+            [&] {
+                const auto samples = receiver.samples();
+                return samples.size() > 24'000 &&
+                       std::all_of(samples.end() - 24'000, samples.end(), [](float sample) { return sample == 0; });
+            },
+            kRecovery);
+    }
+};
+QUILLET_FOR_BOTH_SERVERS(LiveFaults);
+
+TEST_P(LiveFaults, SystemAudioFollowsTheDefaultOutputAndSurvivesItsLoss) {
+    const QString headset = loadHeadset();
+    setDefaultOutput(QStringLiteral("speakers"));
+    LiveRecording recording;
+    ASSERT_NO_FATAL_FAILURE(recording.start());
+    playTones();
+    server->play(QStringLiteral("headset"), tone(kHeadsetHz, 60));
+    ASSERT_TRUE(hears(recording.systemAudio, kSpeakerHz));
+    EXPECT_LT(recording.systemAudio.amplitudeNow(kHeadsetHz), 0.001);
+
+    // The server may carry the tone of the old output over to the new one, but not the other way round.
+    setDefaultOutput(QStringLiteral("headset"));
+    EXPECT_TRUE(hears(recording.systemAudio, kHeadsetHz));
+
+    unload(headset);
+    setDefaultOutput(QStringLiteral("speakers"));
+    EXPECT_TRUE(hears(recording.systemAudio, kSpeakerHz));
+    EXPECT_LT(recording.systemAudio.amplitudeNow(kMicrophoneHz), 0.001);
+    recording.expectUnbroken();
+}
+
+TEST_P(LiveFaults, AChosenOutputThatGoesLeavesSilenceUntilItReturns) {
+    const QString headset = loadHeadset();
+    setDefaultOutput(QStringLiteral("speakers"));
+    LiveRecording recording({.microphone = {}, .systemAudio = QStringLiteral("headset")});
+    ASSERT_NO_FATAL_FAILURE(recording.start());
+    playTones();
+    server->play(QStringLiteral("headset"), tone(kHeadsetHz, 60));
+    ASSERT_TRUE(hears(recording.systemAudio, kHeadsetHz));
+
+    unload(headset);
+    EXPECT_TRUE(fallsSilent(recording.systemAudio));
+
+    loadHeadset();
+    server->play(QStringLiteral("headset"), tone(kHeadsetHz, 60));
+    EXPECT_TRUE(hears(recording.systemAudio, kHeadsetHz));
+    EXPECT_LT(recording.systemAudio.amplitudeNow(kSpeakerHz), 0.001);
+    recording.expectUnbroken();
+}
+
+TEST_P(LiveFaults, WithoutAMicrophoneNothingElseIsRecordedAsOne) {
+    LiveRecording recording;
+    ASSERT_NO_FATAL_FAILURE(recording.start());
+    playTones();
+    ASSERT_TRUE(hears(recording.microphone, kMicrophoneHz));
+
+    unload(QStringLiteral("module-remap-source"));
+    EXPECT_TRUE(fallsSilent(recording.microphone));
+    EXPECT_TRUE(hears(recording.systemAudio, kSpeakerHz));
+    LiveRecording another;
+    const auto failure = another.startMicrophone();
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->step, MicrophoneFailure::Step::NoDevice);
+    EXPECT_EQ(another.authorization(), AuthorizationStatus::Authorized);
+
+    loadMicrophone();
+    server->control({QStringLiteral("set-default-source"), QStringLiteral("microphone")});
+    EXPECT_TRUE(hears(recording.microphone, kMicrophoneHz));
+    EXPECT_LT(recording.microphone.amplitudeNow(kSpeakerHz), 0.001);
+    recording.expectUnbroken();
+}
+
+TEST_P(LiveFaults, AKilledServerIsTakenUpAgain) {
+    LiveRecording recording;
+    ASSERT_NO_FATAL_FAILURE(recording.start());
+    playTones();
+    ASSERT_TRUE(hears(recording.systemAudio, kSpeakerHz));
+    ASSERT_TRUE(hears(recording.microphone, kMicrophoneHz));
+
+    server->kill();
+    EXPECT_TRUE(fallsSilent(recording.systemAudio));
+    server->start();
+    playTones();
+    EXPECT_TRUE(hears(recording.systemAudio, kSpeakerHz));
+    EXPECT_TRUE(hears(recording.microphone, kMicrophoneHz));
+    EXPECT_LT(recording.systemAudio.amplitudeNow(kMicrophoneHz), 0.001);
+    recording.expectUnbroken();
+}
+
+TEST_P(LiveFaults, AFrozenServerMakesAStartFailInTimeAndARecordingGoOn) {
+    LiveRecording recording;
+    ASSERT_NO_FATAL_FAILURE(recording.start());
+    playTones();
+    ASSERT_TRUE(hears(recording.systemAudio, kSpeakerHz));
+
+    server->freeze();
+    LiveRecording another;
+    const auto before = std::chrono::steady_clock::now();
+    const auto failure = another.startMicrophone();
+    EXPECT_LT(std::chrono::steady_clock::now() - before, 3s);
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->step, MicrophoneFailure::Step::DeviceInput);
+    EXPECT_EQ(failure->description, QStringLiteral("the sound server does not answer"));
+    EXPECT_TRUE(fallsSilent(recording.systemAudio));
+    EXPECT_TRUE(fallsSilent(recording.microphone));
+    server->thaw();
+
+    EXPECT_TRUE(hears(recording.systemAudio, kSpeakerHz));
+    EXPECT_TRUE(hears(recording.microphone, kMicrophoneHz));
+    recording.expectUnbroken();
+    ASSERT_NO_FATAL_FAILURE(another.start());
+    EXPECT_TRUE(hears(another.microphone, kMicrophoneHz));
+}
+
+TEST_P(LiveFaults, WhatCannotBeOpenedSaysWhy) {
+    LiveRecording unknown({.microphone = QStringLiteral("nowhere"), .systemAudio = QStringLiteral("nowhere")});
+    const auto named = unknown.startMicrophone();
+    ASSERT_TRUE(named);
+    EXPECT_EQ(named->step, MicrophoneFailure::Step::DeviceInput);
+    EXPECT_EQ(named->description, QStringLiteral("there is no microphone named \"nowhere\""));
+    const auto nothing = unknown.content();
+    ASSERT_TRUE(nothing);
+    EXPECT_TRUE(nothing.value()->displays.empty());
+
+    server->stop();
+    LiveRecording recording;
+    const auto failure = recording.startMicrophone();
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->step, MicrophoneFailure::Step::DeviceInput);
+    EXPECT_EQ(failure->description, QStringLiteral("the sound server cannot be reached (Connection refused)"));
+    EXPECT_FALSE(recording.content());
+    EXPECT_EQ(recording.authorization(), AuthorizationStatus::Authorized);
+
+    server->start();
+    const auto content = recording.content();
+    ASSERT_TRUE(content);
+    EXPECT_EQ(content.value()->displays, std::vector<QString>{QStringLiteral("speakers")});
+    ASSERT_NO_FATAL_FAILURE(recording.start());
+    playTones();
+    EXPECT_TRUE(hears(recording.microphone, kMicrophoneHz));
+}
+
+} // namespace
+} // namespace quillet

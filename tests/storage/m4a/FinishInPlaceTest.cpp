@@ -1,0 +1,309 @@
+#include "storage/m4a/FinishInPlace.h"
+
+#include "platform/linux/ffmpeg/Libav.h"
+#include "storage/m4a/FragmentWalk.h"
+#include "storage/m4a/TestRecordings.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+namespace quillet::test {
+namespace {
+
+using m4a::finishInPlace;
+using m4a::fourCc;
+
+constexpr std::int64_t kBlocks = 82; ///< three whole fragments and a short one
+
+bool isPrefix(const std::vector<float>& part, const std::vector<float>& whole) {
+    return part.size() <= whole.size() && std::equal(part.begin(), part.end(), whole.begin());
+}
+
+/// Offsets of all top-level boxes.
+std::vector<std::size_t> boxEdges(const ByteVector& file) {
+    std::vector<std::size_t> edges;
+    m4a::Bytes rest = file;
+    do edges.push_back(file.size() - rest.size());
+    while (m4a::takeBox(rest));
+    return edges;
+}
+
+/// One recording, left unfinished, and everything known about it from libav alone.
+class FinishInPlaceTest : public testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        s_leftover = unfinishedRecording(kBlocks);
+        MemoryFile file(s_leftover);
+        ASSERT_TRUE(finishInPlace(file, {}).ok());
+        s_finished = file.disk().bytes;
+        s_sound = decode(s_finished);
+        s_packetEnds = demux(s_finished).packetEnds;
+    }
+
+    /// How many packets lie wholly in front of an offset.
+    static std::int64_t packetsBefore(std::size_t offset) {
+        return std::ranges::upper_bound(s_packetEnds, static_cast<std::int64_t>(offset)) - s_packetEnds.begin();
+    }
+
+    static inline ByteVector s_leftover;
+    static inline ByteVector s_finished;
+    static inline std::vector<float> s_sound;
+    static inline std::vector<std::int64_t> s_packetEnds;
+};
+
+TEST_F(FinishInPlaceTest, finishedFileIsPlainAndHoldsEveryBlockInItsPlace) {
+    EXPECT_TRUE(demux(s_finished).isPlain);
+    EXPECT_EQ(s_packetEnds.size(), kBlocks + 1);
+    EXPECT_EQ(s_sound.size(), kBlocks * 2 * kBlockFrames);
+    EXPECT_LT(worstBlockDb(s_sound, testSound(kBlocks)), -15);
+    // The sound itself has not moved.
+    const std::size_t movie = boxEdges(s_leftover)[1];
+    EXPECT_TRUE(std::equal(s_leftover.begin() + static_cast<std::ptrdiff_t>(movie) + 16, s_leftover.end(),
+                           s_finished.begin() + static_cast<std::ptrdiff_t>(movie) + 16));
+}
+
+TEST_F(FinishInPlaceTest, cutAnywhereItKeepsEveryWholePacketInFrontOfTheCut) {
+    std::set<std::size_t> cuts;
+    for (const std::size_t edge : boxEdges(s_leftover)) {
+        for (std::size_t near = edge < 24 ? 0 : edge - 24; near <= edge + 24; ++near) cuts.insert(near);
+    }
+    for (std::size_t cut = 5; cut < s_leftover.size(); cut += 397) cuts.insert(cut);
+    enum class Tail { None, ShortZeros, LongZeros, RestOfFileZero };
+    int decoded = 0;
+    for (const std::size_t cut : cuts) {
+        if (cut > s_leftover.size()) continue;
+        for (const Tail tail : {Tail::None, Tail::ShortZeros, Tail::LongZeros, Tail::RestOfFileZero}) {
+            SCOPED_TRACE(testing::Message() << "cut at " << cut << ", tail " << static_cast<int>(tail));
+            ByteVector bytes(s_leftover.begin(), s_leftover.begin() + static_cast<std::ptrdiff_t>(cut));
+            if (tail == Tail::ShortZeros) bytes.resize(cut + 5);
+            if (tail == Tail::LongZeros) bytes.resize(cut + (3 << 20));
+            if (tail == Tail::RestOfFileZero) bytes.resize(s_leftover.size());
+            MemoryFile file(bytes);
+
+            const auto finished = finishInPlace(file, {});
+
+            const std::int64_t packets = packetsBefore(cut);
+            ASSERT_EQ(finished.ok(), packets >= 2);
+            if (!finished.ok()) {
+                EXPECT_EQ(finished.error().code, 0);
+                EXPECT_FALSE(finished.error().description.isEmpty());
+                EXPECT_TRUE(file.disk().bytes == bytes) << "touched, though it cannot be repaired";
+                continue;
+            }
+            ASSERT_EQ(finished->blocks, packets - 1);
+            if ((cut + static_cast<std::size_t>(tail)) % 5 != 0) continue;
+            ++decoded;
+            EXPECT_TRUE(demux(file.disk().bytes).isPlain);
+            const std::vector<float> sound = decode(file.disk().bytes);
+            EXPECT_EQ(sound.size(), static_cast<std::size_t>(finished->blocks * 2 * kBlockFrames));
+            EXPECT_TRUE(isPrefix(sound, s_sound));
+        }
+    }
+    EXPECT_GT(decoded, 150);
+}
+
+TEST_F(FinishInPlaceTest, pagesThatNeverReachedTheDiskEndTheRecordingInFrontOfThem) {
+    const std::size_t lastFragments = boxEdges(s_leftover)[6]; // the last two
+    for (std::size_t page = lastFragments / 4096 + 1; (page + 1) * 4096 < s_leftover.size(); ++page) {
+        SCOPED_TRACE(page);
+        ByteVector bytes = s_leftover;
+        std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(page * 4096), 4096, std::byte{0});
+        MemoryFile file(bytes);
+
+        const auto finished = finishInPlace(file, {});
+
+        ASSERT_TRUE(finished.ok());
+        EXPECT_EQ(finished->blocks, packetsBefore(page * 4096) - 1);
+        EXPECT_TRUE(isPrefix(decode(file.disk().bytes), s_sound));
+    }
+}
+
+/// Finishing is stopped after every single byte that it writes, in each of three ways, and then tried again.
+TEST_F(FinishInPlaceTest, stoppedAtAnyByteItIsFinishedAllTheSameTheNextTime) {
+    enum class Stop { Killed, PowerCut, DeviceError };
+    const std::size_t header = boxEdges(s_leftover)[6];
+    const std::size_t data = boxEdges(s_leftover)[7] + 8;
+    // A movie box of several sectors, written over a fragment whose header alone reached the disk.
+    const ByteVector longLeftover = unfinishedRecording(600);
+    const std::size_t longData = boxEdges(longLeftover)[27] + 8;
+    const struct {
+        const ByteVector& of;
+        std::size_t cut;
+        std::size_t zerosUpTo;
+        std::int64_t step;
+    } rows[] = {{s_leftover, s_leftover.size(), 0, 1},    {s_leftover, header + 30, 0, 1},
+                {s_leftover, data + 5000, 0, 1},          {s_leftover, data + 5811, 0, 1},
+                {s_leftover, data + 6622, 0, 1},          {s_leftover, data + 7433, data + 8200, 1},
+                {s_leftover, data, s_leftover.size(), 1}, {longLeftover, longData, longData + 12'000, 5}};
+    for (const auto& row : rows) {
+        ByteVector leftover(row.of.begin(), row.of.begin() + static_cast<std::ptrdiff_t>(row.cut));
+        leftover.resize(std::max(row.cut, row.zerosUpTo));
+        MemoryFile straight(leftover);
+        ASSERT_TRUE(finishInPlace(straight, {}).ok());
+        const ByteVector& expected = straight.disk().bytes;
+        int stopped = 0;
+        for (const Stop stop : {Stop::Killed, Stop::PowerCut, Stop::DeviceError}) {
+            for (std::int64_t after = 0;; after += row.step) {
+                MemoryFile first(leftover);
+                first.disk().bytesUntilFault = after;
+                first.disk().diesAtFault = stop != Stop::DeviceError;
+                if (finishInPlace(first, {}).ok()) break;
+                ++stopped;
+                MemoryFile second(stop == Stop::PowerCut ? first.disk().afterPowerCut(static_cast<unsigned>(after))
+                                                         : first.disk().bytes);
+                const auto finished = finishInPlace(second, {});
+                ASSERT_TRUE(finished.ok()) << "stopped in way " << static_cast<int>(stop) << " after " << after;
+                ASSERT_TRUE(second.disk().bytes == expected)
+                    << "stopped in way " << static_cast<int>(stop) << " after " << after << ", cut at " << row.cut;
+            }
+        }
+        EXPECT_GT(stopped, 1000);
+    }
+}
+
+TEST_F(FinishInPlaceTest, aFullDiskAndPassingErrorsAreSurvived) {
+    MemoryFile full(s_leftover);
+    full.disk().capacity = static_cast<std::int64_t>(s_leftover.size()) + 100;
+    const auto refused = finishInPlace(full, {});
+    ASSERT_FALSE(refused.ok());
+    EXPECT_EQ(refused.error().code, ENOSPC);
+    EXPECT_TRUE(full.disk().bytes == s_leftover);
+
+    MemoryFile flaky(s_leftover);
+    flaky.disk().syncsToFail = 2;
+    const std::chrono::milliseconds soon(1);
+    ASSERT_TRUE(finishInPlace(flaky, {soon, soon}).ok());
+    EXPECT_TRUE(flaky.disk().bytes == s_finished);
+    EXPECT_TRUE(flaky.disk().durable == s_finished);
+}
+
+ByteVector replaced(ByteVector bytes, std::string_view what, std::string_view by) {
+    const auto pattern = std::as_bytes(std::span(what));
+    const auto found = std::search(bytes.begin(), bytes.end(), pattern.begin(), pattern.end());
+    EXPECT_NE(found, bytes.end());
+    std::ranges::copy(std::as_bytes(std::span(by)), found);
+    return bytes;
+}
+
+TEST_F(FinishInPlaceTest, whatIsNotAnUnfinishedRecordingOfOursStaysUntouched) {
+    ByteVector damaged = unfinishedRecording(3000);
+    ASSERT_GT(damaged.size(), 1400U << 10);
+    damaged[boxEdges(damaged)[10] + 5] = std::byte{'x'}; // a fragment near the beginning is none any more
+    ByteVector text(5000, std::byte{'a'});
+    const struct {
+        const char* name;
+        ByteVector bytes;
+    } rows[] = {{"nothing", {}},
+                {"text", text},
+                {"zeros", ByteVector(100'000)},
+                {"finished already", s_finished},
+                {"fragments of somebody else", replaced(s_leftover, "Quillet", "Somebdy")},
+                {"another codec", replaced(s_leftover, "mp4a", "alac")},
+                {"damaged in the middle", damaged}};
+    for (const auto& row : rows) {
+        MemoryFile file(row.bytes);
+        const auto finished = finishInPlace(file, {});
+        ASSERT_FALSE(finished.ok()) << row.name;
+        EXPECT_FALSE(finished.error().description.isEmpty()) << row.name;
+        EXPECT_TRUE(file.disk().bytes == row.bytes) << row.name;
+    }
+}
+
+TEST_F(FinishInPlaceTest, randomDamageNeitherCrashesNorLosesWhatPrecedesIt) {
+    std::mt19937 random(7);
+    int repaired = 0;
+    const std::size_t start = boxEdges(s_leftover)[2];
+    for (int round = 0; round < 4000; ++round) {
+        ByteVector bytes = s_leftover;
+        const int changes = 1 + static_cast<int>(random() % 4);
+        std::size_t first = bytes.size();
+        for (int i = 0; i < changes; ++i) {
+            // Mostly where the structure is.
+            const auto edges = boxEdges(s_leftover);
+            const std::size_t at = random() % 4 == 0
+                                       ? random() % bytes.size()
+                                       : std::min(edges[random() % edges.size()] + random() % 220, bytes.size() - 1);
+            bytes[at] = static_cast<std::byte>(random() % 3 == 0 ? 0xFF : random());
+            first = std::min(first, at);
+        }
+        MemoryFile file(bytes);
+        const auto finished = finishInPlace(file, {});
+        if (!finished) {
+            EXPECT_TRUE(file.disk().bytes == bytes);
+            continue;
+        }
+        ++repaired;
+        EXPECT_LE(finished->blocks, kBlocks + 24);
+        // Fragments wholly in front of the first change are kept.
+        if (first >= start) {
+            const auto edges = boxEdges(s_leftover);
+            const auto after = std::ranges::upper_bound(edges, first);
+            const std::size_t fragment = static_cast<std::size_t>(after - edges.begin() - 1) / 2 * 2;
+            EXPECT_GE(finished->blocks, packetsBefore(edges[fragment]) - 1 - 1);
+        }
+    }
+    EXPECT_GT(repaired, 500);
+}
+
+/// More than 4 GiB and more than 2^31 frames, without the sound: a sparse file of made-up fragments.
+TEST_F(FinishInPlaceTest, recordingsOfManyHoursGetWideOffsetsAndTimes) {
+    constexpr std::uint32_t kPackets = 1000, kPacketBytes = 2048, kFragments = 2150;
+    const TemporaryFolder folder;
+    auto created = createRecordingFile(folder / "long.m4a");
+    ASSERT_TRUE(created.ok());
+    RecordingFile& file = **created;
+    const std::size_t movie = boxEdges(s_leftover)[1];
+    const std::size_t start = boxEdges(s_leftover)[2];
+    ASSERT_TRUE(file.writeAt(0, m4a::Bytes(s_leftover).first(start)).ok());
+    auto position = static_cast<std::int64_t>(start);
+    for (std::uint32_t i = 0; i < kFragments; ++i) {
+        m4a::BoxWriter out;
+        out.box(fourCc("moof"), [&] {
+            out.box(fourCc("traf"), [&] {
+                out.fullBox(fourCc("tfhd"), 0, 0x20018, [&] {
+                    out.u32(1);
+                    out.u32(kBlockFrames);
+                    out.u32(kPacketBytes);
+                });
+                out.fullBox(fourCc("tfdt"), 1, 0, [&] { out.u64(std::uint64_t{i} * kPackets * kBlockFrames); });
+                out.fullBox(fourCc("trun"), 0, 1, [&] {
+                    out.u32(kPackets);
+                    out.u32(8 + 8 + 24 + 20 + 20 + 8); // moof, traf, tfhd, tfdt, trun, mdat headers
+                });
+            });
+        });
+        out.u32(8 + kPackets * kPacketBytes);
+        out.u32(fourCc("mdat"));
+        if (i + 2 >= kFragments) {
+            for (std::uint32_t byte = 0; byte < kPackets * kPacketBytes; ++byte) out.u8(0x55);
+        }
+        ASSERT_TRUE(file.writeAt(position, out.view()).ok());
+        position += 8 + 8 + 24 + 20 + 20 + 8 + std::int64_t{kPackets} * kPacketBytes;
+    }
+    ASSERT_GT(position, std::int64_t{1} << 32);
+
+    const auto finished = finishInPlace(file, {});
+
+    ASSERT_TRUE(finished.ok()) << finished.error().description.toStdString();
+    EXPECT_EQ(finished->blocks, std::int64_t{kFragments} * kPackets - 1);
+    std::vector<std::byte> head(movie + 16);
+    ASSERT_TRUE(file.readAt(0, head).ok());
+    m4a::ByteReader reader(m4a::Bytes(head).subspan(movie));
+    EXPECT_EQ(reader.u32(), 1U);
+    EXPECT_EQ(reader.u32(), fourCc("mdat"));
+    EXPECT_EQ(reader.u64(), static_cast<std::uint64_t>(position) - movie);
+    AVFormatContext* format = nullptr;
+    ASSERT_GE(avformat_open_input(&format, (folder / "long.m4a").c_str(), nullptr, nullptr), 0);
+    const AVStream* stream = format->streams[0];
+    EXPECT_EQ(stream->nb_frames, std::int64_t{kFragments} * kPackets);
+    EXPECT_EQ(stream->duration, finished->blocks * kBlockFrames + 1);
+    const AVIndexEntry* last =
+        avformat_index_get_entry(format->streams[0], avformat_index_get_entries_count(stream) - 1);
+    ASSERT_TRUE(last);
+    EXPECT_EQ(last->pos, position - kPacketBytes);
+    avformat_close_input(&format);
+}
+
+} // namespace
+} // namespace quillet::test

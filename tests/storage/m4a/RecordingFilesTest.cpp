@@ -1,0 +1,151 @@
+#include "platform/RecordingFiles.h"
+
+#include "storage/m4a/TestRecordings.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <fcntl.h>
+#include <initializer_list>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace quillet::test {
+namespace {
+
+using Names = std::vector<std::string>;
+
+ByteVector text(std::string_view characters) {
+    const auto bytes = std::as_bytes(std::span(characters));
+    return {bytes.begin(), bytes.end()};
+}
+
+TEST(RecordingFilesTest, newFileBelongsToItsOwnerOnlyAndOldOnesStepAside) {
+    const TemporaryFolder folder;
+    umask(0);
+    for (const std::string_view content : {"first", "second", "third"}) {
+        const auto file = createRecordingFile(folder / "Meeting_2025-03-14_09-05.m4a");
+        ASSERT_TRUE(file.ok()) << file.error().description.toStdString();
+        ASSERT_TRUE((*file)->writeAt(0, text(content)).ok());
+    }
+    umask(022);
+
+    EXPECT_EQ(folder.names(), (Names{"Meeting_2025-03-14_09-05 (earlier 2).m4a",
+                                     "Meeting_2025-03-14_09-05 (earlier).m4a", "Meeting_2025-03-14_09-05.m4a"}));
+    EXPECT_EQ(readFile(folder / "Meeting_2025-03-14_09-05 (earlier).m4a"), text("first"));
+    EXPECT_EQ(readFile(folder / "Meeting_2025-03-14_09-05 (earlier 2).m4a"), text("second"));
+    for (const std::string& name : folder.names()) {
+        EXPECT_EQ(std::filesystem::status(folder / name).permissions(),
+                  std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    }
+}
+
+TEST(RecordingFilesTest, whatIsBeingWrittenIsNeverMovedNorRepaired) {
+    const TemporaryFolder folder;
+    auto first = createRecordingFile(folder / "a.m4a");
+    ASSERT_TRUE(first.ok());
+
+    const auto second = createRecordingFile(folder / "a.m4a");
+    ASSERT_FALSE(second.ok());
+    EXPECT_EQ(second.error().code, EBUSY);
+    EXPECT_EQ(folder.names(), Names{"a.m4a"});
+    EXPECT_EQ(glanceAtRecording(folder / "a.m4a", 10)->kind, RecordingGlance::Kind::BeingWritten);
+    EXPECT_EQ(openRecordingForRepair(folder / "a.m4a")->kind, RecordingForRepair::Kind::BeingWritten);
+
+    first->reset();
+    const auto repair = openRecordingForRepair(folder / "a.m4a");
+    EXPECT_EQ(repair->kind, RecordingForRepair::Kind::Ready);
+    EXPECT_EQ(openRecordingForRepair(folder / "a.m4a")->kind, RecordingForRepair::Kind::BeingRepaired);
+}
+
+TEST(RecordingFilesTest, aFailedCreationLeavesNothing) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder / "full");
+    const std::string tooLong(300, 'x');
+    for (const std::filesystem::path& path :
+         {folder / "missing" / "a.m4a", folder / (tooLong + ".m4a"), folder.path() / "", folder / "full/.." / ""}) {
+        EXPECT_FALSE(createRecordingFile(path).ok()) << path;
+    }
+    EXPECT_EQ(folder.names(), Names{"full"});
+}
+
+TEST(RecordingFilesTest, removingSparesAnotherFileOfTheSameName) {
+    const TemporaryFolder folder;
+    auto moved = createRecordingFile(folder / "a.m4a");
+    ASSERT_TRUE(moved.ok());
+    std::filesystem::rename(folder / "a.m4a", folder / "b.m4a");
+    auto present = createRecordingFile(folder / "a.m4a");
+    ASSERT_TRUE(present.ok());
+
+    (*moved)->remove();
+    EXPECT_EQ(folder.names(), (Names{"a.m4a", "b.m4a"}));
+    (*present)->remove();
+    EXPECT_EQ(folder.names(), Names{"b.m4a"});
+}
+
+/// Room set aside beyond the end is real, and is given back.
+TEST(RecordingFilesTest, reserveTakesSpaceUntilTheFileIsCut) {
+    const TemporaryFolder folder;
+    auto file = createRecordingFile(folder / "a.m4a");
+    ASSERT_TRUE(file.ok());
+    ASSERT_TRUE((*file)->writeAt(0, text("sound")).ok());
+    struct stat before {};
+    ASSERT_EQ(stat((folder / "a.m4a").c_str(), &before), 0);
+
+    ASSERT_TRUE((*file)->reserve(1 << 20).ok());
+    struct stat reserved {};
+    ASSERT_EQ(stat((folder / "a.m4a").c_str(), &reserved), 0);
+    if (reserved.st_blocks == before.st_blocks) GTEST_SKIP() << "this file system reserves nothing";
+    EXPECT_EQ(reserved.st_size, 5);
+    ASSERT_TRUE((*file)->truncate(5).ok());
+    struct stat after {};
+    ASSERT_EQ(stat((folder / "a.m4a").c_str(), &after), 0);
+    EXPECT_LE(after.st_blocks * 512, 8192);
+}
+
+bool forbidSystemCalls(std::initializer_list<long> numbers) {
+    std::vector<sock_filter> program = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr))};
+    for (const long number : numbers) {
+        program.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<std::uint32_t>(number), 0, 1));
+        program.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EINVAL));
+    }
+    program.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
+    const sock_fprog filter{static_cast<unsigned short>(program.size()), program.data()};
+    return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
+}
+
+/// File systems without a rename that never replaces, and without hard links.
+TEST(RecordingFilesTest, olderFileSystemsLoseNothingEither) {
+    constexpr int kNoFilter = 77;
+    for (const bool withLinks : {true, false}) {
+        const TemporaryFolder folder;
+        writeFile(folder / "a.m4a", text("old"));
+        writeFile(folder / "a (earlier).m4a", text("older"));
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            const bool filtered =
+                withLinks ? forbidSystemCalls({SYS_renameat2}) : forbidSystemCalls({SYS_renameat2, SYS_linkat});
+            if (!filtered) _exit(kNoFilter);
+            const auto file = createRecordingFile(folder / "a.m4a");
+            const bool busy = !createRecordingFile(folder / "a.m4a").ok();
+            _exit(file.ok() && (*file)->writeAt(0, text("new")).ok() && busy ? 0 : 1);
+        }
+        int status = 0;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        if (WEXITSTATUS(status) == kNoFilter) GTEST_SKIP() << "system calls cannot be filtered here";
+        EXPECT_EQ(status, 0);
+        EXPECT_EQ(folder.names(), (Names{"a (earlier 2).m4a", "a (earlier).m4a", "a.m4a"}));
+        EXPECT_EQ(readFile(folder / "a (earlier 2).m4a"), text("old"));
+        EXPECT_EQ(readFile(folder / "a (earlier).m4a"), text("older"));
+        EXPECT_EQ(readFile(folder / "a.m4a"), text("new"));
+    }
+}
+
+} // namespace
+} // namespace quillet::test

@@ -1,0 +1,103 @@
+#include "storage/RecordingRecovery.h"
+
+#include "platform/RecordingFiles.h"
+#include "storage/m4a/TestRecordings.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+namespace quillet::test {
+namespace {
+
+using Kind = RecoveryOutcome::Kind;
+constexpr std::int64_t kBlocks = 60;
+
+TEST(RecordingRecoveryTest, everyLeftoverIsFinishedOrExplainedAndNothingElseIsTouched) {
+    const TemporaryFolder folder;
+    const ByteVector leftover = unfinishedRecording(kBlocks);
+    const ByteVector beginning(leftover.begin(), leftover.begin() + 760); // within the first fragment's header
+    const ByteVector text(1000, std::byte{'t'});
+    auto live = createRecordingFile(folder / "live.m4a");
+    ASSERT_TRUE(live.ok() && (*live)->writeAt(0, leftover).ok());
+    writeFile(folder / "killed.m4a", leftover);
+    writeFile(folder / "UPPER.M4A", leftover);
+    writeFile(folder / "empty.m4a", {});
+    writeFile(folder / "beginning.m4a", beginning);
+    writeFile(folder / "zeros.m4a", ByteVector(5000));
+    writeFile(folder / "text.m4a", text);
+    writeFile(folder / "other.mp4", leftover);
+    writeFile(folder / ".m4a", leftover); // a hidden file without an extension
+    std::filesystem::create_directory(folder / "folder.m4a");
+    writeFile(folder / "folder.m4a/inside.m4a", leftover);
+    writeFile(folder / "elsewhere", leftover);
+    std::filesystem::create_symlink(folder / "elsewhere", folder / "link.m4a");
+    const auto then = std::filesystem::file_time_type::clock::now() - std::chrono::hours(30);
+    for (const char* name : {"killed.m4a", "empty.m4a"}) std::filesystem::last_write_time(folder / name, then);
+    const auto names = folder.names();
+
+    const auto outcomes = recoverRecordings(folder.path());
+
+    const struct {
+        const char* name;
+        Kind kind;
+    } expected[] = {{"UPPER.M4A", Kind::Repaired},    {"beginning.m4a", Kind::NotRepaired},
+                    {"empty.m4a", Kind::NotRepaired}, {"killed.m4a", Kind::Repaired},
+                    {"live.m4a", Kind::BeingWritten}, {"zeros.m4a", Kind::NotRepaired}};
+    ASSERT_EQ(outcomes.size(), std::size(expected));
+    for (std::size_t i = 0; i < outcomes.size(); ++i) {
+        EXPECT_EQ(outcomes[i].file.filename(), expected[i].name);
+        EXPECT_EQ(outcomes[i].kind, expected[i].kind) << expected[i].name;
+        EXPECT_EQ(outcomes[i].reason.isEmpty(), outcomes[i].kind != Kind::NotRepaired) << expected[i].name;
+        if (outcomes[i].kind == Kind::Repaired) {
+            EXPECT_DOUBLE_EQ(outcomes[i].durationSeconds, kBlocks * 1024 / 48000.0);
+            EXPECT_TRUE(demux(readFile(outcomes[i].file)).isPlain);
+        }
+    }
+    EXPECT_EQ(folder.names(), names);
+    EXPECT_EQ(std::filesystem::last_write_time(folder / "killed.m4a"), then);
+    for (const char* name : {"live.m4a", "other.mp4", ".m4a", "folder.m4a/inside.m4a", "elsewhere"})
+        EXPECT_TRUE(readFile(folder / name) == leftover) << name;
+    EXPECT_TRUE(readFile(folder / "beginning.m4a") == beginning);
+    EXPECT_TRUE(readFile(folder / "text.m4a") == text);
+
+    // What was finished needs nobody any more.
+    live->reset();
+    const auto again = recoverRecordings(folder.path());
+    ASSERT_EQ(again.size(), 4U);
+    EXPECT_EQ(std::ranges::count(again, Kind::Repaired, &RecoveryOutcome::kind), 1); // live.m4a, now left behind
+    EXPECT_TRUE(recoverRecordings(folder / "missing").empty());
+}
+
+TEST(RecordingRecoveryTest, recoveriesAtTheSameTimeDoNotDisturbEachOther) {
+    constexpr int kFiles = 60;
+    const TemporaryFolder folder;
+    const ByteVector leftover = unfinishedRecording(kBlocks);
+    for (int i = 0; i < kFiles; ++i) writeFile(folder / (std::to_string(i) + ".m4a"), leftover);
+
+    std::vector<RecoveryOutcome> outcomes[3];
+    {
+        std::vector<std::thread> threads;
+        for (auto& mine : outcomes) threads.emplace_back([&] { mine = recoverRecordings(folder.path()); });
+        for (std::thread& thread : threads) thread.join();
+    }
+
+    std::vector<std::filesystem::path> repaired;
+    for (const auto& mine : outcomes) {
+        for (const auto& outcome : mine) {
+            EXPECT_EQ(outcome.kind, Kind::Repaired) << outcome.reason.toStdString();
+            repaired.push_back(outcome.file);
+        }
+    }
+    std::ranges::sort(repaired);
+    EXPECT_EQ(repaired.size(), static_cast<std::size_t>(kFiles));
+    EXPECT_EQ(std::ranges::adjacent_find(repaired), repaired.end());
+    const ByteVector one = readFile(repaired.front());
+    EXPECT_TRUE(demux(one).isPlain);
+    for (const auto& file : repaired) EXPECT_TRUE(readFile(file) == one);
+}
+
+} // namespace
+} // namespace quillet::test

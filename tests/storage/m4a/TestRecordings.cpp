@@ -1,0 +1,128 @@
+#include "storage/m4a/TestRecordings.h"
+
+#include "platform/AudioFileReader.h"
+#include "platform/linux/ffmpeg/RecordingPipeline.h"
+#include "storage/m4a/Boxes.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <fstream>
+#include <numbers>
+#include <stdlib.h>
+
+namespace quillet::test {
+
+std::vector<float> testSound(std::int64_t blocks) {
+    std::vector<float> sound;
+    sound.reserve(static_cast<std::size_t>(blocks) * 2 * kBlockFrames);
+    double phase = 0;
+    for (std::int64_t block = 0; block < blocks; ++block) {
+        const double hertz =
+            300.0 + 40.0 * static_cast<double>(block % 50) + 7.0 * static_cast<double>(block / 50 % 20);
+        for (int i = 0; i < kBlockFrames; ++i) {
+            sound.push_back(static_cast<float>(0.5 * std::sin(phase)));
+            sound.push_back(static_cast<float>(0.25 * std::cos(phase)));
+            phase += 2 * std::numbers::pi * hertz / kSampleRateHz;
+        }
+    }
+    return sound;
+}
+
+double worstBlockDb(const std::vector<float>& decoded, const std::vector<float>& expected) {
+    constexpr std::size_t kSamples = 2 * kBlockFrames;
+    double worst = -200;
+    for (std::size_t at = 0; at + kSamples <= std::min(decoded.size(), expected.size()); at += kSamples) {
+        double error = 1e-12;
+        double signal = 1e-6;
+        for (std::size_t i = at; i < at + kSamples; ++i) {
+            error += std::pow(decoded[i] - expected[i], 2);
+            signal += std::pow(expected[i], 2);
+        }
+        worst = std::max(worst, 10 * std::log10(error / signal));
+    }
+    return worst;
+}
+
+ByteVector unfinishedRecording(std::int64_t blocks) {
+    auto file = std::make_unique<MemoryFile>(ByteVector());
+    MemoryDisk& disk = file->disk();
+    auto pipeline = RecordingPipeline::create(std::move(file), 256000, {});
+    EXPECT_TRUE(pipeline.ok());
+    const std::vector<float> sound = testSound(blocks);
+    for (std::int64_t i = 0; i < blocks; ++i) {
+        const auto block = std::span(sound).subspan(static_cast<std::size_t>(i) * 2 * kBlockFrames, 2 * kBlockFrames);
+        EXPECT_TRUE((*pipeline)->write(block).ok());
+    }
+    EXPECT_TRUE((*pipeline)->drain().ok());
+    return disk.bytes;
+}
+
+std::vector<float> decode(const std::filesystem::path& file) {
+    const auto reader = openAudioFile(file);
+    if (!reader) return {};
+    std::vector<float> samples;
+    std::vector<float> piece(std::size_t{3000} * static_cast<std::size_t>((*reader)->channels()));
+    while (const std::size_t frames = (*reader)->read(piece)) {
+        const auto count = static_cast<std::ptrdiff_t>(frames) * (*reader)->channels();
+        samples.insert(samples.end(), piece.begin(), piece.begin() + count);
+    }
+    return samples;
+}
+
+std::vector<float> decode(const ByteVector& file) {
+    const TemporaryFolder folder;
+    writeFile(folder / "decoded.m4a", file);
+    return decode(folder / "decoded.m4a");
+}
+
+Demuxed demux(const ByteVector& file) {
+    const TemporaryFolder folder;
+    writeFile(folder / "demuxed.m4a", file);
+    Demuxed result;
+    AVFormatContext* format = nullptr;
+    const libav::Packet packet(av_packet_alloc());
+    if (avformat_open_input(&format, (folder / "demuxed.m4a").c_str(), nullptr, nullptr) < 0) return result;
+    while (av_read_frame(format, packet.get()) >= 0) {
+        result.packetEnds.push_back(packet->pos + packet->size);
+        av_packet_unref(packet.get());
+    }
+    avformat_close_input(&format);
+
+    std::vector<std::uint32_t> types;
+    m4a::Bytes rest = file;
+    while (const auto box = m4a::takeBox(rest)) types.push_back(box->type);
+    const std::vector<std::uint32_t> plain = {m4a::fourCc("ftyp"), m4a::fourCc("mdat"), m4a::fourCc("moov")};
+    result.isPlain = rest.empty() && types == plain;
+    return result;
+}
+
+ByteVector readFile(const std::filesystem::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    const auto bytes = std::as_bytes(std::span(text));
+    return {bytes.begin(), bytes.end()};
+}
+
+void writeFile(const std::filesystem::path& file, const ByteVector& bytes) {
+    std::ofstream out(file, std::ios::binary);
+    out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+}
+
+TemporaryFolder::TemporaryFolder() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "quillet-test-XXXXXX").string();
+    m_path = mkdtemp(pattern.data());
+}
+
+TemporaryFolder::~TemporaryFolder() { std::filesystem::remove_all(m_path); }
+
+std::vector<std::string> TemporaryFolder::names() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(m_path)) names.push_back(entry.path().filename());
+    std::ranges::sort(names);
+    return names;
+}
+
+} // namespace quillet::test
