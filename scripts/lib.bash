@@ -52,3 +52,12 @@ fetch_sound_servers() {
     scripts/fetch-sound-servers "$sound_servers" && return
     scripts/install-dependencies --update-lists && scripts/fetch-sound-servers "$sound_servers"
 }
+
+# fetch_joplin: the real notes application in $joplin, with what building it needs if that is missing. Never fails: where
+# it cannot be had, the tests that want it are skipped and say so.
+joplin=$root/build/joplin
+fetch_joplin() {
+    scripts/fetch-joplin "$joplin" && return
+    scripts/install-dependencies --notes && scripts/fetch-joplin "$joplin" && return
+    rm -f "$joplin/.complete"
+}

@@ -13,24 +13,22 @@ inline constexpr std::int64_t kBlockFrames = 1024; ///< one mixed block, and one
 /// do not mix by accident.
 using FrameCount = std::chrono::duration<std::int64_t, std::ratio<1, kSampleRateHz>>;
 
-/// A position on the machine's monotonic clock, counted in frames at 48 kHz: what both sources stamp by.
-struct HostFrameClock {
+/// A time line counted in frames, as the chrono library wants clocks described.
+template <typename Line>
+struct FrameClock {
     using rep = FrameCount::rep;
     using period = FrameCount::period;
     using duration = FrameCount;
-    using time_point = std::chrono::time_point<HostFrameClock>;
+    using time_point = std::chrono::time_point<Line, FrameCount>;
     static constexpr bool is_steady = true;
 };
+
+/// The machine's monotonic clock from its zero on: what both sources stamp by.
+struct HostFrameClock : FrameClock<HostFrameClock> {};
 using HostFramePos = HostFrameClock::time_point;
 
-/// A position on a recording's own time line, whose frame 0 is the first system-audio buffer.
-struct RecordingClock {
-    using rep = FrameCount::rep;
-    using period = FrameCount::period;
-    using duration = FrameCount;
-    using time_point = std::chrono::time_point<RecordingClock>;
-    static constexpr bool is_steady = true;
-};
+/// A recording's own time line, whose frame 0 is the first system-audio buffer.
+struct RecordingClock : FrameClock<RecordingClock> {};
 using FramePos = RecordingClock::time_point;
 
 /// A rational media time: value / timescale seconds.

@@ -155,7 +155,8 @@ bool NotesAppleScriptRunner::runAppleScriptReturningBool(const QString& source) 
 bool NotesAppleScriptRunner::isAutomationDeniedError(const ScriptErrorInfo& error) {
     constexpr std::int64_t kEventNotPermitted = -1743;
     constexpr std::int64_t kApplicationNotFound = -10814;
-    if (error.number == kEventNotPermitted || error.number == kApplicationNotFound) return true;
+    const std::int64_t number = error.number.value_or(0);
+    if (number == kEventNotPermitted || number == kApplicationNotFound) return true;
     // Other numbers come with a refusal too, and then only the wording, in either spelling, tells it.
     const QString text =
         (error.message.value_or(QString()) + QLatin1Char(' ') + error.briefMessage.value_or(QString())).toLower();

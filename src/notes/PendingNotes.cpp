@@ -72,7 +72,7 @@ QByteArray toJson(const std::vector<PendingNote>& notes) {
 
 } // namespace
 
-PendingNotes::PendingNotes(std::filesystem::path folder)
+PendingNotes::PendingNotes(const std::filesystem::path& folder)
     : m_folder(QFile::decodeName(folder.c_str())), m_path(m_folder + QStringLiteral("/pending-notes.json")) {}
 
 Result<void> PendingNotes::add(const PendingNote& note) {
@@ -115,7 +115,7 @@ PendingNotes::Contents PendingNotes::read() const {
 PendingNotes::Contents PendingNotes::parse(const QByteArray& json) {
     const QJsonDocument document = QJsonDocument::fromJson(json);
     Contents contents{.notes = {}, .isDamaged = !document.isArray()};
-    for (const QJsonValue& entry : document.array()) {
+    for (const auto& entry : document.array()) {
         if (auto note = fromJson(entry.toObject())) {
             contents.notes.push_back(std::move(*note));
         } else {

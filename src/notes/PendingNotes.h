@@ -30,7 +30,7 @@ public:
     static constexpr std::size_t kMostEntries = 200;
 
     /// The folder is made at the first write.
-    explicit PendingNotes(std::filesystem::path folder);
+    explicit PendingNotes(const std::filesystem::path& folder);
 
     /// Replaces what was known of the same recording.
     Result<void> add(const PendingNote& note);

@@ -35,7 +35,7 @@ std::optional<NoteOutcome> RecordingNotes::makeNoteLater(const std::filesystem::
 }
 
 std::optional<NoteOutcome> RecordingNotes::attempt(const NoteRequest& request) {
-    const auto outcome = m_integrator.makeNote(request);
+    auto outcome = m_integrator.makeNote(request);
     if (outcome && outcome->success) static_cast<void>(m_pending.remove(request.recording));
     return outcome;
 }

@@ -25,8 +25,7 @@ PermissionManager::PermissionManager(std::shared_ptr<PermissionServices> service
 std::shared_ptr<PermissionManager> PermissionManager::create(std::shared_ptr<PermissionServices> services,
                                                              std::shared_ptr<NotesApplication> notes,
                                                              UserDefaults& defaults) {
-    const std::shared_ptr<PermissionManager> manager(
-        new PermissionManager(std::move(services), std::move(notes), defaults));
+    std::shared_ptr<PermissionManager> manager(new PermissionManager(std::move(services), std::move(notes), defaults));
     manager->refreshStatus();
     return manager;
 }

@@ -28,6 +28,10 @@ const std::vector<SettingInfo>& catalogue() {
             entry("corvane.notesVaultFolder", Type::Folder, "",
                   "the Markdown vault; absent: “Quillet Notes” in the documents folder"),
             entry("corvane.notesFolderName", Type::Text, "", "folder for new notes; empty: the application's default"),
+            entry("corvane.joplinPort", Type::Port, "",
+                  "port of Joplin's Web Clipper service; absent: it is looked for"),
+            entry("corvane.joplinToken", Type::Secret, "",
+                  "Joplin's authorisation token, for a Joplin without a screen"),
             entry("corvane.includeConsentTimestamp", Type::Bool, "false", "end notes with the participants' consent"),
             entry("corvane.customTemplates", Type::Json, "", "note templates of your own"),
             entry("corvane.selectedTemplateId", Type::Uuid, "", "the template in use"),
@@ -70,6 +74,11 @@ Result<QVariant, QString> parseSetting(const SettingInfo& setting, const QString
     case Type::Bool:
         return parseBool(setting.key, text);
     case Type::Text:
+    case Type::Secret:
+        return QVariant(text);
+    case Type::Port:
+        if (const int port = text.toInt(); port < 1 || port > 65535)
+            return Failure{QStringLiteral("%1 is a port number from 1 to 65535.").arg(setting.key)};
         return QVariant(text);
     case Type::Choice:
         if (setting.choices.contains(text)) return QVariant(text);
@@ -98,7 +107,8 @@ QString settingText(const SettingInfo& setting, const UserDefaults& defaults) {
     const auto bytes = isBytes ? defaults.data(setting.key) : std::nullopt;
     const auto stored =
         isBytes ? (bytes ? std::optional(QString::fromUtf8(*bytes)) : std::nullopt) : defaults.string(setting.key);
-    return stored && parseSetting(setting, *stored) ? *stored : setting.absent;
+    if (!stored || !parseSetting(setting, *stored)) return setting.absent;
+    return setting.type == Type::Secret ? QStringLiteral("(set)") : *stored;
 }
 
 } // namespace quillet

@@ -19,7 +19,9 @@ struct SettingInfo {
         Choice, ///< one of the choices
         Folder, ///< an absolute path
         Uuid,
-        Json ///< the text of a JSON array
+        Port,   ///< of a service on this machine
+        Secret, ///< never shown
+        Json    ///< the text of a JSON array
     };
     QString key;
     Type type = Type::Text;
@@ -35,7 +37,8 @@ struct SettingInfo {
 
 /// The value to store for a text; the error is a sentence for the user.
 [[nodiscard]] Result<QVariant, QString> parseSetting(const SettingInfo& setting, const QString& text);
-/// What is stored, as parseSetting() takes it; what counts instead when nothing (or nothing sensible) is stored.
+/// What is stored, as parseSetting() takes it ("(set)" for a secret); what counts instead when nothing (or nothing
+/// sensible) is stored.
 [[nodiscard]] QString settingText(const SettingInfo& setting, const UserDefaults& defaults);
 
 } // namespace quillet

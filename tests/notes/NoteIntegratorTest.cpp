@@ -11,7 +11,6 @@
 namespace quillet {
 namespace {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 QString text(const char* utf8) { return QString::fromUtf8(utf8); }
@@ -147,17 +146,16 @@ TEST_F(NoteIntegratorTest, ARefusalIsToldFromAFailureAndFromNoAttempt) {
 TEST_F(NoteIntegratorTest, FoldersAreAskedForOnAWorkerAndAnsweredOnTheMainThread) {
     const struct {
         const char* name;
-        bool available, granted;
         std::vector<QString> folders;
         const char* tested;
-        bool failed, exists;
+        bool available, granted, failed, exists;
         int calls; ///< of the application, for both operations together
     } rows[] = {
-        {"granted", true, true, {text("Work"), text("Home")}, "\tWork ", false, true, 2},
-        {"none there", true, true, {}, "Home", true, false, 2},
-        {"nameless", true, true, {text("Work")}, " \n", false, false, 1},
-        {"not granted", true, false, {text("Work")}, "Work", true, false, 0},
-        {"not available", false, true, {text("Work")}, "Work", true, false, 0},
+        {"granted", {text("Work"), text("Home")}, "\tWork ", true, true, false, true, 2},
+        {"none there", {}, "Home", true, true, true, false, 2},
+        {"nameless", {text("Work")}, " \n", true, true, false, false, 1},
+        {"not granted", {text("Work")}, "Work", true, false, true, false, 0},
+        {"not available", {text("Work")}, "Work", false, true, true, false, 0},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);

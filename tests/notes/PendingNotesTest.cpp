@@ -106,10 +106,12 @@ TEST_F(PendingNotesTest, TheListStaysSmallAndForgetsTheOldestFirst) {
         ASSERT_TRUE(pending.add({"/long/" + std::to_string(i), completedAt, QString(1'500'000, QLatin1Char('x'))}));
     EXPECT_LT(fs::file_size(file()), 4'000'000U);
     EXPECT_TRUE(PendingNotes(folder()).find("/long/3"));
+    EXPECT_TRUE(PendingNotes(folder()).find("/long/2"));
 }
 
 TEST_F(PendingNotesTest, WritersAtTheSameTimeLoseNothing) {
     std::vector<std::thread> writers;
+    writers.reserve(3);
     for (int writer = 0; writer < 3; ++writer) {
         writers.emplace_back([this, writer] {
             PendingNotes pending(folder());

@@ -49,11 +49,22 @@ protected:
         if (attempted) defaults.set(DefaultsKeys::automationPromptAttempted, true);
         if (cached) defaults.set(DefaultsKeys::automationGrantedCached, *cached);
     }
+    /// Makes the application's first call take until goOn is released.
+    void holdFirstCall() {
+        notes->duringCall = [this] {
+            if (!isFirstCall.exchange(false)) return;
+            entered.release();
+            goOn.acquire();
+        };
+    }
     bool cached() const { return defaults.boolean(DefaultsKeys::automationGrantedCached); }
 
     std::shared_ptr<FakePermissionServices> services = std::make_shared<FakePermissionServices>();
     std::shared_ptr<test::FakeNotesApplication> notes = std::make_shared<test::FakeNotesApplication>();
     MemoryUserDefaults defaults; // one thread only: whoever writes elsewhere than on the main thread is found out
+    std::binary_semaphore entered{0};
+    std::binary_semaphore goOn{0};
+    std::atomic<bool> isFirstCall = true;
 };
 
 TEST_F(PermissionManagerTest, TheSystemsAnswersAreTranslated) {
@@ -175,14 +186,7 @@ TEST_F(PermissionManagerTest, TheUsersPromptComesOnlyWhereThereIsAnApplicationAn
 
 TEST_F(PermissionManagerTest, ATestThatTakesItsTimeDoesNotReplaceANewerAnswer) {
     arrange(true, false);
-    std::binary_semaphore entered(0);
-    std::binary_semaphore goOn(0);
-    std::atomic<bool> isFirst = true;
-    notes->duringCall = [&] {
-        if (!isFirst.exchange(false)) return;
-        entered.release();
-        goOn.acquire();
-    };
+    holdFirstCall();
     const auto manager = make();
     entered.acquire();
     bool told = false;
@@ -194,37 +198,28 @@ TEST_F(PermissionManagerTest, ATestThatTakesItsTimeDoesNotReplaceANewerAnswer) {
     EXPECT_EQ(manager->automationStatus.value(), Status::Granted);
 }
 
-TEST_F(PermissionManagerTest, ATestThatOutlivesTheManagerStillKeepsItsAnswer) {
+TEST_F(PermissionManagerTest, AQuietTestKeepsItsAnswerWithoutTheManagerAndARequestHoldsIt) {
     arrange(true, false);
-    std::binary_semaphore entered(0);
-    std::binary_semaphore goOn(0);
-    notes->duringCall = [&] {
-        entered.release();
-        goOn.acquire();
-    };
+    holdFirstCall();
     auto manager = make();
-    const std::weak_ptr<PermissionManager> weak = manager;
+    std::weak_ptr<PermissionManager> weak = manager;
     entered.acquire();
     manager.reset();
-    EXPECT_TRUE(weak.expired()) << "a quiet test does not hold the manager";
+    EXPECT_TRUE(weak.expired());
     goOn.release();
     ASSERT_TRUE(test::waitFor([&] { return cached(); }));
-}
 
-TEST_F(PermissionManagerTest, ARequestHoldsTheManager) {
-    std::binary_semaphore goOn(0);
-    notes->duringCall = [&] { goOn.acquire(); };
-    auto manager = make();
-    const std::weak_ptr<PermissionManager> weak = manager;
+    arrange(false, {});
+    isFirstCall = true;
+    manager = make();
+    weak = manager;
     bool told = false;
-    manager->requestAutomationAccess([&](bool) {
-        told = true;
-        goOn.release(); // for the quiet test that follows
-    });
+    manager->requestAutomationAccess([&](bool) { told = true; });
+    entered.acquire();
     manager.reset();
     EXPECT_FALSE(weak.expired());
     goOn.release();
-    ASSERT_TRUE(test::waitFor([&] { return told && weak.expired() && notes->probes == 1; }));
+    ASSERT_TRUE(test::waitFor([&] { return told && weak.expired(); }));
     EXPECT_TRUE(cached());
 }
 

@@ -25,6 +25,9 @@ TEST(SettingsCatalogueTest, ValuesAreCheckedByTheirType) {
         {"corvane.selectedTemplateId", "first", nullptr},
         {"corvane.customTemplates", "[{\"name\":\"x\"}]", "[{\"name\":\"x\"}]"},
         {"corvane.customTemplates", "{}", nullptr},
+        {"corvane.joplinPort", "41184", "41184"},
+        {"corvane.joplinPort", "80000", nullptr},
+        {"corvane.joplinToken", "0123abcd", "(set)"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << row.key << " = " << row.text);

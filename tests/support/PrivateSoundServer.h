@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QByteArray>
-#include <QProcess>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -43,13 +41,14 @@ public:
     void play(const QString& output, const std::vector<float>& mono);
 
 private:
+    class Child;
+
     void signalServers(int signal);
-    void stopPlayers();
 
     const Kind m_kind;
     QTemporaryDir m_runtime;
-    QProcess m_script;
-    std::vector<std::unique_ptr<QProcess>> m_players;
+    std::unique_ptr<Child> m_script;
+    std::vector<std::unique_ptr<Child>> m_players;
     int m_files = 0;
 };
 

@@ -8,8 +8,8 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstdio>
-#include <cstdlib>
+#include <cmath>
+#include <functional>
 #include <future>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -332,41 +332,24 @@ TEST(M4aAssetWriterTest, livesUntilTheCompletionHasReturnedAndEndsAnywhere) {
     }
 }
 
-/// A recording in real time by another process, for the test below.
-TEST(M4aAssetWriterTest, DISABLED_recordUntilKilled) {
-    M4aAssetWriterFactory factory;
-    const auto writer = factory.makeWriter(std::getenv("QUILLET_TEST_RECORDING"));
-    ASSERT_TRUE(writer.ok() && begin(**writer));
-    const std::vector<float> sound = testSound(2000);
-    const auto start = std::chrono::steady_clock::now();
-    for (std::int64_t i = 0; i < 2000; ++i) {
-        std::this_thread::sleep_until(start +
-                                      std::chrono::nanoseconds(i * kBlockFrames * 1'000'000'000 / kSampleRateHz));
-        ASSERT_TRUE((*writer)->append(bufferOf(sound, i, i)));
-        const char tick = '.';
-        ASSERT_EQ(write(STDERR_FILENO, &tick, 1), 1);
-    }
-}
-
 TEST(M4aAssetWriterTest, aKilledProcessLosesLessThanASecond) {
     constexpr std::int64_t kKillAfter = 160; // blocks: 3.4 s, somewhere between two fragments
     const TemporaryFolder folder;
     int ticks[2];
     ASSERT_EQ(pipe(ticks), 0);
-    setenv("QUILLET_TEST_RECORDING", (folder / "a.m4a").c_str(), 1);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, ticks[1], STDERR_FILENO);
-    char program[] = "/proc/self/exe", filter[] = "--gtest_filter=*.DISABLED_recordUntilKilled",
-         disabled[] = "--gtest_also_run_disabled_tests";
-    char* const arguments[] = {program, filter, disabled, nullptr};
+    posix_spawn_file_actions_adddup2(&actions, ticks[1], STDOUT_FILENO);
+    std::string program = QUILLET_RECORD_UNTIL_KILLED;
+    std::string file = (folder / "a.m4a").string();
+    char* const arguments[] = {program.data(), file.data(), nullptr};
     pid_t child = 0;
-    ASSERT_EQ(posix_spawn(&child, program, &actions, nullptr, arguments, environ), 0);
+    ASSERT_EQ(posix_spawn(&child, program.c_str(), &actions, nullptr, arguments, environ), 0);
     posix_spawn_file_actions_destroy(&actions);
     close(ticks[1]);
     std::int64_t appended = 0;
     char tick = 0;
-    while (appended < kKillAfter && read(ticks[0], &tick, 1) == 1) appended += tick == '.' ? 1 : 0;
+    while (appended < kKillAfter && read(ticks[0], &tick, 1) == 1) ++appended;
     const bool seenBeingWritten = recoverRecordings(folder.path()).at(0).kind == RecoveryOutcome::Kind::BeingWritten;
 
     kill(child, SIGKILL);

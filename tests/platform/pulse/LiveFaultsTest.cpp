@@ -84,7 +84,7 @@ TEST_P(LiveFaults, AChosenOutputThatGoesLeavesSilenceUntilItReturns) {
     loadHeadset();
     server->play(QStringLiteral("headset"), tone(kHeadsetHz, 60));
     EXPECT_TRUE(hears(recording.systemAudio, kHeadsetHz));
-    EXPECT_LT(recording.systemAudio.amplitudeNow(kSpeakerHz), 0.001);
+    EXPECT_LT(recording.systemAudio.amplitudeEver(kSpeakerHz), 0.03) << "another output, for a moment";
     recording.expectUnbroken();
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <span>
 
 namespace quillet {
 namespace {
@@ -11,10 +12,22 @@ using namespace std::chrono_literals;
 
 constexpr std::int64_t kRate = 48000;
 constexpr std::int64_t kAmplitudeWindow = kRate / 5;
+constexpr std::size_t kShortWindow = kRate / 20;
 
 std::int64_t nowFrame() {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
     return std::chrono::duration_cast<FrameCount>(now).count();
+}
+
+double amplitudeOf(double frequencyHz, std::span<const float> samples) {
+    double sine = 0;
+    double cosine = 0;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const double phase = 2 * std::numbers::pi * frequencyHz * static_cast<double>(i) / kRate;
+        sine += samples[i] * std::sin(phase);
+        cosine += samples[i] * std::cos(phase);
+    }
+    return std::hypot(sine, cosine) * 2 / static_cast<double>(samples.size());
 }
 
 } // namespace
@@ -86,15 +99,15 @@ double Receiver::furthestAheadMs() const {
 double Receiver::amplitudeNow(double frequencyHz) const {
     const std::lock_guard lock(m_mutex);
     if (std::ssize(m_samples) < kAmplitudeWindow) return 0;
-    const float* samples = m_samples.data() + m_samples.size() - kAmplitudeWindow;
-    double sine = 0;
-    double cosine = 0;
-    for (std::int64_t i = 0; i < kAmplitudeWindow; ++i) {
-        const double phase = 2 * std::numbers::pi * frequencyHz * static_cast<double>(i) / kRate;
-        sine += samples[i] * std::sin(phase);
-        cosine += samples[i] * std::cos(phase);
-    }
-    return std::hypot(sine, cosine) * 2 / kAmplitudeWindow;
+    return amplitudeOf(frequencyHz, std::span(m_samples).last(kAmplitudeWindow));
+}
+
+double Receiver::amplitudeEver(double frequencyHz) const {
+    const std::vector<float> all = samples();
+    double largest = 0;
+    for (std::size_t begin = 0; begin + kShortWindow <= all.size(); begin += kShortWindow)
+        largest = std::max(largest, amplitudeOf(frequencyHz, std::span(all).subspan(begin, kShortWindow)));
+    return largest;
 }
 
 bool Receiver::waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {

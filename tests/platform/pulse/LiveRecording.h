@@ -31,6 +31,8 @@ public:
     [[nodiscard]] std::vector<float> samples() const;
     /// The amplitude of a frequency in the last 0.2 s.
     [[nodiscard]] double amplitudeNow(double frequencyHz) const;
+    /// Its largest in any twentieth of a second so far.
+    [[nodiscard]] double amplitudeEver(double frequencyHz) const;
     /// What was wrong with a buffer, if anything.
     [[nodiscard]] std::string fault() const;
     /// How far the time line ever fell behind the present, and got ahead of it.

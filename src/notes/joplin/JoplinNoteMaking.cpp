@@ -1,0 +1,82 @@
+#include "notes/joplin/JoplinNoteMaking.h"
+
+#include "notes/markdown/MarkdownNote.h"
+
+#include <QCryptographicHash>
+#include <QDateTime>
+#include <QFileInfo>
+#include <QRegularExpression>
+
+namespace quillet::joplin {
+namespace {
+
+constexpr int kMaxTrashed = 20;
+
+/// The same for the same draft with the same recording, now and in another run.
+QString idFor(const NoteDraft& draft, const QFileInfo& recording, const QString& what) {
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    for (const QString& part : {what, recording.canonicalFilePath(), QString::number(recording.size()),
+                                QString::number(recording.lastModified().toMSecsSinceEpoch()), draft.title, draft.body,
+                                draft.folderName.value_or(QString())}) {
+        const QByteArray bytes = part.toUtf8();
+        hash.addData(QByteArray::number(bytes.size()) + ':' + bytes);
+    }
+    constexpr qsizetype kIdLength = 32;
+    return QString::fromLatin1(hash.result().toHex().left(kIdLength));
+}
+
+/// A suffix that Joplin knows the type of, which decides whether the note shows a player.
+QString suffixOf(const QFileInfo& recording) {
+    static const QRegularExpression kPlain(QStringLiteral("^[A-Za-z0-9]{1,7}$"));
+    const QString suffix = recording.suffix();
+    return QLatin1Char('.') + (kPlain.match(suffix).hasMatch() ? suffix : QStringLiteral("m4a"));
+}
+
+struct NotePlan {
+    QString id;
+    bool exists = false;     ///< an earlier attempt came so far
+    bool isComplete = false; ///< there is nothing left to do
+};
+
+/// A note in the trash was made and thrown away; one more may be made, under another id.
+Result<NotePlan, Fault> plan(Client& client, const NoteDraft& draft, const QFileInfo& recording) {
+    for (int trashed = 0; trashed < kMaxTrashed; ++trashed) {
+        const QString id = idFor(draft, recording, QStringLiteral("note %1").arg(trashed));
+        const auto note = client.note(id);
+        if (!note) return Failure{note.error()};
+        if (!note->has_value()) return NotePlan{.id = id};
+        if (!(*note)->isInTrash) return NotePlan{.id = id, .exists = true, .isComplete = (*note)->hasBody};
+    }
+    return NotePlan{.id = newId()};
+}
+
+} // namespace
+
+Result<void, Fault> makeNote(Client& client, const NoteDraft& draft, const QString& folderId) {
+    QFile file(QString::fromStdString(draft.attachment.string()));
+    const QFileInfo recording(file);
+    if (!recording.isFile() || !file.open(QFile::ReadOnly)) return Failure{Fault::Unreadable};
+    const auto note = plan(client, draft, recording);
+    if (!note) return Failure{note.error()};
+    if (note->isComplete) return {};
+
+    const QString resourceId = idFor(draft, recording, QStringLiteral("recording"));
+    const auto bytes = client.resourceBytes(resourceId);
+    if (!bytes) return Failure{bytes.error()};
+    const bool isUploaded = *bytes == recording.size();
+    Result<void, Fault> done;
+    if (!isUploaded) done = client.makeResource(resourceId, recording.fileName(), file, suffixOf(recording));
+    if (done && !note->exists) done = client.makeNote(note->id, draft.title, folderId);
+    if (done) {
+        const QString player = QStringLiteral("[%1](:/%2)").arg(markdown::linkLabel(recording.fileName()), resourceId);
+        done = client.setBody(note->id,
+                              markdown::withParagraphBelowHeading(markdown::withDashBullets(draft.body), player));
+    }
+    if (done) return {};
+    client.removeNote(note->id);
+    // One that was there may belong to a note in the trash.
+    if (!isUploaded) client.removeResource(resourceId);
+    return done;
+}
+
+} // namespace quillet::joplin

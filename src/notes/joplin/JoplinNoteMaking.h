@@ -1,0 +1,13 @@
+#pragma once
+
+#include "notes/joplin/JoplinClient.h"
+#include "platform/NotesApplication.h"
+
+namespace quillet::joplin {
+
+/// Puts the note and its recording into the folder: the recording, then the note without a body, then the body. The ids
+/// follow from the draft, so that an attempt that finds what an earlier one left (Joplin was killed, an answer was
+/// lost) goes on from there instead of doubling it. What this attempt made is removed again when it fails.
+[[nodiscard]] Result<void, Fault> makeNote(Client& client, const NoteDraft& draft, const QString& folderId);
+
+} // namespace quillet::joplin

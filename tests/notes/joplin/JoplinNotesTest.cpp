@@ -1,0 +1,258 @@
+#include "notes/joplin/JoplinTestSupport.h"
+#include "notes/joplin/RealJoplin.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+
+#include <gtest/gtest.h>
+
+#include <gmock/gmock.h>
+
+namespace quillet::test {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Not;
+
+class JoplinTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (const std::string reason = RealJoplin::whyUnavailable(); !reason.empty()) GTEST_SKIP() << reason;
+        ASSERT_TRUE(joplin.start());
+        ASSERT_TRUE(secrets->keepToken(joplin.token()));
+    }
+
+    NoteOutcome create(const NoteDraft& draft) {
+        return onWorker([&] { return application.createNoteWithAttachment(draft); });
+    }
+    NotesAccess probe() {
+        return onWorker([&] { return application.probeAccess(); });
+    }
+    QStringList folderTitles() const {
+        QStringList titles;
+        for (const QJsonValue folder : joplin.list(u("/folders?fields=id,title")))
+            titles += folder[u("title")].toString();
+        titles.sort();
+        return titles;
+    }
+    QString folderId(const QString& title) const {
+        for (const QJsonValue folder : joplin.list(u("/folders?fields=id,title"))) {
+            if (folder[u("title")].toString() == title) return folder[u("id")].toString();
+        }
+        return {};
+    }
+    QJsonArray notesIn(const QString& folder) const {
+        return joplin.list(u("/folders/") + folderId(folder) + u("/notes?fields=id,title,body"));
+    }
+
+    RealJoplin joplin;
+    JoplinUser user;
+    std::shared_ptr<FileJoplinSecrets> secrets = user.secrets();
+    JoplinNotesApplication application{secrets, [this] {
+                                           JoplinOptions options;
+                                           options.ports = [this] { return std::vector<quint16>{joplin.port()}; };
+                                           options.consentPoll = std::chrono::milliseconds(50);
+                                           return options;
+                                       }()};
+};
+
+TEST_F(JoplinTest, notesArriveWithTheirTextAndTheirSound) {
+    QString large = u("# Big — today\n\n");
+    while (large.size() < 100'000)
+        large += u("Žluťoučký 漢字 😀 ‏שלום‏ ![x](file:///etc/passwd) <img src=\"http://x\">\n• a\n");
+    const struct {
+        QString title;
+        QString body;
+    } rows[] = {
+        {u("20250314 - Meeting Recording - 09:05"),
+         u("# T — today\n\n## Attendees\nUnknown\n\n## Decisions\n• None\n\n")},
+        {u("\"q\" \\ 'a' `$(b)` \r\n\t😀 ‏שלום‏ ../.x CON"), large},
+        {u("x").repeated(10'000), u("no heading ![x](file:///etc/passwd)")},
+        {u(""), u("")},
+    };
+    int number = 0;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.title.left(40).toStdString());
+        const QString folder = u("Folder %1").arg(++number);
+        NoteDraft draft = user.draft(row.title, row.body);
+        draft.folderName = folder;
+
+        const NoteOutcome outcome = create(draft);
+
+        EXPECT_TRUE(outcome.success) << qPrintable(outcome.reason);
+        const QJsonArray notes = notesIn(folder);
+        ASSERT_EQ(notes.size(), 1);
+        EXPECT_EQ(notes[0][u("title")].toString(), row.title);
+        const QJsonArray resources = joplin.list(u("/notes/") + notes[0][u("id")].toString() +
+                                                 u("/resources?fields=id,title,mime,size,file_extension"));
+        ASSERT_EQ(resources.size(), 1) << "nothing that the user's text names was fetched";
+        EXPECT_EQ(resources[0][u("mime")].toString(), u("audio/mp4"));
+        EXPECT_EQ(resources[0][u("file_extension")].toString(), u("m4a"));
+        EXPECT_EQ(resources[0][u("title")].toString(), u("talk.m4a"));
+        const QString id = resources[0][u("id")].toString();
+        EXPECT_EQ(joplin.call("GET", u("/resources/") + id + u("/file")), user.read("talk.m4a"));
+        const QString player = u("\n\n[talk.m4a](:/") + id + u(")");
+        QString body = row.body;
+        body = body.contains(u("\n\n")) ? body.replace(body.indexOf(u("\n\n")), 0, player) : body + player + u("\n");
+        EXPECT_EQ(notes[0][u("body")].toString(), body.replace(u("\n• "), u("\n- ")));
+    }
+    EXPECT_EQ(joplin.list(u("/resources")).size(), number);
+}
+
+TEST_F(JoplinTest, aFolderIsFoundByItsExactTitleAndMadeOnce) {
+    for (int i = 0; i < 205; ++i) joplin.makeFolder(u("F%1").arg(i));
+    const QString parent = joplin.makeFolder(u("Parent"));
+    const QString nested = joplin.makeFolder(u("Twice"), parent);
+    const QString top = joplin.makeFolder(u("Twice"));
+    joplin.makeFolder(u("Child"), parent);
+    joplin.call("DELETE", u("/folders/") + joplin.makeFolder(u("Trashed")));
+
+    const auto listed = onWorker([&] { return application.fetchFolders(); });
+    EXPECT_EQ(listed.size(), 205U + 2U);
+    EXPECT_THAT(listed, Contains(u("F204")));
+    EXPECT_THAT(listed, Contains(u("Twice")));
+    EXPECT_THAT(listed, Not(Contains(u("Child"))));
+    EXPECT_THAT(listed, Not(Contains(u("Trashed"))));
+
+    const struct {
+        QString name;
+        bool exists;
+        bool usable;
+    } rows[] = {
+        {u("F204"), true, true},        {u(" Twice\r\n"), true, true},
+        {u("twice"), false, true},      {u("Child"), true, true},
+        {u("Trashed"), false, true},    {u("../x"), false, true},
+        {u("/\\x"), false, true},       {u("\"q\"\\'`\n\r漢😀 ‏שלום‏"), false, true},
+        {u("CON"), false, true},        {u("x").repeated(10'000), false, true},
+        {u("Conflicts"), false, false}, {u("//"), false, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name.left(40).toStdString());
+        EXPECT_EQ(onWorker([&] { return application.testFolderConnection(row.name); }), row.exists);
+        const qsizetype before = folderTitles().size();
+        for (const char* title : {"one", "two"}) {
+            NoteDraft draft = user.draft(u(title));
+            draft.folderName = row.name;
+            const NoteOutcome outcome = create(draft);
+            EXPECT_EQ(outcome.success, row.usable) << qPrintable(outcome.reason);
+            EXPECT_FALSE(outcome.isAutomationDenied);
+        }
+        EXPECT_EQ(folderTitles().size() - before, row.usable && !row.exists ? 1 : 0);
+    }
+    EXPECT_EQ(joplin.list(u("/folders/") + top + u("/notes")).size(), 2) << "the top level is preferred";
+    EXPECT_EQ(joplin.list(u("/folders/") + nested + u("/notes")).size(), 0);
+    EXPECT_FALSE(onWorker([&] { return application.testFolderConnection(u(" ")); }));
+}
+
+TEST_F(JoplinTest, withoutAFolderTheNoteIsWhereTheUserSeesIt) {
+    for (const QJsonValue folder : joplin.list(u("/folders")))
+        joplin.call("DELETE", u("/folders/") + folder[u("id")].toString());
+    EXPECT_TRUE(create(user.draft(u("first"))).success);
+    EXPECT_EQ(notesIn(u("Quillet Notes")).size(), 1) << "when there is no folder at all";
+
+    joplin.makeFolder(u("Newest"));
+    joplin.call("DELETE", u("/folders/") + joplin.makeFolder(u("In the trash")));
+    EXPECT_TRUE(create(user.draft(u("second"))).success);
+    EXPECT_EQ(notesIn(u("Newest")).size(), 1);
+}
+
+TEST_F(JoplinTest, consentIsAskedForRememberedAndRenewed) {
+    ASSERT_TRUE(secrets->keepToken({}));
+    const auto request = [&](const std::function<void()>& press) {
+        return onWorker([&] {
+            std::atomic<bool> over = false;
+            // Pressed until it counts: the request may not have arrived yet.
+            std::thread finger([&] {
+                while (!over) {
+                    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+                    if (!over) press();
+                }
+            });
+            const bool answer = application.requestAccess();
+            over = true;
+            finger.join();
+            return answer;
+        });
+    };
+    EXPECT_EQ(probe(), NotesAccess::NotDetermined);
+    NoteOutcome outcome = create(user.draft());
+    EXPECT_TRUE(outcome.isAutomationDenied && !outcome.success) << "it is not let in yet";
+
+    EXPECT_FALSE(request([&] { joplin.reject(); }));
+    EXPECT_EQ(probe(), NotesAccess::Denied) << "Joplin forgets a refusal, Quillet does not";
+    EXPECT_EQ(JoplinNotesApplication(user.secrets()).asksForConsent(), true);
+    EXPECT_TRUE(user.secrets()->isRefused());
+
+    EXPECT_FALSE(request([&] { joplin.call("POST", u("/auth"), {{u("x"), 1}}); })) << "another program asks as well";
+    EXPECT_EQ(probe(), NotesAccess::NotDetermined) << "that is no refusal";
+
+    EXPECT_TRUE(request([&] { joplin.accept(); }));
+    EXPECT_EQ(probe(), NotesAccess::Granted);
+    EXPECT_TRUE(create(user.draft()).success);
+
+    joplin.kill();
+    EXPECT_EQ(probe(), NotesAccess::NotDetermined);
+    EXPECT_TRUE(application.isAvailable()) << "it only does not run";
+    outcome = create(user.draft());
+    EXPECT_FALSE(outcome.success || outcome.isAutomationDenied);
+    joplin.setToken(u("second-token-of-this-profile"));
+    ASSERT_TRUE(joplin.start());
+    EXPECT_EQ(probe(), NotesAccess::NotDetermined) << "the old token is void";
+    EXPECT_TRUE(create(user.draft()).isAutomationDenied);
+    EXPECT_TRUE(request([&] { joplin.accept(); }));
+    EXPECT_EQ(probe(), NotesAccess::Granted);
+}
+
+TEST_F(JoplinTest, aNoteIsNeitherLostNorDoubledByACrash) {
+    QFile large(user.path("talk.m4a"));
+    ASSERT_TRUE(large.open(QFile::WriteOnly) && large.resize(qint64{300} * 1024 * 1024));
+    large.close();
+    NoteDraft draft = user.draft();
+    draft.folderName = u("Work");
+    joplin.makeFolder(u("Work"));
+    const QDir uploads(joplin.uploads());
+
+    const NoteOutcome outcome = onWorker([&] {
+        std::atomic<bool> over = false;
+        std::thread watcher([&] {
+            while (!over && uploads.entryList(QDir::Files).isEmpty()) std::this_thread::yield();
+            if (!over) joplin.crash();
+        });
+        NoteOutcome made = application.createNoteWithAttachment(draft);
+        over = true;
+        watcher.join();
+        return made;
+    });
+    EXPECT_FALSE(outcome.success || outcome.isAutomationDenied);
+    EXPECT_FALSE(outcome.reason.isEmpty());
+
+    joplin.kill();
+    ASSERT_TRUE(joplin.start());
+    EXPECT_EQ(notesIn(u("Work")).size(), 0);
+    EXPECT_TRUE(create(draft).success);
+    EXPECT_TRUE(create(draft).success) << "done already";
+    ASSERT_EQ(notesIn(u("Work")).size(), 1);
+    EXPECT_EQ(joplin.list(u("/resources")).size(), 1);
+
+    joplin.call("DELETE", u("/notes/") + notesIn(u("Work"))[0][u("id")].toString());
+    EXPECT_TRUE(create(draft).success) << "thrown away, and made once more";
+    EXPECT_EQ(notesIn(u("Work")).size(), 1);
+    EXPECT_EQ(joplin.list(u("/resources")).size(), 1);
+}
+
+TEST_F(JoplinTest, anHourIsInJoplinInASecond) {
+    user.write("talk.m4a", QByteArray(115 * 1024 * 1024, 'a'));
+    QElapsedTimer timer;
+    qint64 bestMs = 60'000;
+    for (int i = 0; i < 3; ++i) {
+        timer.start();
+        EXPECT_TRUE(create(user.draft(u("N%1").arg(i))).success);
+        bestMs = std::min(bestMs, timer.elapsed());
+    }
+    RecordProperty("best_ms", static_cast<int>(bestMs));
+    EXPECT_LT(bestMs, 10'000) << "however busy the machine is";
+}
+
+} // namespace
+} // namespace quillet::test

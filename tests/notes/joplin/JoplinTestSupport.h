@@ -1,0 +1,55 @@
+#pragma once
+
+#include "notes/joplin/JoplinNotesApplication.h"
+#include "support/WaitFor.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <atomic>
+#include <thread>
+
+namespace quillet::test {
+
+inline QString u(const char* text) { return QString::fromUtf8(text); }
+
+/// Makes the call on a worker thread, as the product does, while the main thread's events run.
+template <typename Call>
+auto onWorker(Call call) {
+    decltype(call()) result{};
+    std::atomic<bool> done = false;
+    std::thread worker([&] {
+        result = call();
+        done = true;
+    });
+    waitFor([&done] { return done.load(); }, 100'000);
+    worker.join();
+    return result;
+}
+
+/// What a user of Joplin's has on this machine, and a recording.
+class JoplinUser {
+public:
+    JoplinUser() { write("talk.m4a", QByteArray(300'000, 'a') + QByteArray("\0\r\n--x\xff", 8)); }
+
+    QString path(const char* name) const { return m_folder.filePath(u(name)); }
+    void write(const char* name, const QByteArray& bytes) const {
+        QFile file(path(name));
+        if (!file.open(QFile::WriteOnly) || file.write(bytes) != bytes.size()) qFatal("cannot write %s", name);
+    }
+    QByteArray read(const char* name) const {
+        QFile file(path(name));
+        return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    std::shared_ptr<FileJoplinSecrets> secrets() const {
+        return std::make_shared<FileJoplinSecrets>(path("data/joplin.json").toStdString());
+    }
+    NoteDraft draft(const QString& title = u("Sync"), const QString& body = u("# Sync — today\n\n• One\n")) const {
+        return {path("talk.m4a").toStdString(), title, body, std::nullopt};
+    }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+} // namespace quillet::test
