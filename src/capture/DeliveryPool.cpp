@@ -90,8 +90,7 @@ std::size_t DeliveryPool::deliver(HostFramePos position, std::span<const float> 
 
 void DeliveryPool::close() {
     require(m_state->queue.isCurrent(), "deliveries are closed on the capture queue");
-    m_state->closed = true;
-    m_state->handler = nullptr;
+    m_state->closed = true; // the handler may be what is calling, so it stays until the last buffer is back
 }
 
 } // namespace quillet

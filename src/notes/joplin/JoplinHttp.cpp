@@ -15,7 +15,7 @@ namespace quillet::joplin {
 namespace {
 
 /// More than any answer, whose largest repeats the body of a note.
-constexpr qint64 kMaxAnswerBytes = 64 * 1024 * 1024;
+constexpr qint64 kMaxAnswerBytes = qint64{64} * 1024 * 1024;
 constexpr int kHttpOk = 200;
 constexpr int kHttpForbidden = 403;
 constexpr int kHttpNotFound = 404;

@@ -9,11 +9,11 @@
 namespace quillet {
 namespace {
 
-constexpr qint64 kMaxBytes = 64 * 1024;
+constexpr qint64 kMaxBytes = qint64{64} * 1024;
 
 } // namespace
 
-FileJoplinSecrets::FileJoplinSecrets(std::filesystem::path file, GivenToken givenToken)
+FileJoplinSecrets::FileJoplinSecrets(const std::filesystem::path& file, GivenToken givenToken)
     : m_path(QString::fromStdString(file.string())), m_givenToken(std::move(givenToken)) {}
 
 QStringList FileJoplinSecrets::tokens() const {

@@ -33,7 +33,7 @@ public:
     using GivenToken = std::function<QString()>;
 
     /// A token that the user gives by hand, for a Joplin without a screen to ask on, comes before the file's.
-    explicit FileJoplinSecrets(std::filesystem::path file, GivenToken givenToken = {});
+    explicit FileJoplinSecrets(const std::filesystem::path& file, GivenToken givenToken = {});
 
     [[nodiscard]] QStringList tokens() const override;
     [[nodiscard]] bool isRefused() const override;

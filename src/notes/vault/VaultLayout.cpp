@@ -3,6 +3,7 @@
 #include "notes/markdown/MarkdownNote.h"
 #include "notes/vault/VaultNames.h"
 
+#include <QDateTime>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -64,9 +65,9 @@ QString yamlQuoted(const QString& text) {
     return quoted.replace(QChar(0x7f), QStringLiteral("\\u007f"));
 }
 
-QString frontMatter(const QString& title, const QDateTime& recordedAt) {
+QString frontMatter(const QString& title, const QFileInfo& recording) {
     return QStringLiteral("---\ntitle: %1\ndate: %2\ntags:\n  - recording\n---\n\n")
-        .arg(yamlQuoted(title), recordedAt.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss")));
+        .arg(yamlQuoted(title), recording.lastModified().toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss")));
 }
 
 } // namespace
@@ -89,11 +90,11 @@ VaultLayout readLayout(DurableFolder& root) {
     return layout;
 }
 
-QString noteText(VaultKind kind, const NoteDraft& draft, const NotePlaces& places, const QDateTime& recordedAt) {
+QString noteText(VaultKind kind, const NoteDraft& draft, const NotePlaces& places, const QFileInfo& recording) {
     const QString text =
         markdown::withParagraphBelowHeading(markdown::withDashBullets(draft.body), playerLink(kind, places));
     const bool showsFrontMatter = kind == VaultKind::Obsidian || kind == VaultKind::Zettlr;
-    return showsFrontMatter ? frontMatter(draft.title, recordedAt) + text : text;
+    return showsFrontMatter ? frontMatter(draft.title, recording) + text : text;
 }
 
 } // namespace quillet::vault

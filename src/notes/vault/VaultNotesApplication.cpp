@@ -145,7 +145,7 @@ NoteOutcome VaultNotesApplication::createNoteWithAttachment(const NoteDraft& dra
                                draft.attachment);
     if (!added) return failed(QStringLiteral("The recording could not be put into the notes folder"), added.error());
     places.recordingName = QString::fromStdString(added->name);
-    const QString text = vault::noteText(layout.kind, draft, places, recording.lastModified());
+    const QString text = vault::noteText(layout.kind, draft, places, recording);
     const auto note = (*noteFolder)
                           ->addFile(
                               [&](int attempt) { // from the recording's number on, so that the two look like one pair

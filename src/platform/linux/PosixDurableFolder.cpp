@@ -52,7 +52,7 @@ Result<void> writeAll(int fd, const char* bytes, std::size_t count) {
 /// Copies from the source's present position to its end.
 Result<void> copyRest(int from, int to) {
     constexpr std::size_t kAtOnce = std::size_t{1} << 30;
-    constexpr std::size_t kBufferBytes = 256 * 1024;
+    constexpr std::size_t kBufferBytes = std::size_t{256} * 1024;
     ssize_t got = 0;
     // In the kernel where it can, which shares blocks on some file systems; what it cannot is between some pairs only.
     bool any = false;

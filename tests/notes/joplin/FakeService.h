@@ -17,7 +17,6 @@ namespace quillet::test {
 /// Something on a port of this machine that takes requests and answers as the test's script says: as Joplin would, or
 /// worse. Main thread, whose events have to run.
 class FakeService : public QTcpServer {
-    Q_OBJECT
 public:
     struct Request {
         QByteArray verb;

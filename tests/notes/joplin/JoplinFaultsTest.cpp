@@ -40,8 +40,7 @@ protected:
         options.consentLimit = milliseconds(1'000);
         return options;
     }
-    NoteOutcome create(const NoteDraft& draft, milliseconds uploadLimit = milliseconds(300)) {
-        limits.upload = uploadLimit;
+    NoteOutcome create(const NoteDraft& draft) {
         return onWorker(
             [&] { return JoplinNotesApplication(user.secrets(), options()).createNoteWithAttachment(draft); });
     }
@@ -52,7 +51,7 @@ protected:
     }
 
     JoplinUser user;
-    joplin::Limits limits{.ping = milliseconds(300), .answer = milliseconds(300), .upload = milliseconds(300)};
+    joplin::Limits limits{.ping = milliseconds(1'000), .answer = milliseconds(5'000), .upload = milliseconds(1'000)};
     FakeService service{FakeService::asJoplin};
     std::vector<quint16> ports{service.serverPort()};
 };
@@ -80,6 +79,7 @@ TEST_F(JoplinFaultsTest, everyBadAnswerToEveryStepEndsInASentenceAndATidyService
             if (!service.isListening()) service.revive();
             service.requests.clear();
             spoil(u(step), fault);
+            limits.answer = milliseconds(fault.kind == Answer::Kind::Stall ? 1'000 : 5'000);
 
             const NoteOutcome outcome = create(draft);
 
@@ -143,7 +143,7 @@ TEST_F(JoplinFaultsTest, anUploadThatStopsHalfwayIsGivenUp) {
 
         EXPECT_FALSE(outcome.success || outcome.isAutomationDenied);
         EXPECT_EQ(outcome.reason, u(row.reason));
-        EXPECT_LT(timer.elapsed(), 10'000);
+        EXPECT_LT(timer.elapsed(), 20'000);
     }
 }
 
@@ -156,7 +156,7 @@ TEST_F(JoplinFaultsTest, aSlowUploadThatGoesOnIsNotGivenUp) {
     QElapsedTimer timer;
     timer.start();
 
-    const NoteOutcome outcome = create(user.draft(), milliseconds(1'000));
+    const NoteOutcome outcome = create(user.draft());
 
     EXPECT_GT(timer.elapsed(), 1'000);
 
@@ -164,9 +164,6 @@ TEST_F(JoplinFaultsTest, aSlowUploadThatGoesOnIsNotGivenUp) {
 }
 
 TEST_F(JoplinFaultsTest, anHourOfSoundPassesThroughLittleMemory) {
-    constexpr qint64 kBytes = qint64{400} * 1024 * 1024;
-    QFile large(user.path("talk.m4a"));
-    ASSERT_TRUE(large.open(QFile::WriteOnly) && large.resize(kBytes)); // sparse
     const auto peakKiB = [] {
         QFile status(u("/proc/self/status"));
         if (!status.open(QFile::ReadOnly)) return qint64{0};
@@ -176,6 +173,9 @@ TEST_F(JoplinFaultsTest, anHourOfSoundPassesThroughLittleMemory) {
     };
     EXPECT_TRUE(create(user.draft(u("before"))).success);
     const qint64 before = peakKiB();
+    constexpr qint64 kBytes = qint64{400} * 1024 * 1024;
+    QFile large(user.path("talk.m4a"));
+    ASSERT_TRUE(large.open(QFile::WriteOnly) && large.resize(kBytes)); // sparse
 
     EXPECT_TRUE(create(user.draft()).success);
 
@@ -189,7 +189,8 @@ TEST_F(JoplinFaultsTest, anHourOfSoundPassesThroughLittleMemory) {
 TEST_F(JoplinFaultsTest, whatALostAnswerLeftBehindIsCompletedNotDoubled) {
     spoil(u("PUT /notes/"), {Answer::Kind::Die, 0, {}, {}});
     EXPECT_FALSE(create(user.draft()).success);
-    const QString note = service.journal().filter(u("PUT ")).constFirst().section(u'/', -1);
+    const QStringList puts = service.journal().filter(u("PUT "));
+    ASSERT_FALSE(puts.isEmpty());
 
     // Joplin comes back with the recording and the empty note, which could not be taken back.
     service.revive();
@@ -207,7 +208,7 @@ TEST_F(JoplinFaultsTest, whatALostAnswerLeftBehindIsCompletedNotDoubled) {
     EXPECT_TRUE(create(user.draft()).success);
 
     EXPECT_EQ(service.journal().filter(u("POST ")), QStringList());
-    EXPECT_EQ(service.journal().filter(u("PUT ")), QStringList{u("PUT /notes/") + note});
+    EXPECT_EQ(service.journal().filter(u("PUT ")), puts);
 }
 
 TEST_F(JoplinFaultsTest, consentEndsWithoutARefusalWhenNobodyAnswers) {
@@ -267,14 +268,14 @@ TEST_F(JoplinFaultsTest, theUserIsAskedOnceAndTheWaitingCanBeEnded) {
     EXPECT_FALSE(user.secrets()->isRefused());
 
     polls = 0;
-    bool otherAnswer = false;
+    std::atomic<bool> otherAnswer = false;
     other = std::thread([&] {
         while (polls < 1) std::this_thread::yield();
         accepts = true;
         otherAnswer = application.requestAccess();
     });
     EXPECT_TRUE(onWorker([&] { return application.requestAccess(); }));
-    EXPECT_TRUE(waitFor([&] { return otherAnswer; }));
+    EXPECT_TRUE(waitFor([&] { return otherAnswer.load(); }));
     other.join();
     EXPECT_EQ(service.count(u("POST /auth")), 2);
 }

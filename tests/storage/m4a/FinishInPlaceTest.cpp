@@ -55,8 +55,15 @@ protected:
 TEST_F(FinishInPlaceTest, finishedFileIsPlainAndHoldsEveryBlockInItsPlace) {
     EXPECT_TRUE(demux(s_finished).isPlain);
     EXPECT_EQ(s_packetEnds.size(), kBlocks + 1);
+    // One frame more than the sound, or GStreamer leaves out the last packet.
+    EXPECT_EQ(demux(s_finished).durationFrames, kBlocks * kBlockFrames + 1);
     EXPECT_EQ(s_sound.size(), kBlocks * 2 * kBlockFrames);
     EXPECT_LT(worstBlockDb(s_sound, testSound(kBlocks)), -15);
+    // Players that seek learn from these groups that decoding has to start a packet early.
+    for (const std::uint32_t group : {fourCc("sgpd"), fourCc("sbgp")}) {
+        EXPECT_TRUE(m4a::findBox(
+            s_finished, {fourCc("moov"), fourCc("trak"), fourCc("mdia"), fourCc("minf"), fourCc("stbl"), group}));
+    }
     // The sound itself has not moved.
     const std::size_t movie = boxEdges(s_leftover)[1];
     EXPECT_TRUE(std::equal(s_leftover.begin() + static_cast<std::ptrdiff_t>(movie) + 16, s_leftover.end(),
@@ -117,6 +124,19 @@ TEST_F(FinishInPlaceTest, pagesThatNeverReachedTheDiskEndTheRecordingInFrontOfTh
         EXPECT_EQ(finished->blocks, packetsBefore(page * 4096) - 1);
         EXPECT_TRUE(isPrefix(decode(file.disk().bytes), s_sound));
     }
+}
+
+TEST_F(FinishInPlaceTest, aFragmentThatIsMissingEndsTheRecordingInFrontOfIt) {
+    const std::vector<std::size_t> edges = boxEdges(s_leftover);
+    ByteVector bytes = s_leftover;
+    bytes.erase(bytes.begin() + static_cast<std::ptrdiff_t>(edges[4]),
+                bytes.begin() + static_cast<std::ptrdiff_t>(edges[6]));
+    MemoryFile file(bytes);
+
+    const auto finished = finishInPlace(file, {});
+
+    ASSERT_TRUE(finished.ok());
+    EXPECT_EQ(finished->blocks, packetsBefore(edges[4]) - 1);
 }
 
 /// Finishing is stopped after every single byte that it writes, in each of three ways, and then tried again.

@@ -85,6 +85,7 @@ Demuxed demux(const ByteVector& file) {
     AVFormatContext* format = nullptr;
     const libav::Packet packet(av_packet_alloc());
     if (avformat_open_input(&format, (folder / "demuxed.m4a").c_str(), nullptr, nullptr) < 0) return result;
+    result.durationFrames = format->streams[0]->duration;
     while (av_read_frame(format, packet.get()) >= 0) {
         result.packetEnds.push_back(packet->pos + packet->size);
         av_packet_unref(packet.get());

@@ -27,6 +27,7 @@ std::vector<float> decode(const ByteVector& file);
 /// Where each packet of a file ends, and how many frames its time line has, by libavformat's reading.
 struct Demuxed {
     std::vector<std::int64_t> packetEnds;
+    std::int64_t durationFrames = 0;
     bool isPlain = false; ///< one movie box, behind one data box
 };
 Demuxed demux(const ByteVector& file);
