@@ -1,4 +1,5 @@
 #include "platform/linux/LinuxPermissionServices.h"
+
 #include "support/FakeHardware.h"
 #include "support/WaitFor.h"
 
