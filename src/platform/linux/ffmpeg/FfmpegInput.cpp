@@ -47,6 +47,9 @@ Result<void> FfmpegInput::openFormat(const std::filesystem::path& path) {
     int error = avformat_open_input(&m_format, path.filename().c_str(), nullptr, options.get());
     if (error >= 0) error = avformat_find_stream_info(m_format, nullptr);
     if (error == AVERROR(EIO)) return cannotRead(EIO);
+    // Below the certainty that a file's name alone gives, the library takes any text for speech in some raw format.
+    if (error >= 0 && m_format->probe_score < AVPROBE_SCORE_EXTENSION)
+        return clause(QStringLiteral("it is not an audio file"));
     if (error < 0) return clause(QStringLiteral("it is not an audio file"), error);
 
     m_stream = av_find_best_stream(m_format, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
