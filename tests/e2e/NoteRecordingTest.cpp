@@ -70,6 +70,9 @@ TEST_F(NoteRecordingTest, ALiveRecordingBecomesANoteInAVault) {
     ASSERT_EQ(audio.size(), 1);
     EXPECT_EQ(contents(audio[0].filePath()), contents(quillet.json()[u"path"_s].toString()));
     EXPECT_FALSE(decode(audio[0].filePath()).empty());
+    EXPECT_EQ(quillet.run({u"notes"_s, u"folders"_s}), 0);
+    EXPECT_EQ(quillet.output, u"Team – Ünïon\n"_s)
+        << "recordings have a folder of their own, which is no place for notes";
 }
 
 TEST_F(NoteRecordingTest, ALiveRecordingBecomesANoteInJoplin) {

@@ -89,13 +89,17 @@ Result<std::unique_ptr<DurableFolder>> VaultNotesApplication::openVault() const 
 std::vector<QString> VaultNotesApplication::fetchFolders() {
     const auto vault = openVault();
     if (!vault) return {};
-    const auto parent = (*vault)->folderBelow(encoded(vault::readLayout(**vault).notes), IfMissing::Fail);
+    const vault::VaultLayout layout = vault::readLayout(**vault);
+    const bool besideNotes = layout.notes.isEmpty() && !layout.attachmentsBelowTheNote && !layout.attachments.isEmpty();
+    const QString recordings = besideNotes ? layout.attachments.constFirst() : QString(); // no place for notes
+    const auto parent = (*vault)->folderBelow(encoded(layout.notes), IfMissing::Fail);
     const auto names = parent ? (*parent)->subfolders() : Failure{parent.error()};
     if (!names) return {};
     std::vector<QString> folders;
     for (const std::string& name : *names) {
         const QString folder = QString::fromStdString(name);
-        if (vault::isFolderName(folder) && folder.toStdString() == name) folders.push_back(folder);
+        const bool isOurs = folder == recordings;
+        if (vault::isFolderName(folder) && folder.toStdString() == name && !isOurs) folders.push_back(folder);
     }
     QCollator order;
     order.setCaseSensitivity(Qt::CaseInsensitive);
