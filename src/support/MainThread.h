@@ -5,7 +5,6 @@
 #include <QPointer>
 #include <QThread>
 
-#include <atomic>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -22,25 +21,7 @@ namespace MainThread {
 
 /// Always later, also when called on the main thread.
 inline void post(std::function<void()> work) {
-    auto* app = QCoreApplication::instance();
-    if (!app) return;
-    // Qt's event queue orders the two threads, but invisibly to a sanitizer that has not instrumented Qt; the flag says
-    // it again in our own code.
-    struct Hop {
-        std::function<void()> work;
-        std::atomic<bool> handedOver = false;
-    };
-    const auto hop = std::make_shared<Hop>();
-    hop->work = std::move(work);
-    hop->handedOver.store(true, std::memory_order_release);
-    QMetaObject::invokeMethod(
-        app,
-        [hop] {
-            if (!hop->handedOver.load(std::memory_order_acquire)) return;
-            const auto arrived = std::move(hop->work);
-            arrived();
-        },
-        Qt::QueuedConnection);
+    if (auto* app = QCoreApplication::instance()) QMetaObject::invokeMethod(app, std::move(work), Qt::QueuedConnection);
 }
 
 /// Later, and only while the object lives; the closure does not keep it alive.

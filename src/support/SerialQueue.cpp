@@ -44,14 +44,11 @@ SerialQueue::~SerialQueue() {
 
 void SerialQueue::post(Item& item) {
     State& state = *m_state;
-    bool wasEmpty = false;
-    {
-        const std::lock_guard lock(state.mutex);
-        item.m_next = nullptr;
-        wasEmpty = state.head == nullptr;
-        (wasEmpty ? state.head : state.tail->m_next) = &item;
-        state.tail = &item;
-    }
+    const std::lock_guard lock(state.mutex); // to the end: the item may be what ends the queue
+    item.m_next = nullptr;
+    const bool wasEmpty = state.head == nullptr;
+    (wasEmpty ? state.head : state.tail->m_next) = &item;
+    state.tail = &item;
     if (wasEmpty) state.wake.notify_one();
 }
 
