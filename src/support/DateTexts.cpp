@@ -51,16 +51,27 @@ icu::Locale currentLocale() {
 } // namespace
 
 struct DateFormatter::Impl {
-    std::unique_ptr<icu::SimpleDateFormat> format;
+    std::unique_ptr<icu::DateFormat> format;
 };
 
-DateFormatter::DateFormatter(const char* pattern, const char* locale) : m_impl(std::make_unique<Impl>()) {
-    UErrorCode status = U_ZERO_ERROR;
-    m_impl->format =
-        std::make_unique<icu::SimpleDateFormat>(icu::UnicodeString::fromUTF8(pattern), icu::Locale(locale), status);
-    require(U_SUCCESS(status), "the locale data of ICU is missing");
+DateFormatter::DateFormatter(std::unique_ptr<Impl> impl) : m_impl(std::move(impl)) {
+    require(m_impl->format != nullptr, "the locale data of ICU is missing");
     // Asked of the host each time: the process-wide default of ICU is fixed at its first use.
     m_impl->format->adoptTimeZone(icu::TimeZone::detectHostTimeZone());
+}
+
+DateFormatter::DateFormatter(const char* pattern, const char* locale)
+    : DateFormatter([&] {
+          UErrorCode status = U_ZERO_ERROR;
+          auto format = std::make_unique<icu::SimpleDateFormat>(icu::UnicodeString::fromUTF8(pattern),
+                                                                icu::Locale(locale), status);
+          require(U_SUCCESS(status), "the locale data of ICU is missing");
+          return std::make_unique<Impl>(Impl{std::move(format)});
+      }()) {}
+
+DateFormatter DateFormatter::longDateShortTime() {
+    return DateFormatter(std::make_unique<Impl>(Impl{std::unique_ptr<icu::DateFormat>(
+        icu::DateFormat::createDateTimeInstance(icu::DateFormat::kLong, icu::DateFormat::kShort, currentLocale()))}));
 }
 
 DateFormatter::~DateFormatter() = default;
@@ -71,15 +82,7 @@ QString DateFormatter::format(WallTime time) const {
     return toQString(text);
 }
 
-QString longDateShortTime(WallTime time) {
-    const std::unique_ptr<icu::DateFormat> format(
-        icu::DateFormat::createDateTimeInstance(icu::DateFormat::kLong, icu::DateFormat::kShort, currentLocale()));
-    require(format != nullptr, "the locale data of ICU is missing");
-    format->adoptTimeZone(icu::TimeZone::detectHostTimeZone());
-    icu::UnicodeString text;
-    format->format(toUDate(time), text);
-    return toQString(text);
-}
+QString longDateShortTime(WallTime time) { return DateFormatter::longDateShortTime().format(time); }
 
 QString abbreviatedDuration(double seconds) {
     if (!std::isfinite(seconds)) return {};

@@ -9,11 +9,14 @@ namespace quillet {
 
 using WallTime = std::chrono::system_clock::time_point;
 
-/// Formats wall-clock times by an ICU pattern (Unicode Technical Standard 35, part 4) in a fixed locale. The time zone
-/// is the user's at creation. One thread at a time.
+/// Formats wall-clock times. The time zone is the user's at creation. One thread at a time.
 class DateFormatter {
 public:
+    /// By an ICU pattern (Unicode Technical Standard 35, part 4) in a fixed locale.
     DateFormatter(const char* pattern, const char* locale);
+    /// Date in long style and time in short style, in the user's language at creation. The bytes are the locale data's
+    /// own: between the minutes and AM or PM may stand a narrow no-break space.
+    static DateFormatter longDateShortTime();
     ~DateFormatter();
     DateFormatter(const DateFormatter&) = delete;
     DateFormatter& operator=(const DateFormatter&) = delete;
@@ -22,11 +25,11 @@ public:
 
 private:
     struct Impl;
+    explicit DateFormatter(std::unique_ptr<Impl> impl);
     std::unique_ptr<Impl> m_impl;
 };
 
-/// Date in long style and time in short style, in the user's language and time zone of this moment. The bytes are the
-/// locale data's own: between the minutes and AM or PM may stand a narrow no-break space.
+/// The same in the user's language and time zone of this moment.
 [[nodiscard]] QString longDateShortTime(WallTime time);
 
 /// Hours, minutes and whole seconds in the user's language, abbreviated, without the units that are zero: "1h 2m 5s".

@@ -1,5 +1,9 @@
 #include "support/NotificationCenter.h"
 
+#include "support/MainThread.h"
+
+#include <algorithm>
+
 namespace quillet {
 
 NotificationCenter& NotificationCenter::standard() {
@@ -7,14 +11,22 @@ NotificationCenter& NotificationCenter::standard() {
     return center;
 }
 
-void NotificationCenter::post(const QString& name, const QVariantMap& userInfo) { Q_EMIT posted(name, userInfo); }
+void NotificationCenter::post(const QString& name, const QVariantMap& userInfo) {
+    if (MainThread::isCurrent()) return tell(name, userInfo);
+    MainThread::post([this, name, userInfo] { tell(name, userInfo); });
+}
 
 void NotificationCenter::observe(const QString& name, QObject* context,
                                  std::function<void(const QVariantMap&)> handler) {
-    connect(this, &NotificationCenter::posted, context,
-            [name, handler = std::move(handler)](const QString& postedName, const QVariantMap& userInfo) {
-                if (postedName == name) handler(userInfo);
-            });
+    std::erase_if(m_observers, [](const Observer& observer) { return !observer.context; });
+    m_observers.push_back({name, context, std::move(handler)});
+}
+
+void NotificationCenter::tell(const QString& name, const QVariantMap& userInfo) {
+    const auto observers = m_observers; // a handler may add others
+    for (const Observer& observer : observers) {
+        if (observer.name == name && observer.context) observer.handler(userInfo);
+    }
 }
 
 } // namespace quillet

@@ -1,9 +1,9 @@
 #include "support/SerialQueue.h"
 
+#include "platform/ThreadName.h"
 #include "support/Require.h"
 
 #include <memory>
-#include <pthread.h>
 #include <semaphore>
 #include <utility>
 
@@ -65,9 +65,7 @@ void SerialQueue::sync(const std::function<void()>& work) {
 }
 
 void SerialQueue::loop(State& state, const std::string& label) {
-    // The kernel keeps 15 characters of a thread's name; the end of ours says more than its beginning.
-    const std::string tail = label.size() > 15 ? label.substr(label.size() - 15) : label;
-    pthread_setname_np(pthread_self(), tail.c_str());
+    nameThisThread(label);
     while (true) {
         Item* item = nullptr;
         {

@@ -31,16 +31,31 @@ protected:
 };
 
 namespace DefaultsKeys {
+inline const QString hasCompletedOnboarding = QStringLiteral("hasCompletedOnboarding");               ///< Bool
+inline const QString onboardingAIShown = QStringLiteral("onboardingAIShown");                         ///< Bool
 inline const QString autoCreateNote = QStringLiteral("corvane.autoCreateNote");                       ///< Bool
 inline const QString automationPromptAttempted = QStringLiteral("corvane.automationPromptAttempted"); ///< Bool
 inline const QString automationGrantedCached = QStringLiteral("corvane.automationGrantedCached");     ///< Bool
+inline const QString customTemplates = QStringLiteral("corvane.customTemplates");                     ///< data: JSON
 inline const QString includeConsentTimestamp = QStringLiteral("corvane.includeConsentTimestamp");     ///< Bool
 inline const QString notesFolderName = QStringLiteral("corvane.notesFolderName");                     ///< text
-inline const QString joplinPort = QStringLiteral("corvane.joplinPort");             ///< text: a port number
-inline const QString joplinToken = QStringLiteral("corvane.joplinToken");           ///< text, secret
-inline const QString notesApplication = QStringLiteral("corvane.notesApplication"); ///< text: "vault" or "joplin"
-inline const QString notesVaultFolder = QStringLiteral("corvane.notesVaultFolder"); ///< data: absolute path
+inline const QString joplinPort = QStringLiteral("corvane.joplinPort");               ///< text: a port number
+inline const QString joplinToken = QStringLiteral("corvane.joplinToken");             ///< text, secret
+inline const QString notesApplication = QStringLiteral("corvane.notesApplication");   ///< text: "vault" or "joplin"
+inline const QString notesVaultFolder = QStringLiteral("corvane.notesVaultFolder");   ///< data: absolute path
+inline const QString localModelAddress = QStringLiteral("corvane.localModelAddress"); ///< text: a loopback address
+inline const QString localModelName = QStringLiteral("corvane.localModelName");       ///< text
+inline const QString localModelContext = QStringLiteral("corvane.localModelContext"); ///< text: tokens
+inline const QString cloudModelAddress = QStringLiteral("corvane.cloudModelAddress"); ///< text: an https address
+inline const QString cloudModelName = QStringLiteral("corvane.cloudModelName");       ///< text
+inline const QString cloudModelContext = QStringLiteral("corvane.cloudModelContext"); ///< text: tokens
+// Stored settings are found under exactly these two, which have no prefix.
+inline const QString useLocalSummarisation = QStringLiteral("useLocalSummarisation"); ///< Bool, absent: true
+inline const QString cloudFallbackEnabled = QStringLiteral("cloudFallbackEnabled");   ///< Bool, absent: true
 inline const QString recordingsFolderBookmark = QStringLiteral("corvane.recordingsFolderBookmark"); ///< data
+inline const QString systemAudioDevice = QStringLiteral("corvane.systemAudioDevice");   ///< text: a device's name
+inline const QString microphoneDevice = QStringLiteral("corvane.microphoneDevice");     ///< text: a device's name
+inline const QString selectedTemplateId = QStringLiteral("corvane.selectedTemplateId"); ///< text: a UUID
 } // namespace DefaultsKeys
 
 /// A settings file in INI form, created with its folder (0700) on the first write.

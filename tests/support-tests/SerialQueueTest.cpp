@@ -1,5 +1,6 @@
 #include "support/SerialQueue.h"
 
+#include "support/MainThread.h"
 #include "support/NotificationCenter.h"
 #include "support/Published.h"
 #include "support/WaitFor.h"
@@ -100,6 +101,24 @@ TEST(MainThreadTest, WeakClosuresAreDroppedAndWaitingOnesRunOnTheMainThread) {
     });
     EXPECT_TRUE(waitFor([&] { return done.load(); }));
     worker.join();
+}
+
+TEST(MainThreadTest, ClosuresOfManyThreadsRunInOrderAlsoInNestedLoops) {
+    constexpr int kEach = 500;
+    std::vector<std::pair<int, int>> ran;
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 4; ++thread) {
+        threads.emplace_back([&, thread] {
+            for (int i = 0; i < kEach; ++i) MainThread::post([&ran, thread, i] { ran.emplace_back(thread, i); });
+        });
+    }
+    // A closure that waits for others, as a modal window does, must not keep them from running.
+    bool nestedSawAll = false;
+    MainThread::post([&] { nestedSawAll = waitFor([&] { return ran.size() == 4U * kEach; }); });
+    ASSERT_TRUE(waitFor([&] { return nestedSawAll; }));
+    for (auto& thread : threads) thread.join();
+    int next[4] = {};
+    for (const auto& [thread, i] : ran) ASSERT_EQ(i, next[thread]++);
 }
 
 } // namespace

@@ -13,6 +13,7 @@ class FakeNotesApplication final : public NotesApplication {
 public:
     std::atomic<bool> available = true;
     std::atomic<bool> asks = true;
+    std::atomic<bool> asksOnce = true;
     std::atomic<NotesAccess> access = NotesAccess::Granted;
     std::atomic<bool> answer = true; ///< the user's, to a request
     std::vector<QString> folders;
@@ -27,6 +28,7 @@ public:
 
     bool isAvailable() const override { return available; }
     bool asksForConsent() const override { return asks; }
+    bool asksAtMostOnce() const override { return asksOnce; }
     NotesAccess probeAccess() override {
         ++probes;
         blocks();

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -51,6 +52,9 @@ private:
     std::vector<std::unique_ptr<Child>> m_players;
     int m_files = 0;
 };
+
+/// For the names of tests.
+inline void PrintTo(PrivateSoundServer::Kind kind, std::ostream* out) { *out << PrivateSoundServer::nameOf(kind); }
 
 /// So many seconds of a mono sine with an amplitude of a quarter.
 [[nodiscard]] std::vector<float> tone(double frequencyHz, double seconds);

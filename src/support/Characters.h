@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QString>
+
+namespace quillet {
+
+/// The beginning of a text, counted in characters as a reader perceives them (extended grapheme clusters): a letter
+/// with its accents, a family emoji and the pair of carriage return and line feed are one each. The whole text when it
+/// is no longer than that. Takes no longer for a long text than for the part that is returned. Any thread.
+[[nodiscard]] QString firstCharacters(const QString& text, int count);
+
+} // namespace quillet

@@ -1,0 +1,197 @@
+#include "support/PrivateDesktop.h"
+
+#include "support/WaitFor.h"
+
+#include <QDir>
+#include <QFile>
+#include <QStandardPaths>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace quillet::test {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+constexpr QSize kScreen(1280, 900);
+
+/// The panel's settings service lies outside the path, in a folder by the machine's name.
+QString settingsService() {
+    for (const QString& folder : {u"/usr/lib"_s, u"/usr/libexec"_s}) {
+        QStringList candidates{folder + u"/xfce4/xfconf/xfconfd"_s};
+        for (const QString& triplet : QDir(folder).entryList({u"*-linux-*"_s}, QDir::Dirs))
+            candidates += folder + u'/' + triplet + u"/xfce4/xfconf/xfconfd"_s;
+        for (const QString& candidate : candidates) {
+            if (QFile::exists(candidate)) return candidate;
+        }
+    }
+    return {};
+}
+
+void write(const QString& path, const char* text) {
+    QDir().mkpath(path.section(u'/', 0, -2));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QFile::WriteOnly));
+    file.write(text);
+}
+
+void end(QProcess& process) {
+    process.terminate();
+    if (process.waitForFinished(2000)) return;
+    process.kill();
+    process.waitForFinished();
+}
+
+} // namespace
+
+std::string PrivateDesktop::whyUnavailable() {
+    for (const char* program : {"Xvfb", "dbus-daemon", "openbox", "xfce4-panel", "xdotool"}) {
+        if (QStandardPaths::findExecutable(QLatin1String(program)).isEmpty())
+            return std::string(program) + " is not installed; scripts/install-dependencies --desktop brings it";
+    }
+    return settingsService().isEmpty() ? "xfconfd is not installed" : std::string();
+}
+
+PrivateDesktop::PrivateDesktop() {
+    for (const auto& [name, folder] : {std::pair{u"HOME"_s, u""_s},
+                                       {u"XDG_RUNTIME_DIR"_s, u"/run"_s},
+                                       {u"XDG_CONFIG_HOME"_s, u"/config"_s},
+                                       {u"XDG_DATA_HOME"_s, u"/data"_s},
+                                       {u"XDG_CACHE_HOME"_s, u"/cache"_s}}) {
+        QDir().mkpath(home() + folder);
+        m_environment.insert(name, home() + folder);
+    }
+    QFile::setPermissions(home() + u"/run"_s, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    m_environment.insert(u"NO_AT_BRIDGE"_s, u"1"_s);
+    m_environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, u"unix:path="_s + home() + u"/run/bus"_s);
+    for (const QString& name : {u"QT_QPA_PLATFORM"_s, u"WAYLAND_DISPLAY"_s, u"SESSION_MANAGER"_s, u"QT_SCALE_FACTOR"_s})
+        m_environment.remove(name);
+
+    QProcess* const screen = start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s,
+                                               u"%1x%2x24"_s.arg(kScreen.width()).arg(kScreen.height()), u"-dpi"_s,
+                                               u"96"_s, u"-nolisten"_s, u"tcp"_s});
+    while (!screen->canReadLine() && screen->waitForReadyRead(10000)) {
+    }
+    EXPECT_TRUE(screen->canReadLine()) << "the X server does not tell its number";
+    m_environment.insert(u"DISPLAY"_s, u':' + QString::fromLatin1(screen->readLine().trimmed()));
+    writeBusConfiguration();
+    start(u"dbus-daemon"_s, {u"--config-file="_s + home() + u"/bus.conf"_s, u"--nofork"_s});
+    EXPECT_TRUE(waitFor([this] { return QFile::exists(home() + u"/run/bus"_s); }));
+    start(u"openbox"_s, {});
+    writePanelConfiguration();
+    start(settingsService(), {});
+    startPanel();
+}
+
+PrivateDesktop::~PrivateDesktop() {
+    stopPanel();
+    std::for_each(m_processes.rbegin(), m_processes.rend(), [](const auto& process) { end(*process); });
+}
+
+QProcess* PrivateDesktop::start(const QString& program, const QStringList& arguments) {
+    auto process = std::make_unique<QProcess>();
+    process->setProcessEnvironment(m_environment);
+    process->setStandardErrorFile(home() + u'/' + program.section(u'/', -1) + u".log"_s);
+    process->start(program, arguments);
+    EXPECT_TRUE(process->waitForStarted()) << program.toStdString();
+    m_processes.push_back(std::move(process));
+    return m_processes.back().get();
+}
+
+void PrivateDesktop::startPanel() {
+    m_panel = std::make_unique<QProcess>();
+    m_panel->setProcessEnvironment(m_environment);
+    m_panel->setStandardErrorFile(home() + u"/panel.log"_s);
+    m_panel->start(u"xfce4-panel"_s, {u"--disable-wm-check"_s});
+    EXPECT_TRUE(m_panel->waitForStarted());
+    EXPECT_TRUE(waitForWindow(u"xfce4-panel"_s));
+}
+
+void PrivateDesktop::stopPanel() {
+    if (m_panel) end(*m_panel);
+    m_panel.reset();
+}
+
+void PrivateDesktop::writeBusConfiguration() const {
+    // Without service folders: nothing of the machine's is started by a message.
+    const QString text = u"<busconfig><type>session</type><listen>unix:path=%1/run/bus</listen><auth>EXTERNAL</auth>"
+                         "<policy context=\"default\"><allow send_destination=\"*\" eavesdrop=\"true\"/>"
+                         "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>"_s.arg(home());
+    write(home() + u"/bus.conf"_s, text.toUtf8().constData());
+}
+
+void PrivateDesktop::writePanelConfiguration() const {
+    write(home() + u"/config/xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml"_s, R"(<?xml version="1.0"?>
+<channel name="xfce4-panel" version="1.0">
+ <property name="configver" type="int" value="2"/>
+ <property name="panels" type="array"><value type="int" value="1"/>
+  <property name="panel-1" type="empty">
+   <property name="position" type="string" value="p=6;x=0;y=0"/>
+   <property name="length" type="uint" value="100"/>
+   <property name="position-locked" type="bool" value="true"/>
+   <property name="size" type="uint" value="28"/>
+   <property name="plugin-ids" type="array"><value type="int" value="1"/><value type="int" value="2"/></property>
+  </property>
+ </property>
+ <property name="plugins" type="empty">
+  <property name="plugin-1" type="string" value="separator">
+   <property name="expand" type="bool" value="true"/><property name="style" type="uint" value="0"/>
+  </property>
+  <property name="plugin-2" type="string" value="systray"/>
+ </property>
+</channel>
+)");
+}
+
+QString PrivateDesktop::run(const QString& program, const QStringList& arguments) const {
+    QProcess process;
+    process.setProcessEnvironment(m_environment);
+    process.start(program, arguments);
+    process.waitForFinished(10000);
+    return QString::fromUtf8(process.readAllStandardOutput());
+}
+
+QStringList PrivateDesktop::windows(const QString& title) const {
+    const QString pattern = u'^' + title + u'$';
+    return run(u"xdotool"_s, {u"search"_s, u"--onlyvisible"_s, u"--name"_s, pattern}).split(u'\n', Qt::SkipEmptyParts);
+}
+
+bool PrivateDesktop::waitForWindow(const QString& title, bool present, int deadlineMs) const {
+    return waitFor([&] { return windows(title).isEmpty() != present; }, deadlineMs);
+}
+
+QRect PrivateDesktop::geometry(const QString& window) const {
+    QRect rect;
+    const QString text = run(u"xdotool"_s, {u"getwindowgeometry"_s, u"--shell"_s, window});
+    for (const QString& line : text.split(u'\n')) {
+        const int value = line.section(u'=', 1).toInt();
+        if (line.startsWith(u"X="_s)) rect.moveLeft(value);
+        if (line.startsWith(u"Y="_s)) rect.moveTop(value);
+        if (line.startsWith(u"WIDTH="_s)) rect.setWidth(value);
+        if (line.startsWith(u"HEIGHT="_s)) rect.setHeight(value);
+    }
+    return rect;
+}
+
+void PrivateDesktop::press(const QString& keys) const {
+    run(u"xdotool"_s, QStringList{u"key"_s, u"--delay"_s, u"60"_s} + keys.split(u' '));
+}
+
+void PrivateDesktop::type(const QString& text) const { run(u"xdotool"_s, {u"type"_s, u"--delay"_s, u"20"_s, text}); }
+
+void PrivateDesktop::click(QPoint place, int button) const {
+    run(u"xdotool"_s,
+        {u"mousemove"_s, QString::number(place.x()), QString::number(place.y()), u"click"_s, QString::number(button)});
+}
+
+QPoint PrivateDesktop::trayItem() const { return {kScreen.width() - 12, 14}; }
+
+void PrivateDesktop::keepPicture(const QString& name) const {
+    const QString folder = qEnvironmentVariable("QUILLET_SCREENSHOTS");
+    if (!folder.isEmpty()) run(u"import"_s, {u"-window"_s, u"root"_s, folder + u'/' + name + u".png"_s});
+}
+
+} // namespace quillet::test
