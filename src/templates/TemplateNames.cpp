@@ -1,0 +1,41 @@
+#include "templates/TemplateNames.h"
+
+#include "support/Characters.h"
+
+namespace quillet {
+namespace {
+
+bool breaksALine(QChar c) {
+    return c.category() == QChar::Other_Control || c.category() == QChar::Separator_Line ||
+           c.category() == QChar::Separator_Paragraph;
+}
+
+} // namespace
+
+QString templateNameForOneLine(const QString& name, int characters) {
+    QString text = firstCharacters(name, characters);
+    if (text.size() < name.size()) text += QChar(u'…');
+    for (QChar& c : text) {
+        if (breaksALine(c)) c = c.isSpace() ? QChar(QChar::Space) : QChar(QChar::ReplacementCharacter);
+    }
+    return text;
+}
+
+QString templateFileName(const QString& proposed) {
+    constexpr qsizetype kLongestName = 255; // bytes, on the usual file systems
+    QString name = proposed;
+    for (QChar& c : name) {
+        if (c == QLatin1Char('/') || breaksALine(c)) c = QLatin1Char('-');
+    }
+    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
+    const QString extension = dot < 0 ? QString() : name.mid(dot);
+    QString stem = dot < 0 ? name : name.left(dot);
+    const auto bytes = [&] { return (stem + extension).toUtf8().size(); };
+    // At first roughly, as a character has at most a few bytes more than one; then one by one.
+    stem = firstCharacters(stem, static_cast<int>(kLongestName));
+    for (int characters = static_cast<int>(kLongestName); bytes() > kLongestName && characters > 0; --characters)
+        stem = firstCharacters(stem, characters);
+    return stem + extension;
+}
+
+} // namespace quillet

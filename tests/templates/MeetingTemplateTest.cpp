@@ -1,0 +1,159 @@
+#include "templates/MeetingTemplate.h"
+
+#include "support/Characters.h"
+#include "templates/Placeholders.h"
+
+#include <QCryptographicHash>
+#include <QSet>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <ctime>
+#include <limits>
+
+namespace quillet {
+namespace {
+
+MeetingContext contextWith(MeetingFacts facts) {
+    if (facts.formattedDate.isEmpty()) facts.formattedDate = QStringLiteral("DATE");
+    return MeetingContext(std::move(facts));
+}
+
+QString rendered(const QString& content, MeetingFacts facts) {
+    return MeetingTemplate{.content = content}.render(contextWith(std::move(facts)));
+}
+
+TEST(MeetingTemplateTest, BuiltInTemplatesAreTheFourByteForByte) {
+    const struct {
+        const char* name;
+        qsizetype bytes;
+        qsizetype lines;
+        const char* sha256;
+    } rows[] = {
+        {"General Meeting Notes", 349, 33, "1c666b05b59fe30b"},
+        {"Executive Brief", 247, 21, "00433a1cf2a0c06d"},
+        {"Action Items Focus", 283, 25, "d41c7b35fe9ee18f"},
+        {"Full Transcript", 363, 32, "ceda5d3d3caca024"},
+    };
+    const auto& templates = MeetingTemplate::builtInTemplates();
+    ASSERT_EQ(templates.size(), std::size(rows));
+    QSet<QUuid> ids;
+    for (std::size_t i = 0; i < templates.size(); ++i) {
+        SCOPED_TRACE(rows[i].name);
+        const MeetingTemplate& one = templates[i];
+        const QByteArray content = one.content.toUtf8();
+        EXPECT_EQ(one.name, QString::fromLatin1(rows[i].name));
+        EXPECT_EQ(content.size(), rows[i].bytes);
+        EXPECT_EQ(content.count('\n') + 1, rows[i].lines);
+        EXPECT_EQ(QCryptographicHash::hash(content, QCryptographicHash::Sha256).toHex().left(16), rows[i].sha256);
+        EXPECT_TRUE(one.isBuiltIn);
+        EXPECT_EQ(one.isDefault, i == 0);
+        ids.insert(one.id);
+    }
+    EXPECT_EQ(ids.size(), 4);
+    EXPECT_EQ(&templates, &MeetingTemplate::builtInTemplates()); // one list, one set of ids
+}
+
+TEST(MeetingTemplateTest, EveryPlaceholderStandsForItsOwnFact) {
+    QString content;
+    for (const Placeholder& placeholder : placeholderReference()) content += placeholder.text + QLatin1Char('|');
+    EXPECT_EQ(rendered(content, {.title = QStringLiteral("t"),
+                                 .formattedDate = QStringLiteral("d"),
+                                 .formattedDuration = QStringLiteral("l"),
+                                 .attendees = QStringLiteral("• A\n• B"),
+                                 .aiSummary = QStringLiteral("s"),
+                                 .keyDecisions = QStringLiteral("k"),
+                                 .actionItems = QStringLiteral("a"),
+                                 .followUps = QStringLiteral("f"),
+                                 .transcript = QString(501, QLatin1Char('x'))}),
+              QStringLiteral("t|d|l|• A\n• B|s|k|a|f|") + QString(501, QLatin1Char('x')) + QLatin1Char('|') +
+                  QString(500, QLatin1Char('x')) + QLatin1Char('|'));
+}
+
+TEST(MeetingTemplateTest, PlaceholdersAreReplacedOneAfterTheOther) {
+    const struct {
+        const char* content;
+        const char* title;
+        const char* transcript;
+        const char* text;
+    } rows[] = {
+        {"{{meeting_title}}", "at {{date}}", "", "at DATE"},               // a later step sees an earlier value
+        {"{{transcript}}", "T", "{{meeting_title}}", "{{meeting_title}}"}, // not the other way round
+        {"{{meeting_title}}", "{{meeting_title}}", "", "{{meeting_title}}"},
+        {"{{transcript}}", "", "{{short_transcript}}", "{{short_transcript}}"},
+        {"{{da{{meeting_title}}", "te}}", "", "DATE"}, // also where value and template only together make one
+        {"{{meeting_title}}{{meeting_title}}", "x", "", "xx"},
+        {"{{{date}}}{{{{date}}", "", "", "{DATE}{{DATE"},
+        {"{{ date }} {{Date}} {{dates}} {date} {{date}", "", "", "{{ date }} {{Date}} {{dates}} {date} {{date}"},
+        {"title: \"{{meeting_title}}\"", "a \"b\" \\1 $& %1", "", "title: \"a \"b\" \\1 $& %1\""},
+        {"", "x", "y", ""},
+        {"no placeholder", "x", "y", "no placeholder"},
+        {"{{meeting_title}}", "", "", ""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.content);
+        EXPECT_EQ(rendered(QString::fromUtf8(row.content),
+                           {.title = QString::fromUtf8(row.title), .transcript = QString::fromUtf8(row.transcript)}),
+                  QString::fromUtf8(row.text));
+    }
+}
+
+/// A template that consists of placeholders and near misses, and values of the same size that are full of them, too.
+double secondsToRender(qsizetype size) {
+    const auto filled = [size](const char* unit) {
+        const QString text = QString::fromUtf8(unit);
+        return text.repeated(size / text.size());
+    };
+    const MeetingContext context = contextWith({.title = filled("{{duration}{{{{"),
+                                                .formattedDate = QStringLiteral("March 1, 2026 at 10:00 AM"),
+                                                .transcript = filled("{{transcript}}")});
+    const MeetingTemplate one{.content = QStringLiteral("{{meeting_title}}{{transcript}}") + filled("{{date}}")};
+    double best = std::numeric_limits<double>::max();
+    for (int round = 0; round < 3; ++round) {
+        const std::clock_t start = std::clock();
+        EXPECT_GT(one.render(context).size(), 5 * size);
+        best = std::min(best, static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
+    }
+    return best;
+}
+
+TEST(MeetingTemplateTest, MegabytesAreRenderedInLinearTime) {
+    const double small = secondsToRender(1 << 20);
+    const double large = secondsToRender(8 << 20);
+    RecordProperty("msPerMegabyte", static_cast<int>(small * 1000));
+    EXPECT_LT(large, 16 * small) << small; // 8 when linear, 64 when quadratic
+}
+
+TEST(MeetingContextTest, ShortTranscriptEndsAfterFiveHundredCharactersAsPerceived) {
+    for (const char* perceived : {"a", "\r\n", "e\xcc\x81", "👩‍👩‍👧", "🇩🇪", "\u1100\u1161\u11a8"}) {
+        SCOPED_TRACE(perceived);
+        const QString character = QString::fromUtf8(perceived);
+        const MeetingContext shorter({.formattedDate = QStringLiteral("d"), .transcript = character.repeated(500)});
+        const MeetingContext longer({.formattedDate = QStringLiteral("d"), .transcript = character.repeated(501)});
+        EXPECT_EQ(shorter.shortTranscript, shorter.transcript);
+        EXPECT_EQ(longer.shortTranscript, shorter.transcript);
+    }
+    EXPECT_EQ(firstCharacters(QStringLiteral("abc"), 3), QStringLiteral("abc"));
+    EXPECT_EQ(firstCharacters(QString(QChar(0xd800)) + QChar(u'b') + QChar(0xdc00), 2).size(), 2);
+}
+
+TEST(MeetingContextTest, AnEmptyDateBecomesTheLongDateInTheLanguageOfTheFirstUse) {
+    qputenv("LC_ALL", "en_US.UTF-8");
+    qputenv("TZ", "America/New_York");
+    const WallTime time{std::chrono::seconds(1772377200)}; // 2026-03-01 15:00 UTC
+    const auto dateOf = [time](const QString& given) {
+        QString text = MeetingContext({.formattedDate = given, .recordedAt = time}).formattedDate;
+        return text.replace(QChar(0x202f), QLatin1Char(' '));
+    };
+    EXPECT_EQ(dateOf({}), QStringLiteral("March 1, 2026 at 10:00 AM"));
+    EXPECT_EQ(dateOf(QStringLiteral(" ")), QStringLiteral(" "));
+    qputenv("LC_ALL", "de_DE.UTF-8");
+    qputenv("TZ", "Asia/Tokyo");
+    EXPECT_EQ(dateOf({}), QStringLiteral("March 1, 2026 at 10:00 AM"));
+    qunsetenv("LC_ALL");
+    qunsetenv("TZ");
+}
+
+} // namespace
+} // namespace quillet
