@@ -1,0 +1,36 @@
+#include "summarisation/TranscriptFile.h"
+
+#include <QStringDecoder>
+
+namespace quillet {
+namespace {
+
+/// A hundred hours of talk and more.
+constexpr qsizetype kMaxBytes = qsizetype{32} * 1024 * 1024;
+
+bool isText(const QString& text) { return !text.contains(QChar(u'\0')); }
+
+} // namespace
+
+Result<Transcript, QString> decodeTranscript(const QByteArray& bytes) {
+    if (bytes.size() > kMaxBytes) return Failure{QStringLiteral("is too long for a transcript.")};
+    const auto marked = QStringConverter::encodingForData(bytes);
+    QStringDecoder decoder(marked.value_or(QStringConverter::Utf8));
+    Transcript transcript{.text = decoder(bytes)};
+    if (decoder.hasError() && !marked) transcript = {.text = QString::fromLatin1(bytes), .isGuessed = true};
+    if ((decoder.hasError() && marked) || !isText(transcript.text)) return Failure{QStringLiteral("is no text.")};
+    transcript.text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    return transcript;
+}
+
+Result<Transcript, QString> readTranscript(QIODevice& device) {
+    QByteArray bytes;
+    while (bytes.size() <= kMaxBytes) {
+        const QByteArray some = device.read(qint64{1024} * 1024);
+        if (some.isEmpty()) break;
+        bytes += some;
+    }
+    return decodeTranscript(bytes);
+}
+
+} // namespace quillet
