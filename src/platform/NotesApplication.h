@@ -26,7 +26,7 @@ struct NoteOutcome {
 /// Whether the notes application lets us in.
 enum class NotesAccess { NotDetermined, Granted, Denied };
 
-/// The user's notes application. All calls but the first two may block, for seconds or, with requestAccess(), for as
+/// The user's notes application. All calls but the first three may block, for seconds or, with requestAccess(), for as
 /// long as the user takes to answer; they are made on worker threads, never on the main thread, and by several at once.
 /// Nothing is ever overwritten or doubled, and no failure is thrown.
 class NotesApplication {
@@ -38,6 +38,9 @@ public:
     /// Whether the user has to consent in the application. If not, access is determined from the start. Any thread, at
     /// once.
     [[nodiscard]] virtual bool asksForConsent() const = 0;
+    /// Whether requestAccess() may be called without the user having wished for it: nobody is asked, or the user is
+    /// asked only once and the answer kept. Any thread, at once.
+    [[nodiscard]] virtual bool asksAtMostOnce() const { return !asksForConsent(); }
 
     /// Finds out quietly: never makes the application ask the user anything.
     [[nodiscard]] virtual NotesAccess probeAccess() = 0;

@@ -2,11 +2,13 @@
 
 #include "platform/AssetWriter.h"
 #include "platform/MicrophoneSource.h"
+#include "platform/PermissionServices.h"
 #include "platform/SoundDevices.h"
 #include "platform/SystemAudioSource.h"
 
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 namespace quillet {
@@ -17,15 +19,16 @@ struct LiveSources {
     std::shared_ptr<MicrophoneSource> microphone;
 };
 
-/// A device is named as the machine names it; an empty name follows the user's default.
-[[nodiscard]] LiveSources makeLiveSources(const QString& systemDevice, const QString& microphoneDevice);
+/// The name of a device as the machine names it, asked at each start of a recording on the capture queue; an empty name
+/// follows the user's default.
+using DeviceName = std::function<QString()>;
+
+[[nodiscard]] LiveSources makeLiveSources(DeviceName systemDevice, DeviceName microphoneDevice);
 
 [[nodiscard]] std::shared_ptr<SoundDevices> makeSoundDevices();
 
 [[nodiscard]] std::shared_ptr<AssetWriterFactory> makeAssetWriterFactory();
 
-/// A text of the system in the words of this platform: some speak of things that exist on one system only. Texts
-/// without a wording of their own come back as they are.
-[[nodiscard]] QString platformWording(const QString& text);
+[[nodiscard]] std::shared_ptr<PermissionServices> makePermissionServices();
 
 } // namespace quillet

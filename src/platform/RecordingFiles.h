@@ -22,6 +22,12 @@ public:
 /// being written. Takes a few milliseconds at most, and leaves nothing behind when it fails.
 [[nodiscard]] Result<std::unique_ptr<RecordingFile>> createRecordingFile(const std::filesystem::path& path);
 
+/// The same for a file that a library makes under its own power: what has the name is set aside before the library
+/// makes the file, and the file is marked as being written as soon as it is there. The mark is a RecordingFile of which
+/// only the life, and remove(), are of use.
+[[nodiscard]] Result<void> setAsideEarlierRecording(const std::filesystem::path& path);
+[[nodiscard]] Result<std::unique_ptr<RecordingFile>> markAsBeingWritten(const std::filesystem::path& path);
+
 /// What a glance at a file tells.
 struct RecordingGlance {
     enum class Kind {

@@ -5,7 +5,7 @@
 namespace quillet {
 
 /// A bookmark is the folder's path: access on Linux is a matter of permissions, not of grants, so starting it succeeds.
-class LinuxFileServices final : public FileServices {
+class LinuxFileServices : public FileServices {
 public:
     [[nodiscard]] std::optional<std::filesystem::path> applicationSupportDirectory() const override;
     [[nodiscard]] std::optional<std::filesystem::path> homeDirectory() const override;

@@ -1,5 +1,7 @@
 #include "platform/linux/LinuxPermissionServices.h"
 
+#include "support/NotificationCenter.h"
+
 #include <QProcess>
 #include <QStandardPaths>
 #include <QStringList>
@@ -45,7 +47,11 @@ void LinuxPermissionServices::ask(std::function<void(bool granted)> completion) 
 }
 
 void LinuxPermissionServices::openSettings(SettingsPlace place) {
-    if (place == SettingsPlace::Automation) return;
+    if (place == SettingsPlace::Automation) {
+        // The system knows nothing of it: notes applications are asked for access in our own settings.
+        return NotificationCenter::standard().post(Notifications::openSettingsRequested,
+                                                   {{QStringLiteral("section"), QStringLiteral("General")}});
+    }
     for (const QStringList& command : kSoundSettings) {
         const QString program = QStandardPaths::findExecutable(command.constFirst());
         if (!program.isEmpty() && QProcess::startDetached(program, command.mid(1))) return;

@@ -1,16 +1,21 @@
 #include "platform/Platform.h"
+#include "platform/linux/LinuxPermissionServices.h"
 #include "platform/linux/ffmpeg/M4aAssetWriter.h"
 #include "platform/linux/pulse/PulseSources.h"
 
 namespace quillet {
 
-LiveSources makeLiveSources(const QString& systemDevice, const QString& microphoneDevice) {
-    return {.systemAudio = makePulseSystemAudioSource(systemDevice),
-            .microphone = makePulseMicrophoneSource(microphoneDevice)};
+LiveSources makeLiveSources(DeviceName systemDevice, DeviceName microphoneDevice) {
+    return {.systemAudio = makePulseSystemAudioSource(std::move(systemDevice)),
+            .microphone = makePulseMicrophoneSource(std::move(microphoneDevice))};
 }
 
 std::shared_ptr<SoundDevices> makeSoundDevices() { return makePulseSoundDevices(); }
 
 std::shared_ptr<AssetWriterFactory> makeAssetWriterFactory() { return std::make_shared<M4aAssetWriterFactory>(); }
+
+std::shared_ptr<PermissionServices> makePermissionServices() {
+    return std::make_shared<LinuxPermissionServices>(makePulseMicrophoneSource([] { return QString(); }));
+}
 
 } // namespace quillet

@@ -123,8 +123,8 @@ bool Receiver::waitUntil(const std::function<bool()>& condition, std::chrono::mi
 }
 
 LiveRecording::LiveRecording(const Devices& devices)
-    : m_microphoneSource(makePulseMicrophoneSource(devices.microphone)),
-      m_systemAudioSource(makePulseSystemAudioSource(devices.systemAudio)) {}
+    : m_microphoneSource(makePulseMicrophoneSource([name = devices.microphone] { return name; })),
+      m_systemAudioSource(makePulseSystemAudioSource([name = devices.systemAudio] { return name; })) {}
 
 std::optional<MicrophoneFailure> LiveRecording::startMicrophone() {
     std::optional<MicrophoneFailure> failure;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/linux/PosixFile.h"
 #include "platform/linux/ffmpeg/Libav.h"
+#include "platform/posix/PosixFile.h"
 #include "support/Result.h"
 
 #include <filesystem>

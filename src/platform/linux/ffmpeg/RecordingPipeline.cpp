@@ -38,4 +38,9 @@ Result<void> RecordingPipeline::drain() {
     return done ? flush() : done;
 }
 
+Result<void> RecordingPipeline::finish() {
+    if (auto finished = m_file.finish(); !finished) return Failure{finished.error()};
+    return {};
+}
+
 } // namespace quillet

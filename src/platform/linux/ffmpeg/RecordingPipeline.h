@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/RecordingFiles.h"
+#include "platform/common/QueuedAssetWriter.h"
 #include "platform/linux/ffmpeg/AacEncoder.h"
 #include "platform/linux/ffmpeg/FragmentMuxer.h"
 #include "storage/m4a/FragmentedFile.h"
@@ -11,23 +12,21 @@
 
 namespace quillet {
 
-/// Blocks of sound in, a growing .m4a on the disk: encoder, muxer and file in a row. Knows nothing of threads; every
-/// call may wait for the disk. After the first error nothing more may be written, finish() still may.
-class RecordingPipeline {
+/// A growing .m4a on the disk: encoder, muxer and file in a row. Every so many blocks go to the disk as one fragment.
+class RecordingPipeline final : public BlockRecorder {
 public:
     [[nodiscard]] static Result<std::unique_ptr<RecordingPipeline>>
     create(std::unique_ptr<RecordingFile> file, int bitsPerSecond, const m4a::Retries& retries);
 
-    /// An empty span is a block of silence. Every so many blocks go to the disk as one fragment.
-    [[nodiscard]] Result<void> write(std::span<const float> interleaved);
+    [[nodiscard]] Result<void> write(std::span<const float> interleaved) override;
     /// Nothing is left in memory afterwards but what the encoder holds: one block.
-    [[nodiscard]] Result<void> flush();
-    /// After the last block.
-    [[nodiscard]] Result<void> drain();
+    [[nodiscard]] Result<void> flush() override;
+    [[nodiscard]] Result<void> drain() override;
+    [[nodiscard]] std::int64_t framesWritten() const override { return m_frames; }
 
-    [[nodiscard]] std::int64_t framesWritten() const { return m_frames; }
-    /// The file on the disk, with what reached it.
-    [[nodiscard]] m4a::FragmentedFile& file() { return m_file; }
+    [[nodiscard]] bool holdsSound() const override { return m_file.holdsSound(); }
+    [[nodiscard]] Result<void> finish() override;
+    void remove() override { m_file.remove(); }
 
     /// 0.51 s: with the block in the encoder and those that gather for the next fragment, less than a second of sound
     /// is not on the disk at any time, and the disk is asked to write twice a second.

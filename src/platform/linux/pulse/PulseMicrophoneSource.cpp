@@ -25,7 +25,7 @@ private:
 
 class PulseMicrophoneSource final : public MicrophoneSource {
 public:
-    explicit PulseMicrophoneSource(QString deviceName) : m_deviceName(std::move(deviceName)) {}
+    explicit PulseMicrophoneSource(PulseDeviceName deviceName) : m_deviceName(std::move(deviceName)) {}
 
     AuthorizationStatus authorizationStatus() override {
         const SoundServer::Lock lock(*m_server);
@@ -38,29 +38,29 @@ public:
     Result<std::unique_ptr<MicrophoneSession>, MicrophoneFailure> start(SerialQueue& queue,
                                                                         SampleHandler handler) override {
         auto pool = std::make_unique<DeliveryPool>(queue, std::move(handler), 1, DeliveryPool::FirstStamp::InsideFrame);
+        const QString name = m_deviceName();
         auto stream = std::make_unique<RecordStream>(
-            m_server, DeviceChoice{DeviceChoice::Kind::Microphone, m_deviceName.toStdString()}, std::move(pool));
+            m_server, DeviceChoice{DeviceChoice::Kind::Microphone, name.toStdString()}, std::move(pool));
         const auto started = stream->start(std::chrono::steady_clock::now() + kLongestStart);
-        if (!started) return Failure{failureOf(started.error())};
+        if (!started) return Failure{failureOf(started.error(), name)};
         return std::unique_ptr<MicrophoneSession>(std::make_unique<PulseMicrophoneSession>(std::move(stream)));
     }
 
 private:
-    [[nodiscard]] MicrophoneFailure failureOf(const RecordStream::StartFailure& failure) const {
+    [[nodiscard]] static MicrophoneFailure failureOf(const RecordStream::StartFailure& failure, const QString& name) {
         if (failure.reason == RecordStream::StartFailure::Reason::Server)
             return {MicrophoneFailure::Step::DeviceInput, failure.error.description};
-        if (m_deviceName.isEmpty()) return {MicrophoneFailure::Step::NoDevice, {}};
-        return {MicrophoneFailure::Step::DeviceInput,
-                QStringLiteral("there is no microphone named \"%1\"").arg(m_deviceName)};
+        if (name.isEmpty()) return {MicrophoneFailure::Step::NoDevice, {}};
+        return {MicrophoneFailure::Step::DeviceInput, QStringLiteral("there is no microphone named \"%1\"").arg(name)};
     }
 
     const std::shared_ptr<SoundServer> m_server = std::make_shared<SoundServer>();
-    const QString m_deviceName;
+    const PulseDeviceName m_deviceName;
 };
 
 } // namespace
 
-std::shared_ptr<MicrophoneSource> makePulseMicrophoneSource(QString deviceName) {
+std::shared_ptr<MicrophoneSource> makePulseMicrophoneSource(PulseDeviceName deviceName) {
     return std::make_shared<PulseMicrophoneSource>(std::move(deviceName));
 }
 

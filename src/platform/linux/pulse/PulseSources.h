@@ -6,6 +6,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 namespace quillet {
@@ -13,12 +14,15 @@ namespace quillet {
 // Each of these has a connection to the sound server of its own, made when it is first used: when two streams share
 // one, PipeWire hands over the audio of one of them in bursts of up to a second, and loses some of it.
 
-/// The microphone with this source name; empty: the default microphone, whichever it is at the time.
-[[nodiscard]] std::shared_ptr<MicrophoneSource> makePulseMicrophoneSource(QString deviceName = {});
+/// The name of a device, asked at each start on the thread of the start; empty for the default one, whichever it is at
+/// the time.
+using PulseDeviceName = std::function<QString()>;
 
-/// What is played to the output of this name (or heard by the source of this name); empty: the default output,
-/// whichever it is at the time.
-[[nodiscard]] std::shared_ptr<SystemAudioSource> makePulseSystemAudioSource(QString deviceName = {});
+/// The microphone with this source name.
+[[nodiscard]] std::shared_ptr<MicrophoneSource> makePulseMicrophoneSource(PulseDeviceName deviceName);
+
+/// What is played to the output of this name (or heard by the source of this name).
+[[nodiscard]] std::shared_ptr<SystemAudioSource> makePulseSystemAudioSource(PulseDeviceName deviceName);
 
 [[nodiscard]] std::shared_ptr<SoundDevices> makePulseSoundDevices();
 

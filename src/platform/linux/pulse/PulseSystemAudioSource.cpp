@@ -55,24 +55,28 @@ private:
 
 class PulseSystemAudioSource final : public SystemAudioSource {
 public:
-    explicit PulseSystemAudioSource(const QString& deviceName)
-        : m_choice{DeviceChoice::Kind::SystemAudio, deviceName.toStdString()} {}
+    explicit PulseSystemAudioSource(PulseDeviceName deviceName) : m_deviceName(std::move(deviceName)) {}
 
     void getShareableContent(ContentCompletion completion) override { completion(content()); }
 
-    /// The choice was made beforehand, so that a stream which follows the default is not bound to today's.
+    /// The choice goes by name and not by what was found, so that a stream which follows the default is not bound to
+    /// today's.
     std::shared_ptr<SystemAudioStream> makeStream(const ContentFilter&, const StreamConfiguration&) override {
-        return std::make_shared<PulseSystemAudioStream>(m_server, m_choice);
+        return std::make_shared<PulseSystemAudioStream>(m_server, choice());
     }
 
 private:
+    [[nodiscard]] DeviceChoice choice() const {
+        return {DeviceChoice::Kind::SystemAudio, m_deviceName().toStdString()};
+    }
+
     Result<std::optional<ShareableContent>> content() {
         const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
         const SoundServer::Lock lock(*m_server);
         if (auto connected = m_server->connect(deadline); !connected) return Failure{connected.error()};
 
         std::optional<Result<std::optional<FoundDevice>>> found;
-        const DeviceLookup lookup(m_server->context(), m_choice, [this, &found](auto answer) {
+        const DeviceLookup lookup(m_server->context(), choice(), [this, &found](auto answer) {
             found = std::move(answer);
             m_server->wakeWaiting();
         });
@@ -89,13 +93,13 @@ private:
     }
 
     const std::shared_ptr<SoundServer> m_server = std::make_shared<SoundServer>();
-    const DeviceChoice m_choice;
+    const PulseDeviceName m_deviceName;
 };
 
 } // namespace
 
-std::shared_ptr<SystemAudioSource> makePulseSystemAudioSource(QString deviceName) {
-    return std::make_shared<PulseSystemAudioSource>(deviceName);
+std::shared_ptr<SystemAudioSource> makePulseSystemAudioSource(PulseDeviceName deviceName) {
+    return std::make_shared<PulseSystemAudioSource>(std::move(deviceName));
 }
 
 } // namespace quillet

@@ -1,0 +1,23 @@
+#pragma once
+
+class QWindow;
+
+namespace quillet {
+
+/// Raises the window and gives it the keyboard on behalf of a user whose press came to us by another way than the
+/// window system, from a panel or a second start: without that a window manager would take it for an intruder. Main
+/// thread, after the window was shown.
+void activateForUser(QWindow& window);
+
+/// Whether a window may have parts through which others are seen; without that, its corners would be black. Main
+/// thread, at any time: a compositor may come and go.
+[[nodiscard]] bool windowsMayBeTranslucent();
+
+/// Whether there is a display to show windows on: the toolkit ends the process with a core dump when there is none.
+/// Before the application object is made.
+[[nodiscard]] bool hasDisplay();
+
+/// Prepares the choice of the window system and of the desktop's own dialogs. Before the application object is made.
+void chooseWindowSystem();
+
+} // namespace quillet

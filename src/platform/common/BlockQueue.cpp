@@ -1,0 +1,65 @@
+#include "platform/common/BlockQueue.h"
+
+#include <algorithm>
+
+namespace quillet {
+
+BlockQueue::BlockQueue(std::size_t capacity, std::size_t batch)
+    : m_batch(batch), m_slots(std::make_unique_for_overwrite<Samples[]>(capacity)), m_entries(capacity) {
+    m_freeSlots.reserve(capacity);
+    for (std::size_t slot = capacity; slot-- > 0;) m_freeSlots.push_back(static_cast<std::uint32_t>(slot));
+}
+
+std::size_t BlockQueue::freeBlocks() const {
+    const std::lock_guard lock(m_mutex);
+    return m_closed ? 0 : m_freeSlots.size();
+}
+
+bool BlockQueue::append(std::int64_t firstFrame, std::span<const float, kBlockSamples> samples) {
+    std::uint32_t slot = 0;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_closed || m_freeSlots.empty()) return false;
+        slot = m_freeSlots.back();
+        m_freeSlots.pop_back();
+    }
+    std::ranges::copy(samples, m_slots[slot].begin());
+    bool batchFilled = false;
+    {
+        const std::lock_guard lock(m_mutex);
+        m_entries[(m_first + m_count) % m_entries.size()] = {firstFrame, slot};
+        ++m_count;
+        batchFilled = m_count == m_batch;
+    }
+    if (batchFilled) m_batchReady.notify_one();
+    return true;
+}
+
+void BlockQueue::close() {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_closed = true;
+    }
+    m_batchReady.notify_one();
+}
+
+std::size_t BlockQueue::waitForBatch() {
+    std::unique_lock lock(m_mutex);
+    m_batchReady.wait(lock, [this] { return m_count >= m_batch || m_closed; });
+    return std::min(m_count, m_batch);
+}
+
+BlockQueue::Block BlockQueue::front() const {
+    const std::lock_guard lock(m_mutex);
+    const Entry& entry = m_entries[m_first];
+    return {entry.firstFrame, m_slots[entry.slot]};
+}
+
+void BlockQueue::pop() {
+    const std::lock_guard lock(m_mutex);
+    m_freeSlots.push_back(m_entries[m_first].slot);
+    m_first = (m_first + 1) % m_entries.size();
+    --m_count;
+}
+
+} // namespace quillet

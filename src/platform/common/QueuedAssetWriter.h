@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/AssetWriter.h"
+
+#include <cstdint>
+#include <memory>
+#include <span>
+
+namespace quillet {
+
+/// Blocks of sound in, a growing file on the disk. Knows nothing of threads; every call may wait for the disk. After
+/// the first error nothing more may be written; finish() and remove() still may.
+class BlockRecorder {
+public:
+    virtual ~BlockRecorder() = default;
+
+    /// An empty span is a block of silence.
+    [[nodiscard]] virtual Result<void> write(std::span<const float> interleaved) = 0;
+    /// A batch is through.
+    [[nodiscard]] virtual Result<void> flush() = 0;
+    /// After the last block.
+    [[nodiscard]] virtual Result<void> drain() = 0;
+    [[nodiscard]] virtual std::int64_t framesWritten() const = 0;
+
+    /// Whether the file, as it is or once it is finished, has anything to play.
+    [[nodiscard]] virtual bool holdsSound() const = 0;
+    /// Makes it a plain file.
+    [[nodiscard]] virtual Result<void> finish() = 0;
+    virtual void remove() = 0;
+};
+
+/// A writer whose recorder runs on a thread of its own behind a queue of 15 s, and is woken for whole batches of
+/// blocks. It fills gaps between blocks with silence, ends the file at the first error, and sees to it that the end
+/// comes once, whoever lets go of it first.
+[[nodiscard]] Result<std::shared_ptr<AssetWriter>> makeQueuedAssetWriter(std::unique_ptr<BlockRecorder> recorder,
+                                                                         std::size_t blocksPerBatch);
+
+} // namespace quillet

@@ -1,0 +1,137 @@
+#include "platform/linux/AutostartEntry.h"
+
+#include "platform/StandardFolders.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include <cerrno>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace quillet {
+namespace {
+
+constexpr const char* kFileName = "com.corvane.Quillet.desktop";
+constexpr qint64 kLargestEntry = 64 * 1024; ///< a desktop file is a page of text
+
+QString qtPath(const std::filesystem::path& path) { return QFile::decodeName(path.c_str()); }
+
+std::filesystem::path runningProgram() {
+    // Inside an AppImage the program runs from a mount that is gone at the next login.
+    if (const char* image = std::getenv("APPIMAGE"); image && image[0] == '/') return image;
+    return QFile::encodeName(QCoreApplication::applicationFilePath()).toStdString();
+}
+
+/// A value of type "string": what would end the line or begin an escape is escaped.
+QByteArray stringValue(QByteArray text) {
+    return text.replace('\\', "\\\\").replace('\n', "\\n").replace('\r', "\\r").replace('\t', "\\t");
+}
+
+/// One argument of an Exec line: quoted, and its percent signs are no field codes. The whole is then a string value.
+QByteArray execArgument(const QByteArray& text) {
+    QByteArray quoted = "\"";
+    for (const char character : text) {
+        if (character == '"' || character == '`' || character == '$' || character == '\\') quoted += '\\';
+        if (character == '%') quoted += '%';
+        quoted += character;
+    }
+    return stringValue(quoted + '"');
+}
+
+QByteArray entryFor(const std::filesystem::path& program) {
+    const QByteArray path = QByteArray::fromStdString(program.string());
+    // Some desktops look for the program itself before they undo its percent signs, which downloads like to have.
+    const QByteArray starter = path.contains('%') ? "env " : "";
+    return "[Desktop Entry]\n"
+           "Type=Application\n"
+           "Name=Quillet\n"
+           "Comment=Records both sides of a meeting\n"
+           "Icon=com.corvane.Quillet\n"
+           "TryExec=" +
+           stringValue(path) +
+           "\n"
+           "Exec=" +
+           starter + execArgument(path) + ' ' + kStartedAtLoginArgument +
+           "\n"
+           "Terminal=false\n"
+           "X-GNOME-Autostart-enabled=true\n";
+}
+
+/// The value of a key in the entry's own group; absent when it is not there.
+std::optional<QByteArray> value(const QByteArray& contents, const QByteArray& key) {
+    bool isInGroup = false;
+    for (const QByteArray& raw : contents.split('\n')) {
+        const QByteArray line = raw.trimmed();
+        if (line.startsWith('[')) isInGroup = line == "[Desktop Entry]";
+        const auto equals = line.indexOf('=');
+        if (isInGroup && equals > 0 && line.left(equals).trimmed() == key) return line.mid(equals + 1).trimmed();
+    }
+    return std::nullopt;
+}
+
+bool isSwitchedOff(const QByteArray& contents) {
+    return value(contents, "Hidden") == "true" || value(contents, "X-GNOME-Autostart-enabled") == "false";
+}
+
+} // namespace
+
+std::unique_ptr<LoginItem> makeLoginItem() {
+    return std::make_unique<AutostartEntry>(standardSettingsFile().parent_path().parent_path() / "autostart",
+                                            runningProgram);
+}
+
+AutostartEntry::AutostartEntry(std::filesystem::path folder, std::function<std::filesystem::path()> program)
+    : m_folder(std::move(folder)), m_file(m_folder / kFileName), m_program(std::move(program)) {}
+
+std::optional<QByteArray> AutostartEntry::read() const {
+    QFile file(qtPath(m_file));
+    if (!QFileInfo(file).isFile() || !file.open(QFile::ReadOnly)) return std::nullopt;
+    return file.read(kLargestEntry);
+}
+
+Result<std::filesystem::path> AutostartEntry::usableProgram() const {
+    const std::filesystem::path program = m_program();
+    if (!program.is_absolute()) return Failure{PlatformError::fromErrno(ENOENT)};
+    if (access(program.c_str(), X_OK) != 0) return Failure{PlatformError::fromErrno(errno)};
+    return program;
+}
+
+bool AutostartEntry::isEnabled() const {
+    const auto contents = read();
+    return contents && value(*contents, "Exec") && !isSwitchedOff(*contents);
+}
+
+Result<void> AutostartEntry::registerItem() {
+    const auto program = usableProgram();
+    if (!program) return Failure{program.error()};
+    return write(entryFor(*program));
+}
+
+Result<void> AutostartEntry::unregisterItem() {
+    if (unlink(m_file.c_str()) != 0 && errno != ENOENT) return Failure{PlatformError::fromErrno(errno)};
+    return {};
+}
+
+void AutostartEntry::followProgram() {
+    const auto contents = read();
+    const auto program = usableProgram();
+    if (!contents || !program || !value(*contents, "Exec") || isSwitchedOff(*contents)) return;
+    const QByteArray wanted = entryFor(*program);
+    const bool isThere =
+        value(*contents, "Exec") == value(wanted, "Exec") && value(*contents, "TryExec") == value(wanted, "TryExec");
+    if (!isThere) static_cast<void>(write(wanted).ok());
+}
+
+Result<void> AutostartEntry::write(const QByteArray& contents) const {
+    std::error_code error;
+    std::filesystem::create_directories(m_folder, error);
+    if (error) return Failure{PlatformError::fromErrno(error.value())};
+    QSaveFile file(qtPath(m_file));
+    if (file.open(QFile::WriteOnly) && file.write(contents) == contents.size() && file.commit()) return {};
+    return Failure{PlatformError{EIO, file.errorString()}};
+}
+
+} // namespace quillet

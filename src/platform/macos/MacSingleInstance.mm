@@ -1,0 +1,101 @@
+#include "platform/SingleInstance.h"
+#include "platform/apple/RemoteCommandNames.h"
+#import "platform/macos/MacSupport.h"
+#include "support/MainThread.h"
+
+#import <AppKit/AppKit.h>
+
+using quillet::RemoteCommand;
+
+/// Hears the commands that other starts of the program send: notifications between the programs of one user's session.
+@interface QuilletCommandListener : NSObject
+- (instancetype)initWithHandler:(std::function<void(RemoteCommand)>)handler;
+- (void)stop;
+@end
+
+namespace {
+
+NSNotificationName const kCommandNotification = @"com.corvane.Quillet.command";
+
+} // namespace
+
+@implementation QuilletCommandListener {
+    std::function<void(RemoteCommand)> _handler;
+}
+
+- (instancetype)initWithHandler:(std::function<void(RemoteCommand)>)handler {
+    self = [super init];
+    if (self) {
+        _handler = std::move(handler);
+        [NSDistributedNotificationCenter.defaultCenter addObserver:self
+                                                          selector:@selector(commandDidArrive:)
+                                                              name:kCommandNotification
+                                                            object:nil
+                                                suspensionBehavior:NSNotificationSuspensionBehaviorDeliverImmediately];
+    }
+    return self;
+}
+
+- (void)commandDidArrive:(NSNotification*)notification {
+    const id name = notification.object;
+    if (![name isKindOfClass:[NSString class]]) return;
+    const auto command = quillet::apple::remoteCommandNamed(quillet::fromNSString(static_cast<NSString*>(name)));
+    if (command) _handler(*command);
+}
+
+- (void)stop {
+    [NSDistributedNotificationCenter.defaultCenter removeObserver:self];
+}
+
+@end
+
+namespace quillet {
+namespace {
+
+/// The system itself starts a program only once when it is opened as one; this is for starts from a command line. Who
+/// runs is known to the system; the command's name is all that goes over, because a program in a sandbox may send no
+/// more.
+class MacSingleInstance final : public SingleInstance {
+public:
+    ~MacSingleInstance() override { [m_listener stop]; }
+
+    void claim(RemoteCommand command, std::function<void(RemoteCommand)> onCommand,
+               std::function<void(Claim)> done) override {
+        const bool delivered = deliver(command);
+        if (!delivered) m_listener = [[QuilletCommandListener alloc] initWithHandler:std::move(onCommand)];
+        MainThread::post([done = std::move(done), delivered] { done(delivered ? Claim::Delivered : Claim::First); });
+    }
+
+    void send(RemoteCommand command, std::function<void(bool)> done) override {
+        MainThread::post([done = std::move(done), delivered = deliver(command)] { done(delivered); });
+    }
+
+private:
+    static bool deliver(RemoteCommand command) {
+        if (!anotherRuns()) return false;
+        [NSDistributedNotificationCenter.defaultCenter postNotificationName:kCommandNotification
+                                                                     object:toNSString(apple::nameOf(command))
+                                                                   userInfo:nil
+                                                         deliverImmediately:YES];
+        return true;
+    }
+
+    static bool anotherRuns() {
+        NSString* const identifier = NSBundle.mainBundle.bundleIdentifier;
+        if (!identifier) return false;
+        const pid_t own = NSProcessInfo.processInfo.processIdentifier;
+        for (NSRunningApplication* application in
+             [NSRunningApplication runningApplicationsWithBundleIdentifier:identifier]) {
+            if (application.processIdentifier != own && !application.terminated) return true;
+        }
+        return false;
+    }
+
+    QuilletCommandListener* _Nullable m_listener = nil;
+};
+
+} // namespace
+
+std::unique_ptr<SingleInstance> makeSingleInstance() { return std::make_unique<MacSingleInstance>(); }
+
+} // namespace quillet

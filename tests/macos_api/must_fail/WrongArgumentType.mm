@@ -1,0 +1,4 @@
+// Must be rejected: cannot initialize a parameter of type 'AVCaptureOutput *
+#import <AVFoundation/AVFoundation.h>
+
+BOOL canAdd(AVCaptureSession* session, AVCaptureInput* input) { return [session canAddOutput:input]; }

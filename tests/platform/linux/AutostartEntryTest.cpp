@@ -1,0 +1,137 @@
+#include "platform/linux/AutostartEntry.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
+namespace quillet {
+namespace {
+
+class AutostartEntryTest : public testing::Test {
+protected:
+    const QTemporaryDir folder;
+    std::filesystem::path base = folder.path().toStdString();
+    std::filesystem::path file = base / "config" / "autostart" / "com.corvane.Quillet.desktop";
+    std::filesystem::path program = makeProgram("quillet");
+    AutostartEntry entry{base / "config" / "autostart", [this] { return program; }};
+
+    std::filesystem::path makeProgram(const char* name) const {
+        const auto path = base / name;
+        QFile script(QString::fromStdString(path.string()));
+        EXPECT_TRUE(script.open(QFile::WriteOnly));
+        script.write("#!/bin/sh\necho \"$0\" \"$@\"\n");
+        script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        return path;
+    }
+    QByteArray contents() const {
+        QFile reader(QString::fromStdString(file.string()));
+        return reader.open(QFile::ReadOnly) ? reader.readAll() : QByteArray();
+    }
+    void edit(const QByteArray& before, const QByteArray& after) const {
+        const QByteArray changed = contents().replace(before, after);
+        QFile writer(QString::fromStdString(file.string()));
+        ASSERT_TRUE(writer.open(QFile::WriteOnly));
+        writer.write(changed);
+    }
+};
+
+TEST_F(AutostartEntryTest, ThereIsAnEntryExactlyWhileTheItemIsRegistered) {
+    EXPECT_FALSE(entry.isEnabled());
+    EXPECT_TRUE(entry.unregisterItem()) << "nothing to remove is no failure";
+    for (int time = 0; time < 2; ++time) {
+        ASSERT_TRUE(entry.registerItem());
+        EXPECT_TRUE(entry.isEnabled());
+    }
+    EXPECT_TRUE(contents().contains("\nTryExec=" + QByteArray::fromStdString(program.string()) + "\n"));
+    ASSERT_TRUE(entry.unregisterItem());
+    EXPECT_FALSE(entry.isEnabled());
+    EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+TEST_F(AutostartEntryTest, WhatAUserOrADesktopDidToTheEntryCounts) {
+    const struct {
+        const char* before;
+        const char* after;
+        bool enabled;
+    } rows[] = {
+        {"Terminal=false", "Hidden=true", false},
+        {"Terminal=false", "  Hidden = true", false},
+        {"Terminal=false", "Hidden=false", true},
+        {"X-GNOME-Autostart-enabled=true", "X-GNOME-Autostart-enabled=false", false},
+        {"X-GNOME-Autostart-enabled=true", "X-GNOME-Autostart-Delay=5", true},
+        {"Terminal=false", "[Desktop Action x]\nHidden=true", true},
+        {"[Desktop Entry]", "rubbish", false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.after);
+        ASSERT_TRUE(entry.registerItem());
+        edit(row.before, row.after);
+        EXPECT_EQ(entry.isEnabled(), row.enabled);
+        const QByteArray asEdited = contents();
+        entry.followProgram();
+        EXPECT_EQ(contents(), asEdited) << "an entry for the right program stays as the user made it";
+        ASSERT_TRUE(entry.registerItem());
+        EXPECT_TRUE(entry.isEnabled());
+    }
+}
+
+TEST_F(AutostartEntryTest, TheEntryFollowsAProgramThatMoves) {
+    entry.followProgram();
+    EXPECT_FALSE(entry.isEnabled()) << "nobody switched it on";
+    ASSERT_TRUE(entry.registerItem());
+    const auto oldPath = program.string();
+    program = makeProgram("quillet 2");
+    entry.followProgram();
+    EXPECT_TRUE(contents().contains("/quillet 2\n"));
+    EXPECT_FALSE(contents().contains(QByteArray::fromStdString(oldPath) + '\n'));
+
+    edit("X-GNOME-Autostart-enabled=true", "Hidden=true");
+    program = oldPath;
+    entry.followProgram();
+    EXPECT_TRUE(contents().contains("/quillet 2\n")) << "what is switched off is left alone";
+
+    program = base / "gone";
+    ASSERT_FALSE(entry.registerItem()) << "a program that is not there cannot be started";
+    EXPECT_FALSE(entry.isEnabled());
+}
+
+TEST_F(AutostartEntryTest, AFolderThatCannotBeMadeFailsAndLeavesNothing) {
+    QFile inTheWay(QString::fromStdString((base / "config").string()));
+    ASSERT_TRUE(inTheWay.open(QFile::WriteOnly));
+    const auto registered = entry.registerItem();
+    ASSERT_FALSE(registered);
+    EXPECT_FALSE(registered.error().description.isEmpty());
+    EXPECT_FALSE(entry.isEnabled());
+}
+
+TEST_F(AutostartEntryTest, AnyPathIsStartedByTheDesktopsOwnRules) {
+    if (QProcess::execute(QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral("command -v gio >/dev/null")}) !=
+        0)
+        GTEST_SKIP() << "gio, which starts desktop files, is not installed";
+    for (const char* name :
+         {"plain", "with space", "per%cent %f", "quo\"te", "back\\slash", "dol$HOME`lar", "ümläut"}) {
+        SCOPED_TRACE(name);
+        program = makeProgram(name);
+        ASSERT_TRUE(entry.registerItem());
+        const auto started = base / "started";
+        {
+            QFile script(QString::fromStdString(program.string()));
+            ASSERT_TRUE(script.open(QFile::WriteOnly));
+            script.write("#!/bin/sh\nprintf '%s' \"$*\" > '" + QByteArray::fromStdString(started.string()) + "'\n");
+        }
+        ASSERT_EQ(
+            QProcess::execute(QStringLiteral("gio"), {QStringLiteral("launch"), QString::fromStdString(file.string())}),
+            0);
+        QFile output(QString::fromStdString(started.string()));
+        for (int wait = 0; wait < 200 && output.size() == 0; ++wait) QThread::msleep(10);
+        ASSERT_TRUE(output.open(QFile::ReadOnly));
+        EXPECT_EQ(output.readAll(), QByteArray(kStartedAtLoginArgument));
+        std::filesystem::remove(started);
+    }
+}
+
+} // namespace
+} // namespace quillet
