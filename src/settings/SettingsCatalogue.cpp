@@ -1,5 +1,7 @@
 #include "settings/SettingsCatalogue.h"
 
+#include "support/ServiceAddress.h"
+
 #include <QDir>
 #include <QJsonDocument>
 #include <QUuid>
@@ -23,6 +25,10 @@ const std::vector<SettingInfo>& catalogue() {
             entry("corvane.autoCreateNote", Type::Bool, "false", "make a note of every recording"),
             entry("corvane.recordingsFolderBookmark", Type::Folder, "",
                   "where recordings go; absent: the default folder"),
+            entry("corvane.systemAudioDevice", Type::Text, "",
+                  "the output that is recorded, by its name; absent: the system's default"),
+            entry("corvane.microphoneDevice", Type::Text, "",
+                  "the microphone, by its name; absent: the system's default"),
             entry("corvane.notesApplication", Type::Choice, "vault", "the notes application",
                   {QStringLiteral("vault"), QStringLiteral("joplin")}),
             entry("corvane.notesVaultFolder", Type::Folder, "",
@@ -37,6 +43,14 @@ const std::vector<SettingInfo>& catalogue() {
             entry("corvane.selectedTemplateId", Type::Uuid, "", "the template in use"),
             entry("useLocalSummarisation", Type::Bool, "true", "summarise on this device"),
             entry("cloudFallbackEnabled", Type::Bool, "true", "summarise in the cloud where the device cannot"),
+            entry("corvane.localModelAddress", Type::LocalAddress, "",
+                  "server of a language model on this machine, such as http://127.0.0.1:11434/v1"),
+            entry("corvane.localModelName", Type::Text, "", "its model"),
+            entry("corvane.localModelContext", Type::Tokens, "4096", "how many tokens it takes"),
+            entry("corvane.cloudModelAddress", Type::CloudAddress, "",
+                  "server of a language model elsewhere, which is sent transcripts; its key is no setting"),
+            entry("corvane.cloudModelName", Type::Text, "", "its model"),
+            entry("corvane.cloudModelContext", Type::Tokens, "32768", "how many tokens it takes"),
             entry("corvane.automationPromptAttempted", Type::Bool, "false",
                   "the notes application has been asked for access"),
             entry("corvane.automationGrantedCached", Type::Bool, "false", "its last answer"),
@@ -79,6 +93,16 @@ Result<QVariant, QString> parseSetting(const SettingInfo& setting, const QString
     case Type::Port:
         if (const int port = text.toInt(); port < 1 || port > 65535)
             return Failure{QStringLiteral("%1 is a port number from 1 to 65535.").arg(setting.key)};
+        return QVariant(text);
+    case Type::LocalAddress:
+    case Type::CloudAddress: {
+        const auto address = setting.type == Type::LocalAddress ? localServiceAddress(text) : cloudServiceAddress(text);
+        if (!address) return Failure{address.error()};
+        return QVariant(text.trimmed());
+    }
+    case Type::Tokens:
+        if (const int tokens = text.toInt(); tokens < 1024 || tokens > 4'000'000)
+            return Failure{QStringLiteral("%1 is a number of tokens, at least 1024.").arg(setting.key)};
         return QVariant(text);
     case Type::Choice:
         if (setting.choices.contains(text)) return QVariant(text);

@@ -19,9 +19,12 @@ struct SettingInfo {
         Choice, ///< one of the choices
         Folder, ///< an absolute path
         Uuid,
-        Port,   ///< of a service on this machine
-        Secret, ///< never shown
-        Json    ///< the text of a JSON array
+        Port,         ///< of a service on this machine
+        LocalAddress, ///< of a service on this machine
+        CloudAddress, ///< of a service elsewhere
+        Tokens,       ///< how much a language model can hold
+        Secret,       ///< never shown
+        Json          ///< the text of a JSON array
     };
     QString key;
     Type type = Type::Text;

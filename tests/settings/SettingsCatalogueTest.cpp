@@ -28,6 +28,13 @@ TEST(SettingsCatalogueTest, ValuesAreCheckedByTheirType) {
         {"corvane.joplinPort", "41184", "41184"},
         {"corvane.joplinPort", "80000", nullptr},
         {"corvane.joplinToken", "0123abcd", "(set)"},
+        {"corvane.localModelAddress", " http://127.0.0.1:11434/v1 ", "http://127.0.0.1:11434/v1"},
+        {"corvane.localModelAddress", "https://models.example.eu/v1", nullptr},
+        {"corvane.cloudModelAddress", "https://models.example.eu/v1", "https://models.example.eu/v1"},
+        {"corvane.cloudModelAddress", "http://models.example.eu/v1", nullptr},
+        {"corvane.localModelContext", "8192", "8192"},
+        {"corvane.localModelContext", "8k", nullptr},
+        {"corvane.localModelContext", "512", nullptr},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << row.key << " = " << row.text);

@@ -1,0 +1,156 @@
+#include "onboarding/OnboardingModel.h"
+
+#include <QCoreApplication>
+#include <QTimer>
+
+#include <chrono>
+#include <utility>
+
+namespace quillet {
+namespace {
+
+constexpr std::chrono::milliseconds kLookAgainAfterAsking{1000};
+
+constexpr const char* kContinue = QT_TRANSLATE_NOOP("quillet::OnboardingView", "Continue");
+constexpr const char* kGrantAccess = QT_TRANSLATE_NOOP("quillet::OnboardingView", "Grant Access");
+constexpr const char* kStartRecording = QT_TRANSLATE_NOOP("quillet::OnboardingView", "Start Recording");
+
+} // namespace
+
+OnboardingModel::OnboardingModel(OnboardingServices services) : m_services(std::move(services)) {}
+
+void OnboardingModel::appeared() {
+    m_services.permissions->refreshStatus();
+    refreshAccess();
+    checkAICompatibility();
+}
+
+void OnboardingModel::checkAICompatibility() {
+    // Where the model is ready there is nothing left to switch on.
+    shouldShowAIStep.set(!m_services.isOnDeviceModelReady() &&
+                         !m_services.defaults.boolean(DefaultsKeys::onboardingAIShown));
+    aiCheckComplete.set(true);
+}
+
+OnboardingModel::Page OnboardingModel::page() const {
+    const int step = currentStep.value();
+    if (step >= 5 || (step == 4 && !shouldShowAIStep.value())) return Page::Ready;
+    return static_cast<Page>(step);
+}
+
+const char* OnboardingModel::buttonTitle() const {
+    switch (currentStep.value()) {
+    case 0:
+        return QT_TRANSLATE_NOOP("quillet::OnboardingView", "Get Started");
+    case 1:
+        return hasMicrophoneAccess.value() ? kContinue : kGrantAccess;
+    case 2:
+        return hasScreenCaptureAccess.value() ? kContinue : kGrantAccess;
+    case 3:
+        return kContinue;
+    case 4:
+        return shouldShowAIStep.value() ? kContinue : kStartRecording;
+    case 5:
+        return kStartRecording;
+    default:
+        return QT_TRANSLATE_NOOP("quillet::OnboardingView", "Next");
+    }
+}
+
+bool OnboardingModel::isLastStep() const { return currentStep.value() == pageCount() - 1; }
+
+void OnboardingModel::nextAction() {
+    switch (currentStep.value()) {
+    case 0:
+    case 3:
+        return advance();
+    case 1:
+        return hasMicrophoneAccess.value() ? advance() : askForMicrophone();
+    case 2:
+        if (!hasScreenCaptureAccess.value()) askForScreenCapture();
+        return advance();
+    case 4:
+        if (!shouldShowAIStep.value()) return completeOnboarding();
+        m_services.defaults.set(DefaultsKeys::onboardingAIShown, true);
+        return advance();
+    case 5:
+        return completeOnboarding();
+    default:
+        return;
+    }
+}
+
+void OnboardingModel::refreshAccess() {
+    const PermissionManager& permissions = *m_services.permissions;
+    hasMicrophoneAccess.set(permissions.microphoneStatus.value() == PermissionStatus::Granted);
+    hasScreenCaptureAccess.set(permissions.screenCaptureStatus.value() == PermissionStatus::Granted);
+}
+
+void OnboardingModel::askForMicrophone() {
+    m_services.permissions->requestMicrophoneAccess([weak = weak_from_this()](bool) {
+        const auto self = weak.lock();
+        if (!self) return;
+        self->m_services.permissions->refreshStatus();
+        self->hasMicrophoneAccess.set(self->m_services.permissions->microphoneStatus.value() ==
+                                      PermissionStatus::Granted);
+    });
+}
+
+void OnboardingModel::askForScreenCapture() {
+    m_services.permissions->requestScreenCaptureAccess();
+    m_services.permissions->openScreenCapturePreferences();
+    QTimer::singleShot(kLookAgainAfterAsking, QCoreApplication::instance(), [weak = weak_from_this()] {
+        const auto self = weak.lock();
+        if (!self) return;
+        self->m_services.permissions->refreshStatus();
+        self->hasScreenCaptureAccess.set(self->m_services.permissions->screenCaptureStatus.value() ==
+                                         PermissionStatus::Granted);
+    });
+}
+
+void OnboardingModel::testNotesConnection() {
+    m_testedWithoutFolder = false;
+    notesTestInProgress.set(true);
+    notesTestSuccess.set(std::nullopt);
+    m_services.permissions->requestAutomationAccess([weak = weak_from_this()](bool granted) {
+        const auto self = weak.lock();
+        if (!self) return;
+        self->hasNotesAccess.set(granted);
+        if (granted)
+            self->testNotesFolder();
+        else
+            self->finishNotesTest(false);
+    });
+}
+
+void OnboardingModel::testNotesFolder() {
+    const QString folder = m_services.settingsStore()->notesFolderName.value();
+    m_testedWithoutFolder = folder.trimmed().isEmpty();
+    m_services.notes.testFolderConnection(folder, [weak = weak_from_this()](bool exists) {
+        if (const auto self = weak.lock()) self->finishNotesTest(exists);
+    });
+}
+
+void OnboardingModel::finishNotesTest(bool success) {
+    notesTestInProgress.set(false);
+    notesTestSuccess.set(success);
+}
+
+OnboardingModel::NotesTestRemark OnboardingModel::notesTestRemark() const {
+    const bool failed = notesTestSuccess.value() == std::optional(false);
+    return failed && m_testedWithoutFolder ? NotesTestRemark::NotesCanBeReached : NotesTestRemark::None;
+}
+
+void OnboardingModel::openIntelligenceSettings() {
+    if (m_services.desktop->openLanguageModelSettings()) return;
+    m_services.notifications.post(Notifications::openSettingsRequested,
+                                  {{QStringLiteral("section"), QStringLiteral("AI & Privacy")}});
+}
+
+void OnboardingModel::completeOnboarding() {
+    m_services.setLaunchAtLogin(true);
+    m_services.defaults.set(DefaultsKeys::hasCompletedOnboarding, true);
+    m_services.notifications.post(Notifications::onboardingDidComplete);
+}
+
+} // namespace quillet

@@ -1,0 +1,117 @@
+#include "settings/SettingsModel.h"
+
+#include "summarisation/SummaryPath.h"
+
+#include <algorithm>
+#include <system_error>
+#include <utility>
+
+namespace quillet {
+
+SettingsModel::SettingsModel(SettingsServices services)
+    : selectedNotesFolder(services.defaults.string(DefaultsKeys::notesFolderName).value_or(QString())),
+      m_services(std::move(services)) {}
+
+void SettingsModel::appeared() {
+    PermissionManager& permissions = *m_services.permissions;
+    permissions.refreshStatus();
+    m_services.store->recordingPath.set(m_services.files.recordingsDirectoryDisplayPath());
+    // An application that would ask the user anew each time is only asked when the user wants it.
+    if (m_services.notes.isNotesAvailable() && m_services.notesApplication->asksAtMostOnce())
+        permissions.triggerNotesAutomationPermissionPromptIfNeeded();
+    m_services.store->refreshFolders();
+    launchAtLogin.set(m_services.isLaunchedAtLogin());
+    m_services.summarisation->checkLocalAvailability();
+}
+
+void SettingsModel::useDefaultRecordingsFolder() {
+    m_services.files.resetToDefaultRecordingsDirectory();
+    m_services.store->recordingPath.set(m_services.files.recordingsDirectoryDisplayPath());
+}
+
+bool SettingsModel::isRecordingsFolderUnusable() const { return m_services.files.isCustomDirectoryUnwritable(); }
+
+SettingsModel::AccessRow SettingsModel::accessRow() const {
+    if (m_services.permissions->automationStatus.value() == PermissionStatus::Granted) return AccessRow::None;
+    return m_services.notesApplication->asksForConsent() ? AccessRow::AskForAccess : AccessRow::FolderUnusable;
+}
+
+SettingsModel::FoldersRemark SettingsModel::foldersRemark() const {
+    if (!m_services.store->notesFoldersLoadFailed.value()) return FoldersRemark::None;
+    // A folder that we are let into without asking has no other reason to be empty than that it is.
+    const bool isOpen = m_services.permissions->automationStatus.value() == PermissionStatus::Granted &&
+                        !m_services.notesApplication->asksForConsent();
+    return isOpen ? FoldersRemark::NoFoldersYet : FoldersRemark::LoadFailed;
+}
+
+void SettingsModel::allowAccess() {
+    isAskingForAccess.set(true);
+    accessWasRefused.set(false);
+    m_services.permissions->requestAutomationAccess(
+        [weak = weak_from_this(), permissions = m_services.permissions, store = m_services.store](bool granted) {
+            if (granted)
+                store->refreshFolders();
+            else
+                permissions->openAutomationPreferences();
+            const auto self = weak.lock();
+            if (!self) return;
+            self->accessWasRefused.set(!granted);
+            self->isAskingForAccess.set(false);
+        });
+}
+
+QStringList SettingsModel::notesFolderOptions() const {
+    const auto& listed = m_services.store->availableFolders.value();
+    const QString& selected = selectedNotesFolder.value();
+    QStringList options{QString()};
+    if (!selected.isEmpty() && std::find(listed.begin(), listed.end(), selected) == listed.end())
+        options.append(selected);
+    for (const QString& folder : listed) options.append(folder);
+    return options;
+}
+
+void SettingsModel::selectNotesFolder(const QString& name) {
+    m_services.defaults.set(DefaultsKeys::notesFolderName, name);
+    selectedNotesFolder.set(name);
+}
+
+void SettingsModel::setLaunchAtLogin(bool enabled) {
+    launchAtLogin.set(enabled);
+    m_services.setLaunchAtLogin(enabled);
+}
+
+void SettingsModel::openNewFolderSheet() { showNewFolderSheet.set(true); }
+
+bool SettingsModel::canCreateFolder() const { return !newFolderName.value().trimmed().isEmpty(); }
+
+void SettingsModel::createFolder() {
+    if (!canCreateFolder()) return;
+    selectNotesFolder(newFolderName.value().trimmed());
+    m_services.store->refreshFolders();
+    cancelNewFolder();
+}
+
+void SettingsModel::cancelNewFolder() {
+    newFolderName.set({});
+    showNewFolderSheet.set(false);
+}
+
+SettingsModel::SummaryStatus SettingsModel::summaryStatus() const {
+    using Maker = SummaryStatus::Maker;
+    using Meanwhile = SummaryStatus::Meanwhile;
+    const SummaryPlan plan = summaryPlan(m_services.defaults, m_services.summarisation->localAvailable.value());
+    SummaryStatus status{.host = plan.host, .model = plan.model};
+    const bool isCloudSetUp = plan.path == SummaryPath::Cloud;
+    if (!useLocal()) {
+        status.maker = isCloudSetUp ? Maker::CloudService : Maker::SystemCloud;
+    } else if (plan.path == SummaryPath::LocalServer) {
+        status.maker = Maker::LocalServer;
+    } else if (plan.path == SummaryPath::SystemModel) {
+        status.maker = Maker::SystemModel;
+    } else {
+        status.meanwhile = isCloudSetUp ? Meanwhile::CloudService : Meanwhile::SystemCloud;
+    }
+    return status;
+}
+
+} // namespace quillet

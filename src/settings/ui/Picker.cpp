@@ -1,0 +1,62 @@
+#include "settings/ui/Picker.h"
+
+#include <QStyleOptionComboBox>
+#include <QWheelEvent>
+
+#include <algorithm>
+#include <vector>
+
+namespace quillet {
+namespace {
+
+constexpr int kMostLetters = 16; ///< of the width that is asked for
+constexpr int kMostItems = 200;  ///< that are looked at for it
+
+} // namespace
+
+Picker::Picker(QWidget* parent) : QComboBox(parent) {
+    setFocusPolicy(Qt::StrongFocus);
+    setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+}
+
+TextLabel* Picker::makeLabel(const QString& text) {
+    auto* const label = new TextLabel(text, TextStyle::Body, Ink::Label, parentWidget());
+    label->setWordWrap(false);
+    label->setBuddy(this);
+    setAccessibleName(text); // for the platforms that go by the name
+    return label;
+}
+
+QSize Picker::minimumSizeHint() const {
+    const int most = fontMetrics().averageCharWidth() * kMostLetters;
+    int widest = most / 3;
+    for (int item = 0; item < std::min(count(), kMostItems) && widest < most; ++item)
+        widest = std::max(widest, std::min(most, fontMetrics().horizontalAdvance(itemText(item))));
+    QStyleOptionComboBox option;
+    QComboBox::initStyleOption(&option);
+    return style()->sizeFromContents(QStyle::CT_ComboBox, &option, {widest + 4, fontMetrics().height()}, this);
+}
+
+void Picker::initStyleOption(QStyleOptionComboBox* option) const {
+    QComboBox::initStyleOption(option);
+    const QRect field = style()->subControlRect(QStyle::CC_ComboBox, option, QStyle::SC_ComboBoxEditField, this);
+    option->currentText = fontMetrics().elidedText(option->currentText, Qt::ElideRight, field.width() - 4);
+}
+
+void Picker::wheelEvent(QWheelEvent* event) { event->ignore(); }
+
+void alignLabels(std::initializer_list<QLabel*> labels) {
+    const auto align = [all = std::vector<QLabel*>(labels)] {
+        int widest = 0;
+        for (QLabel* const label : all) {
+            label->setMinimumWidth(0);
+            widest = std::max(widest, label->sizeHint().width());
+        }
+        for (QLabel* const label : all) label->setMinimumWidth(widest);
+    };
+    align();
+    QObject::connect(&Theme::shared(), &Theme::changed, *labels.begin(), align);
+}
+
+} // namespace quillet

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "widgets/Controls.h"
+
+#include <QComboBox>
+
+#include <initializer_list>
+
+namespace quillet {
+
+/// A pop-up menu of values. Turning the wheel scrolls what it lies in and never changes the value: that is how settings
+/// get changed unnoticed. A value that is too long for its place ends in dots and does not widen the window.
+class Picker final : public QComboBox {
+public:
+    explicit Picker(QWidget* parent = nullptr);
+    /// The label beside it, which also is what assistive technology calls it.
+    [[nodiscard]] TextLabel* makeLabel(const QString& text);
+
+    [[nodiscard]] QSize sizeHint() const override { return minimumSizeHint(); }
+    /// Wide enough for its values, up to a point.
+    [[nodiscard]] QSize minimumSizeHint() const override;
+
+protected:
+    void wheelEvent(QWheelEvent* event) override;
+    void initStyleOption(QStyleOptionComboBox* option) const override;
+};
+
+/// Keeps labels as wide as the widest of them, so that what follows them stands in one column.
+void alignLabels(std::initializer_list<QLabel*> labels);
+
+} // namespace quillet

@@ -1,0 +1,188 @@
+#include "OnboardingTestSupport.h"
+
+#include <QElapsedTimer>
+
+#include <gmock/gmock.h>
+
+namespace quillet::test {
+namespace {
+
+using testing::ElementsAre;
+using Page = OnboardingModel::Page;
+using Remark = OnboardingModel::NotesTestRemark;
+
+using OnboardingModelTest = OnboardingFixture;
+
+TEST_F(OnboardingModelTest, TheButtonAndThePageOfEachStep) {
+    const struct {
+        bool showsAI;
+        int step;
+        Page page;
+        const char* denied;  ///< the button, while nothing is allowed
+        const char* granted; ///< the button, once it is
+        bool isLast;
+    } rows[] = {
+        {true, 0, Page::Welcome, "Get Started", "Get Started", false},
+        {true, 1, Page::Microphone, "Grant Access", "Continue", false},
+        {true, 2, Page::ScreenCapture, "Grant Access", "Continue", false},
+        {true, 3, Page::Notes, "Continue", "Continue", false},
+        {true, 4, Page::OnDeviceAI, "Continue", "Continue", false},
+        {true, 5, Page::Ready, "Start Recording", "Start Recording", true},
+        {true, 6, Page::Ready, "Next", "Next", false},
+        {false, 3, Page::Notes, "Continue", "Continue", false},
+        {false, 4, Page::Ready, "Start Recording", "Start Recording", true},
+        {false, 5, Page::Ready, "Start Recording", "Start Recording", false},
+    };
+    start();
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << "step " << row.step << (row.showsAI ? " with" : " without") << " AI page");
+        model->shouldShowAIStep.set(row.showsAI);
+        model->currentStep.set(row.step);
+        for (const bool granted : {false, true}) {
+            model->hasMicrophoneAccess.set(granted);
+            model->hasScreenCaptureAccess.set(granted);
+            EXPECT_STREQ(model->buttonTitle(), granted ? row.granted : row.denied);
+        }
+        EXPECT_EQ(model->page(), row.page);
+        EXPECT_EQ(model->isLastStep(), row.isLast);
+    }
+}
+
+TEST_F(OnboardingModelTest, TheMicrophoneIsAskedForAndThePageWaitsForTheUser) {
+    start();
+    EXPECT_FALSE(model->hasMicrophoneAccess.value());
+    model->nextAction();
+    ASSERT_EQ(model->currentStep.value(), 1);
+    for (const bool granted : {false, true}) {
+        model->nextAction();
+        ASSERT_TRUE(services->microphoneCompletion);
+        services->microphone = granted ? AuthorizationStatus::Authorized : AuthorizationStatus::Denied;
+        std::exchange(services->microphoneCompletion, {})(granted);
+        processEvents();
+        EXPECT_EQ(model->hasMicrophoneAccess.value(), granted);
+        EXPECT_EQ(model->currentStep.value(), 1);
+    }
+    model->nextAction();
+    EXPECT_EQ(model->currentStep.value(), 2);
+}
+
+TEST_F(OnboardingModelTest, ScreenCaptureIsAskedForInPassing) {
+    start();
+    goTo(2);
+    model->nextAction();
+    EXPECT_EQ(model->currentStep.value(), 3) << "without waiting for the grant";
+    EXPECT_EQ(services->screenCaptureRequests, 1);
+    EXPECT_THAT(services->opened, ElementsAre(SettingsPlace::ScreenCapture));
+    services->screenCapture = true;
+    QElapsedTimer since;
+    since.start();
+    ASSERT_TRUE(waitFor([this] { return model->hasScreenCaptureAccess.value(); }));
+    EXPECT_GE(since.elapsed(), 900);
+
+    model->currentStep.set(2);
+    model->nextAction();
+    EXPECT_EQ(model->currentStep.value(), 3);
+    EXPECT_EQ(services->screenCaptureRequests, 1) << "what is granted is not asked for again";
+}
+
+TEST_F(OnboardingModelTest, WhatIsAllowedAlreadyIsNotAskedFor) {
+    services->screenCapture = true;
+    services->microphone = AuthorizationStatus::Authorized;
+    start();
+    for (int step = 0; step < 4; ++step) model->nextAction();
+    EXPECT_EQ(model->currentStep.value(), 4);
+    EXPECT_EQ(services->screenCaptureRequests, 0);
+    EXPECT_FALSE(services->microphoneCompletion);
+}
+
+TEST_F(OnboardingModelTest, TestingTheNotes) {
+    const struct {
+        const char* name;
+        const char* folder;
+        bool answer, hasAccess, success;
+        Remark remark;
+    } rows[] = {
+        {"denied", "Work", false, false, false, Remark::None},
+        {"denied, no folder", "", false, false, false, Remark::None},
+        {"a folder that is there", "Work", true, true, true, Remark::None},
+        {"a folder that is not there", "Play", true, true, false, Remark::None},
+        {"no folder chosen", "", true, true, false, Remark::NotesCanBeReached},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        defaults.set(DefaultsKeys::notesFolderName, QString::fromLatin1(row.folder));
+        store.reset();
+        notes->answer = row.answer;
+        notes->access = row.answer ? NotesAccess::Granted : NotesAccess::Denied;
+        start();
+        EXPECT_FALSE(model->notesTestSuccess.value().has_value());
+        model->testNotesConnection();
+        EXPECT_TRUE(model->notesTestInProgress.value());
+        ASSERT_TRUE(settleNotesTest());
+        EXPECT_EQ(model->hasNotesAccess.value(), row.hasAccess);
+        EXPECT_EQ(model->notesTestSuccess.value(), std::optional(row.success));
+        EXPECT_EQ(model->notesTestRemark(), row.remark);
+
+        model->testNotesConnection();
+        EXPECT_FALSE(model->notesTestSuccess.value().has_value()) << "the last result goes at once";
+        EXPECT_EQ(model->notesTestRemark(), Remark::None);
+        ASSERT_TRUE(settleNotesTest());
+    }
+}
+
+TEST_F(OnboardingModelTest, ATestDoesNotKeepTheIntroductionAlive) {
+    start();
+    model->testNotesConnection();
+    const std::weak_ptr<OnboardingModel> weak = model;
+    model.reset();
+    EXPECT_TRUE(weak.expired());
+}
+
+TEST_F(OnboardingModelTest, ThePageOnSummariesIsShownOnceAndOnlyWhereItHelps) {
+    modelIsReady = true;
+    start();
+    EXPECT_FALSE(model->shouldShowAIStep.value());
+    EXPECT_TRUE(model->aiCheckComplete.value());
+    modelIsReady = false;
+    start();
+    ASSERT_TRUE(model->shouldShowAIStep.value());
+    goTo(4);
+    EXPECT_FALSE(defaults.boolean(DefaultsKeys::onboardingAIShown)) << "not before the page has been passed";
+    model->nextAction();
+    EXPECT_TRUE(defaults.boolean(DefaultsKeys::onboardingAIShown));
+    EXPECT_EQ(model->page(), Page::Ready);
+    EXPECT_EQ(completed, 0);
+    start();
+    EXPECT_FALSE(model->shouldShowAIStep.value());
+}
+
+TEST_F(OnboardingModelTest, TheWayToTheSettingsOfTheModel) {
+    start();
+    model->openIntelligenceSettings();
+    EXPECT_EQ(requestedSection, QStringLiteral("AI & Privacy"));
+    requestedSection.reset();
+    desktop->hasModelSettings = true;
+    model->openIntelligenceSettings();
+    EXPECT_EQ(desktop->opened, 1);
+    EXPECT_FALSE(requestedSection);
+}
+
+TEST_F(OnboardingModelTest, TheLastStepCompletesAndSwitchesStartingAtLoginOn) {
+    for (const bool showsAI : {false, true}) {
+        SCOPED_TRACE(showsAI);
+        defaults.remove(DefaultsKeys::hasCompletedOnboarding);
+        modelIsReady = !showsAI;
+        launches.reset();
+        completed = 0;
+        start();
+        goTo(showsAI ? 5 : 4);
+        EXPECT_EQ(completed, 0);
+        model->nextAction();
+        EXPECT_EQ(completed, 1);
+        EXPECT_EQ(launches, std::optional(true));
+        EXPECT_TRUE(defaults.boolean(DefaultsKeys::hasCompletedOnboarding));
+    }
+}
+
+} // namespace
+} // namespace quillet::test

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "onboarding/OnboardingModel.h"
+#include "support/FakeNotesApplication.h"
+#include "support/FakePermissionServices.h"
+#include "support/WaitFor.h"
+
+#include <gtest/gtest.h>
+
+namespace quillet::test {
+
+class FakeDesktop final : public Desktop {
+public:
+    bool hasModelSettings = false;
+    int opened = 0;
+    void openUrl(const QUrl&) override {}
+    bool openLanguageModelSettings() override {
+        if (hasModelSettings) ++opened;
+        return hasModelSettings;
+    }
+};
+
+/// The introduction with everything around it under the test's control. Nothing is allowed at first.
+class OnboardingFixture : public testing::Test {
+protected:
+    OnboardingFixture() {
+        services->screenCapture = false;
+        services->microphone = AuthorizationStatus::NotDetermined;
+        notifications.observe(Notifications::onboardingDidComplete, &context,
+                              [this](const QVariantMap&) { ++completed; });
+        notifications.observe(Notifications::openSettingsRequested, &context, [this](const QVariantMap& info) {
+            requestedSection = info.value(QStringLiteral("section")).toString();
+        });
+    }
+    ~OnboardingFixture() override {
+        model.reset();
+        // Whatever is still under way holds the application.
+        EXPECT_TRUE(waitFor([this] { return notes.use_count() == 3; }));
+        processEvents();
+    }
+    std::shared_ptr<OnboardingModel> make() {
+        return std::make_shared<OnboardingModel>(
+            OnboardingServices{.permissions = permissions,
+                               .desktop = desktop,
+                               .settingsStore =
+                                   [this] {
+                                       if (!store)
+                                           store = SettingsStore::create(files, integrator, *permissions, defaults, {});
+                                       return store;
+                                   },
+                               .notes = integrator,
+                               .defaults = defaults,
+                               .notifications = notifications,
+                               .setLaunchAtLogin = [this](bool enabled) { launches = enabled; },
+                               .isOnDeviceModelReady = [this] { return modelIsReady; }});
+    }
+    void start() {
+        model = make();
+        model->appeared();
+    }
+    /// Until the main button is that of the step.
+    void goTo(int step) {
+        while (model->currentStep.value() < step) model->currentStep.set(model->currentStep.value() + 1);
+    }
+    bool settleNotesTest() {
+        return waitFor([this] { return !model->notesTestInProgress.value(); });
+    }
+
+    MemoryUserDefaults defaults;
+    NotificationCenter notifications;
+    QObject context;
+    int completed = 0;
+    std::optional<QString> requestedSection;
+    std::optional<bool> launches;
+    bool modelIsReady = false;
+    std::shared_ptr<FakePermissionServices> services = std::make_shared<FakePermissionServices>();
+    std::shared_ptr<FakeNotesApplication> notes = std::make_shared<FakeNotesApplication>();
+    std::shared_ptr<FakeDesktop> desktop = std::make_shared<FakeDesktop>();
+    std::shared_ptr<PermissionManager> permissions = PermissionManager::create(services, notes, defaults);
+    RecordingFileManager files{FileServices::standard(), defaults};
+    NoteIntegrator integrator{notes, defaults,
+                              [this] { return permissions->automationStatus.value() == PermissionStatus::Granted; }};
+    std::shared_ptr<SettingsStore> store;
+    std::shared_ptr<OnboardingModel> model;
+};
+
+} // namespace quillet::test

@@ -1,0 +1,162 @@
+#include "onboarding/ui/OnboardingView.h"
+
+#include "OnboardingTestSupport.h"
+#include "onboarding/ui/PageFlow.h"
+#include "support/Widgets.h"
+#include "widgets/Controls.h"
+
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QTest>
+
+namespace quillet::test {
+namespace {
+
+class OnboardingViewTest : public OnboardingFixture {
+protected:
+    ~OnboardingViewTest() override {
+        view.reset();
+        Theme::shared().setTextScale(1);
+        Theme::shared().setColorScheme(std::nullopt);
+    }
+    void open() {
+        model = make();
+        view = std::make_unique<OnboardingView>(model);
+        view->resize(view->sizeHint());
+        view->show();
+    }
+    bool rest() {
+        return waitFor([this] { return !view->findChild<PageFlow*>()->isMoving(); });
+    }
+    void press(const char* name) {
+        auto* const button = find<QPushButton>(*view, QString::fromUtf8(name));
+        ASSERT_TRUE(button);
+        button->click();
+    }
+    bool says(const char* text) const { return shows(*view, QString::fromUtf8(text)); }
+
+    std::unique_ptr<OnboardingView> view;
+};
+
+TEST_F(OnboardingViewTest, TheWholeWay) {
+    open();
+    EXPECT_EQ(view->size(), QSize(480, 560));
+    EXPECT_TRUE(says("Welcome to Quillet"));
+    EXPECT_TRUE(says("Page 1 of 6"));
+    press("Get Started");
+    ASSERT_TRUE(rest());
+    EXPECT_TRUE(says("Microphone Access"));
+    EXPECT_FALSE(says("Microphone access granted"));
+    press("Grant Access");
+    services->microphone = AuthorizationStatus::Authorized;
+    services->microphoneCompletion(true);
+    processEvents();
+    EXPECT_TRUE(says("Microphone access granted"));
+    press("Continue");
+    ASSERT_TRUE(rest());
+    EXPECT_TRUE(says("You'll be redirected to System Settings to enable this."));
+    press("Grant Access");
+    ASSERT_TRUE(rest());
+    EXPECT_TRUE(says("Connect Apple Notes"));
+    press("Test Connection");
+    ASSERT_TRUE(settleNotesTest());
+    EXPECT_TRUE(says("Connection failed"));
+    EXPECT_TRUE(says("Your notes can be reached. No folder has been chosen to look for; you can choose one in the "
+                     "settings."));
+    press("Skip");
+    ASSERT_TRUE(rest());
+    EXPECT_TRUE(says("Enable On-Device AI"));
+    press("Skip for now");
+    ASSERT_TRUE(rest());
+    EXPECT_TRUE(says("You're all set!"));
+    EXPECT_TRUE(says("Page 6 of 6"));
+    press("Start Recording");
+    EXPECT_EQ(completed, 1);
+}
+
+TEST_F(OnboardingViewTest, ReturnGoesOnAndASecondPressOnTheWayIsNotForTheNextPage) {
+    open();
+    view->activateWindow();
+    auto* const next = find<QPushButton>(*view, QStringLiteral("Get Started"));
+    ASSERT_TRUE(next);
+    EXPECT_EQ(view->focusWidget(), next);
+    QTest::keyClick(view->focusWidget(), Qt::Key_Return);
+    QTest::keyClick(view->focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(model->currentStep.value(), 1);
+    EXPECT_FALSE(services->microphoneCompletion) << "nobody has read that page yet";
+    ASSERT_TRUE(rest());
+    QTest::keyClick(view->focusWidget(), Qt::Key_Return);
+    EXPECT_TRUE(services->microphoneCompletion);
+}
+
+TEST_F(OnboardingViewTest, AClosedWindowIsTroubledByNoAnswer) {
+    open();
+    goTo(3);
+    press("Test Connection");
+    view.reset();
+    model.reset();
+    ASSERT_TRUE(waitFor([this] { return notes->requests == 1; }));
+    processEvents();
+    EXPECT_EQ(notes->folderCalls, 0);
+}
+
+TEST_F(OnboardingViewTest, NothingIsCutAtTwiceTheTextSize) {
+    open();
+    goTo(3);
+    press("Test Connection");
+    ASSERT_TRUE(settleNotesTest());
+    for (const double scale : {1.0, 2.0}) {
+        Theme::shared().setTextScale(scale);
+        for (int step = 0; step < 6; ++step) {
+            SCOPED_TRACE(testing::Message() << "step " << step << " at " << scale);
+            model->currentStep.set(step);
+            ASSERT_TRUE(rest());
+            letLayoutsSettle();
+            EXPECT_EQ(view->size(), QSize(480, 560));
+            for (QScrollArea* const area : view->findChildren<QScrollArea*>()) {
+                if (!area->isVisible()) continue;
+                EXPECT_EQ(area->horizontalScrollBar()->maximum(), 0);
+                if (scale == 1.0) {
+                    EXPECT_EQ(area->verticalScrollBar()->maximum(), 0) << "the page fits";
+                    EXPECT_EQ(area->focusPolicy(), Qt::NoFocus);
+                } else if (area->verticalScrollBar()->maximum() > 0) {
+                    EXPECT_TRUE(area->focusPolicy() & Qt::TabFocus) << "what does not fit is reached by keyboard";
+                    QTest::keyClick(area, Qt::Key_Down);
+                    EXPECT_GT(area->verticalScrollBar()->value(), 0);
+                }
+                for (QWidget* const widget : area->widget()->findChildren<QWidget*>()) {
+                    if (widget->isVisible() && widget->hasHeightForWidth()) {
+                        EXPECT_GE(widget->height(), widget->heightForWidth(widget->width()))
+                            << accessibleName(*widget).toStdString();
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST_F(OnboardingViewTest, Pictures) {
+    open();
+    QImage last;
+    for (const char* look : {"light", "dark", "200"}) {
+        const QString name = QString::fromLatin1(look);
+        Theme::shared().setColorScheme(name == QLatin1String("dark") ? ColorScheme::Dark : ColorScheme::Light);
+        Theme::shared().setTextScale(name == QLatin1String("200") ? 2 : 1);
+        for (int step = 0; step < 6; ++step) {
+            model->currentStep.set(step);
+            ASSERT_TRUE(rest());
+            letLayoutsSettle();
+            if (step == 3) {
+                press("Test Connection");
+                ASSERT_TRUE(settleNotesTest());
+            }
+            keepPicture(*view, QStringLiteral("onboarding-%1-%2").arg(step).arg(name));
+            const QImage now = view->grab().toImage();
+            EXPECT_NE(now, last);
+            last = now;
+        }
+    }
+}
+
+} // namespace
+} // namespace quillet::test

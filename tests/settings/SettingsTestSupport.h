@@ -1,0 +1,115 @@
+#pragma once
+
+#include "notes/NoteIntegrator.h"
+#include "permissions/PermissionManager.h"
+#include "settings/NotesChoiceModel.h"
+#include "settings/SettingsModel.h"
+#include "settings/SoundChoiceModel.h"
+#include "storage/RecordingFileManager.h"
+#include "support/FakeNotesApplication.h"
+#include "support/FakePermissionServices.h"
+#include "support/WaitFor.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+
+namespace quillet::test {
+
+/// A sound server with the devices it is told to have.
+class FakeSoundDevices final : public SoundDevices {
+public:
+    std::vector<SoundDevice> found;
+    std::atomic<bool> answers = true;
+    std::atomic<int> lists = 0;
+    Result<std::vector<SoundDevice>> list() override {
+        ++lists;
+        if (!answers) return Failure{PlatformError{1, QStringLiteral("there is no sound server")}};
+        return found;
+    }
+};
+
+/// A system that has a language model of its own, or none.
+class FakeSystemModel final : public SystemLanguageModel {
+public:
+    bool offers = false;
+    int asked = 0;
+    bool isOfferedBySystem() override {
+        ++asked;
+        return offers;
+    }
+    std::shared_ptr<LanguageModel> model() override { return nullptr; }
+};
+
+/// A folder chooser that keeps the question and answers when told to.
+struct FakeChooser {
+    std::vector<FolderQuestion> questions;
+    std::function<void(std::optional<std::filesystem::path>)> answer;
+    FolderChooser function() {
+        return [this](const FolderQuestion& question, auto onAnswer) {
+            questions.push_back(question);
+            answer = std::move(onAnswer);
+        };
+    }
+};
+
+/// The settings with everything around them under the test's control. Notes is a fresh vault unless told otherwise.
+class SettingsFixture : public testing::Test {
+protected:
+    SettingsFixture() {
+        notes->asks = false;
+        FileServices& system = FileServices::standard();
+        files = std::make_unique<RecordingFileManager>(system, defaults);
+        integrator = std::make_unique<NoteIntegrator>(notes, defaults, [this] {
+            return permissions && permissions->automationStatus.value() == PermissionStatus::Granted;
+        });
+    }
+    ~SettingsFixture() override {
+        // Whatever is still under way holds the application, and writes to the defaults afterwards.
+        model.reset();
+        EXPECT_TRUE(waitFor([this] { return notes.use_count() == 2 + (permissions ? 1 : 0); }));
+        processEvents();
+    }
+    void makeStore() {
+        if (!permissions) permissions = PermissionManager::create(services, notes, defaults);
+        store = SettingsStore::create(*files, *integrator, *permissions, defaults, chooser.function());
+    }
+    void makeModel() {
+        makeStore();
+        summarisation = std::make_shared<SummarisationManager>(defaults, systemModel);
+        model = std::make_shared<SettingsModel>(
+            SettingsServices{.permissions = permissions,
+                             .store = store,
+                             .summarisation = summarisation,
+                             .notesApplication = notes,
+                             .notes = *integrator,
+                             .files = *files,
+                             .defaults = defaults,
+                             .isLaunchedAtLogin = [this] { return launches; },
+                             .setLaunchAtLogin = [this](bool enabled) { launchChanges.push_back(enabled); },
+                             .quit = [this] { ++quits; }});
+    }
+    bool settle() {
+        return waitFor([this] { return !store->isLoadingFolders.value(); });
+    }
+
+    MemoryUserDefaults defaults;
+    std::shared_ptr<FakePermissionServices> services = std::make_shared<FakePermissionServices>();
+    std::shared_ptr<FakeNotesApplication> notes = std::make_shared<FakeNotesApplication>();
+    FakeChooser chooser;
+    FakeSystemModel systemModel;
+    bool launches = false;
+    std::vector<bool> launchChanges;
+    int quits = 0;
+    std::unique_ptr<RecordingFileManager> files;
+    std::unique_ptr<NoteIntegrator> integrator;
+    std::shared_ptr<PermissionManager> permissions;
+    std::shared_ptr<SettingsStore> store;
+    std::shared_ptr<SummarisationManager> summarisation;
+    std::shared_ptr<SettingsModel> model;
+};
+
+} // namespace quillet::test

@@ -1,0 +1,368 @@
+#include "settings/ui/SettingsView.h"
+
+#include "SettingsTestSupport.h"
+#include "settings/ui/FolderDialogs.h"
+#include "settings/ui/PathBox.h"
+#include "settings/ui/Picker.h"
+#include "support/Widgets.h"
+#include "widgets/Controls.h"
+#include "widgets/Sheet.h"
+
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QTest>
+
+#include <gmock/gmock.h>
+#include <set>
+
+namespace quillet::test {
+namespace {
+
+using testing::ElementsAre;
+
+class SettingsViewTest : public SettingsFixture {
+protected:
+    ~SettingsViewTest() override {
+        view.reset();
+        Theme::shared().setTextScale(1);
+        Theme::shared().setColorScheme(std::nullopt);
+    }
+    void open() {
+        makeModel();
+        notesChoice = std::make_shared<NotesChoiceModel>(defaults, "/home/ada/Documents/Quillet Notes",
+                                                         chooser.function(), permissions, store);
+        soundServer->found = {{.kind = SoundDevice::Kind::Output,
+                               .name = QStringLiteral("out"),
+                               .description = QStringLiteral("Built-in Audio")},
+                              {.kind = SoundDevice::Kind::Input,
+                               .name = QStringLiteral("in"),
+                               .description = QStringLiteral("Headset with a rather long name, USB, channel one")}};
+        sound = std::make_shared<SoundChoiceModel>(soundServer, defaults);
+        reopen();
+        ASSERT_TRUE(settle());
+        ASSERT_TRUE(waitFor([this] { return !sound->isLoading.value(); }));
+    }
+    void reopen() {
+        view = std::make_unique<SettingsView>(SettingsParts{
+            .model = model, .notesChoice = notesChoice, .soundChoice = sound, .makeTemplatesTab = [](QWidget* parent) {
+                return new TextLabel(QStringLiteral("the templates"), TextStyle::Title, Ink::Label, parent);
+            }});
+        view->resize(720, 520);
+        view->show();
+    }
+    void click(const char* name) const {
+        auto* const button = find<QAbstractButton>(*view, QString::fromUtf8(name));
+        ASSERT_TRUE(button);
+        QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(8, button->height() / 2));
+    }
+    bool says(const char* text) const { return shows(*view, QString::fromUtf8(text)); }
+    /// By its label: here, what assistive technology calls a picker is its value.
+    QComboBox* picker(const char* name) const {
+        for (QLabel* const label : view->findChildren<QLabel*>()) {
+            auto* const box = qobject_cast<QComboBox*>(label->buddy());
+            if (box && label->text() == QString::fromUtf8(name) && box->isVisible()) return box;
+        }
+        return nullptr;
+    }
+    Sheet* sheet() const {
+        for (Sheet* const candidate : view->findChildren<Sheet*>()) {
+            if (candidate->isVisible()) return candidate;
+        }
+        return nullptr;
+    }
+    static void pick(QComboBox* box, int index) {
+        ASSERT_TRUE(box);
+        box->setCurrentIndex(index);
+        Q_EMIT box->activated(index);
+    }
+
+    std::shared_ptr<NotesChoiceModel> notesChoice;
+    std::shared_ptr<FakeSoundDevices> soundServer = std::make_shared<FakeSoundDevices>();
+    std::shared_ptr<SoundChoiceModel> sound;
+    std::unique_ptr<SettingsView> view;
+};
+
+TEST_F(SettingsViewTest, TheSidebarLeadsToTheSections) {
+    open();
+    auto* const sidebar = find<QListWidget>(*view, QStringLiteral("Sections"));
+    ASSERT_TRUE(sidebar);
+    EXPECT_TRUE(says("Recording Location"));
+    sidebar->setFocus();
+    QTest::keyClick(sidebar, Qt::Key_Down);
+    EXPECT_TRUE(says("Meeting Summaries"));
+    EXPECT_FALSE(says("Recording Location"));
+    QTest::keyClick(sidebar, Qt::Key_Down);
+    EXPECT_TRUE(says("the templates"));
+    model->selectedSection.set(SettingsSection::General);
+    EXPECT_EQ(sidebar->currentRow(), 0);
+    EXPECT_TRUE(says("Recording Location"));
+}
+
+TEST_F(SettingsViewTest, TheRecordingsFolderIsChangedAndGivenBack) {
+    open();
+    const QTemporaryDir folder;
+    const auto buttons = findAll<QPushButton>(*view, QStringLiteral("Change…"));
+    ASSERT_EQ(buttons.size(), 2U) << "recordings and notes";
+    buttons[0]->click();
+    ASSERT_EQ(chooser.questions.size(), 1U);
+    chooser.answer(folder.path().toStdString());
+    ASSERT_TRUE(waitFor([&] { return !findAll<PathBox>(*view, folder.path()).empty(); }));
+    findAll<QPushButton>(*view, QStringLiteral("Use default"))[0]->click();
+    EXPECT_EQ(findAll<PathBox>(*view, folder.path()).size(), 0U);
+    EXPECT_TRUE(says(files->recordingsDirectoryDisplayPath().toUtf8().constData()));
+}
+
+TEST_F(SettingsViewTest, AFolderThatTakesNoFilesIsSaid) {
+    QFile file(QDir::tempPath() + QStringLiteral("/quillet-no-folder-%1").arg(QCoreApplication::applicationPid()));
+    ASSERT_TRUE(file.open(QFile::WriteOnly));
+    files->setCustomRecordingsDirectory(file.fileName().toStdString());
+    open();
+    EXPECT_TRUE(says("This folder takes no files. Recordings go to the default folder instead."));
+    file.remove();
+}
+
+TEST_F(SettingsViewTest, AFreshVaultHasNoFoldersYetAndAsksForNothing) {
+    open();
+    EXPECT_TRUE(says("No folders yet"));
+    EXPECT_FALSE(says("Automation permission required"));
+    EXPECT_FALSE(says("Could not load Notes folders. Grant Automation permission for Notes and try Refresh again."));
+}
+
+TEST_F(SettingsViewTest, WithoutAccessTheWayToItIsShown) {
+    notes->asks = true;
+    notes->asksOnce = false;
+    notes->answer = false;
+    notes->access = NotesAccess::NotDetermined;
+    open();
+    EXPECT_TRUE(says("Automation permission required"));
+    EXPECT_TRUE(says("Could not load Notes folders. Grant Automation permission for Notes and try Refresh again."));
+    EXPECT_EQ(notes->requests, 0) << "opening the settings asks nobody";
+    click("Allow");
+    ASSERT_TRUE(waitFor([this] { return !model->isAskingForAccess.value(); }));
+    EXPECT_THAT(services->opened, ElementsAre(SettingsPlace::Automation));
+    notes->answer = true;
+    notes->access = NotesAccess::Granted;
+    notes->folders = {QStringLiteral("Work")};
+    click("Allow");
+    ASSERT_TRUE(waitFor([this] { return !model->isAskingForAccess.value(); }));
+    EXPECT_FALSE(says("Automation permission required"));
+    EXPECT_FALSE(picker("Folder")) << "the folders are being loaded";
+    ASSERT_TRUE(settle());
+    ASSERT_TRUE(picker("Folder"));
+    EXPECT_EQ(picker("Folder")->count(), 2);
+}
+
+TEST_F(SettingsViewTest, ThePickedFolderIsStored) {
+    notes->folders = {QStringLiteral("Home"), QStringLiteral("Work & <b>more</b>")};
+    defaults.set(DefaultsKeys::notesFolderName, QStringLiteral("Elsewhere"));
+    open();
+    QComboBox* const box = picker("Folder");
+    ASSERT_TRUE(box);
+    QStringList texts;
+    for (int item = 0; item < box->count(); ++item) texts += box->itemText(item);
+    EXPECT_EQ(texts.join(QLatin1Char('|')).toStdString(), "Default|Elsewhere|Home|Work & <b>more</b>");
+    EXPECT_EQ(box->currentText(), QStringLiteral("Elsewhere"));
+    pick(box, 3);
+    EXPECT_EQ(defaults.string(DefaultsKeys::notesFolderName), QStringLiteral("Work & <b>more</b>"));
+    pick(picker("Folder"), 0);
+    EXPECT_EQ(defaults.string(DefaultsKeys::notesFolderName), QString());
+}
+
+TEST_F(SettingsViewTest, ANewFolderIsNamedInASheet) {
+    open();
+    click("Create New Folder");
+    Sheet* const first = sheet();
+    ASSERT_TRUE(first);
+    auto* const create = find<QPushButton>(*first, QStringLiteral("Create"));
+    auto* const field = find<QLineEdit>(*first, QStringLiteral("Folder name"));
+    ASSERT_TRUE(create && field);
+    QTest::keyClicks(field, QStringLiteral("  "));
+    EXPECT_FALSE(create->isEnabled());
+    QTest::keyClicks(field, QStringLiteral("Team "));
+    EXPECT_TRUE(create->isEnabled());
+    keepPicture(*first, QStringLiteral("settings-new-folder"));
+    QTest::keyClick(field, Qt::Key_Return);
+    EXPECT_FALSE(sheet());
+    EXPECT_EQ(defaults.string(DefaultsKeys::notesFolderName), QStringLiteral("Team"));
+    ASSERT_TRUE(settle());
+    EXPECT_EQ(picker("Folder")->currentText(), QStringLiteral("Team"));
+
+    click("Create New Folder");
+    Sheet* const second = sheet();
+    ASSERT_TRUE(second);
+    auto* const again = find<QLineEdit>(*second, QStringLiteral("Folder name"));
+    ASSERT_TRUE(again);
+    EXPECT_TRUE(again->text().isEmpty());
+    QTest::keyClicks(again, QStringLiteral("x"));
+    QTest::keyClick(again, Qt::Key_Escape);
+    EXPECT_FALSE(sheet());
+    EXPECT_TRUE(model->newFolderName.value().isEmpty());
+    EXPECT_EQ(defaults.string(DefaultsKeys::notesFolderName), QStringLiteral("Team"));
+}
+
+TEST_F(SettingsViewTest, AWindowMayCloseUnderItsSheet) {
+    open();
+    click("Create New Folder");
+    ASSERT_TRUE(sheet());
+    view.reset();
+    processEvents();
+    EXPECT_FALSE(model->showNewFolderSheet.value());
+    reopen();
+    ASSERT_TRUE(settle());
+    click("Create New Folder");
+    EXPECT_TRUE(sheet());
+}
+
+TEST_F(SettingsViewTest, SwitchesAndPickersWriteWhatTheyShow) {
+    launches = true;
+    open();
+    auto* const launch = find<QCheckBox>(*view, QStringLiteral("Launch at login"));
+    ASSERT_TRUE(launch);
+    EXPECT_TRUE(launch->isChecked());
+    click("Launch at login");
+    EXPECT_THAT(launchChanges, ElementsAre(false));
+    EXPECT_FALSE(launch->isChecked());
+
+    ASSERT_TRUE(picker("Microphone"));
+    EXPECT_EQ(picker("Microphone")->count(), 2);
+    pick(picker("Microphone"), 1);
+    EXPECT_EQ(defaults.string(DefaultsKeys::microphoneDevice), QStringLiteral("in"));
+    pick(picker("Keep notes in"), 1);
+    EXPECT_EQ(defaults.string(DefaultsKeys::notesApplication), QStringLiteral("joplin"));
+    EXPECT_EQ(findAll<QPushButton>(*view, QStringLiteral("Change…")).size(), 1U) << "Joplin has no folder to change";
+
+    click("Quit Quillet");
+    EXPECT_EQ(quits, 1);
+}
+
+TEST_F(SettingsViewTest, TheSummariesSayWhereTheTextGoes) {
+    const char* const fallback =
+        "Summaries will automatically use Gemini EU as fallback until on-device AI becomes available.";
+    const char* const cloud =
+        "Using Gemini EU — your transcript text is sent to Google's EU servers. Data stays in the EU.";
+    open();
+    model->selectedSection.set(SettingsSection::AI);
+    EXPECT_TRUE(says(fallback));
+    EXPECT_FALSE(says(cloud));
+    click("On-device AI (Apple Intelligence)");
+    EXPECT_FALSE(defaults.boolean(QStringLiteral("useLocalSummarisation"), true));
+    EXPECT_TRUE(says(cloud));
+    EXPECT_FALSE(says(fallback));
+    systemModel.offers = true;
+    summarisation->checkLocalAvailability();
+    EXPECT_TRUE(says(cloud)) << "what is available is not what is used";
+    click("On-device AI (Apple Intelligence)");
+    EXPECT_TRUE(says("Apple Intelligence is available"));
+    EXPECT_FALSE(says(fallback));
+}
+
+TEST_F(SettingsViewTest, NothingIsCutAtAnyTextSizeAndInTheSmallestWindow) {
+    notes->folders = {QStringLiteral("Work")};
+    files->setCustomRecordingsDirectory("/srv/a-rather-long-path-without-spaces/that-goes-on/and-on/and-on/recordings");
+    open();
+    view->resize(620, 460);
+    for (const auto& section : kSettingsSections) {
+        model->selectedSection.set(section.section);
+        for (const double scale : {1.0, 2.0}) { // while it is shown
+            SCOPED_TRACE(testing::Message() << section.rawValue << " at " << scale);
+            Theme::shared().setTextScale(scale);
+            letLayoutsSettle();
+            for (QScrollArea* const area : view->findChildren<QScrollArea*>()) {
+                if (!area->isVisible()) continue;
+                EXPECT_EQ(area->horizontalScrollBar()->maximum(), 0) << "everything fits across";
+                const int room = area->viewport()->width();
+                for (QWidget* const widget : area->widget()->findChildren<QWidget*>()) {
+                    if (!widget->isVisible()) continue;
+                    EXPECT_LE(widget->mapTo(area->widget(), QPoint(widget->width(), 0)).x(), room)
+                        << widget->metaObject()->className() << ' ' << accessibleName(*widget).toStdString();
+                    const int needed = widget->hasHeightForWidth() ? widget->heightForWidth(widget->width())
+                                                                   : widget->minimumSizeHint().height();
+                    EXPECT_GE(widget->height(), needed) << accessibleName(*widget).toStdString();
+                    EXPECT_GE(widget->width(), widget->minimumSizeHint().width())
+                        << accessibleName(*widget).toStdString();
+                }
+            }
+        }
+    }
+}
+
+TEST_F(SettingsViewTest, EveryControlIsReachedByTabAndHasAName) {
+    open();
+    std::set<QWidget*> reached;
+    view->activateWindow();
+    find<QListWidget>(*view, QStringLiteral("Sections"))->setFocus();
+    for (int press = 0; press < 40; ++press) {
+        QTest::keyClick(view->focusWidget(), Qt::Key_Tab);
+        ASSERT_TRUE(view->focusWidget());
+        QWidget* const focused = view->focusWidget();
+        const bool hasLabel = !QAccessible::queryAccessibleInterface(focused)->relations(QAccessible::Label).isEmpty();
+        const bool isPicker = qobject_cast<QComboBox*>(focused);
+        EXPECT_TRUE(isPicker ? hasLabel : !accessibleName(*focused).isEmpty()) << focused->metaObject()->className();
+        reached.insert(view->focusWidget());
+    }
+    for (QWidget* const control : view->findChildren<QWidget*>()) {
+        const bool isControl = qobject_cast<QAbstractButton*>(control) || qobject_cast<QComboBox*>(control);
+        if (isControl && control->isVisible() && control->isEnabled()) {
+            EXPECT_TRUE(reached.contains(control)) << accessibleName(*control).toStdString();
+        }
+    }
+}
+
+TEST_F(SettingsViewTest, Pictures) {
+    notes->folders = {QStringLiteral("Work")};
+    open();
+    const QPixmap light = view->grab();
+    for (const ColorScheme scheme : {ColorScheme::Light, ColorScheme::Dark}) {
+        Theme::shared().setColorScheme(scheme);
+        const QString suffix = scheme == ColorScheme::Dark ? QStringLiteral("dark") : QStringLiteral("light");
+        for (const auto& section : kSettingsSections) {
+            model->selectedSection.set(section.section);
+            view->resize(720, 520);
+            letLayoutsSettle();
+            keepPicture(*view, QStringLiteral("settings-%1-%2").arg(QLatin1String(section.rawValue).mid(0, 2), suffix));
+        }
+        model->selectedSection.set(SettingsSection::General);
+        view->resize(720, 980);
+        letLayoutsSettle();
+        keepPicture(*view, QStringLiteral("settings-Ge-%1-tall").arg(suffix));
+    }
+    Theme::shared().setColorScheme(ColorScheme::Light);
+    Theme::shared().setTextScale(2);
+    for (const auto& section : kSettingsSections) {
+        model->selectedSection.set(section.section);
+        view->resize(720, section.section == SettingsSection::General ? 1500 : 900);
+        letLayoutsSettle();
+        keepPicture(*view, QStringLiteral("settings-%1-200").arg(QLatin1String(section.rawValue).mid(0, 2)));
+    }
+    EXPECT_NE(light.toImage(), view->grab().toImage());
+}
+
+TEST(FolderDialogsTest, TheChosenFolderOrNothingIsAnswered) {
+    const QTemporaryDir folder;
+    for (const bool accepts : {true, false}) {
+        QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        std::vector<std::optional<std::filesystem::path>> answers;
+        makeFolderChooser()({QStringLiteral("Choose"), QStringLiteral("Please"), folder.path().toStdString()},
+                            [&](auto answer) { answers.push_back(answer); });
+        QFileDialog* dialog = nullptr;
+        for (QWidget* const window : QApplication::topLevelWidgets()) {
+            if (auto* const candidate = qobject_cast<QFileDialog*>(window)) dialog = candidate;
+        }
+        ASSERT_TRUE(dialog && dialog->isVisible());
+        EXPECT_EQ(dialog->directory().absolutePath(), folder.path());
+        static_cast<QDialog*>(dialog)->done(accepts ? QDialog::Accepted : QDialog::Rejected);
+        ASSERT_TRUE(waitFor([&] { return !answers.empty(); }));
+        EXPECT_EQ(answers.size(), 1U);
+        EXPECT_EQ(answers[0].has_value(), accepts);
+        if (accepts) {
+            EXPECT_EQ(*answers[0], folder.path().toStdString());
+        }
+        processEvents();
+    }
+}
+
+} // namespace
+} // namespace quillet::test

@@ -1,0 +1,54 @@
+#include "widgets/Theme.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace quillet {
+namespace {
+
+/// WCAG 2.1, relative luminance and contrast ratio.
+double luminance(const QColor& color) {
+    const auto linear = [](double part) {
+        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+double contrast(const QColor& one, const QColor& other) {
+    const double a = luminance(one);
+    const double b = luminance(other);
+    return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
+}
+
+TEST(Theme, everyTextColourCanBeReadOnEveryGround) {
+    Theme& theme = Theme::shared();
+    for (const ColorScheme scheme : {ColorScheme::Light, ColorScheme::Dark}) {
+        theme.setColorScheme(scheme);
+        for (const Ink ink :
+             {Ink::Label, Ink::Secondary, Ink::Accent, Ink::Red, Ink::Green, Ink::Orange, Ink::Blue, Ink::Purple}) {
+            for (const Fill ground : {Fill::Card, Fill::Window}) {
+                EXPECT_GE(contrast(theme.ink(ink), theme.fill(ground)), 4.5)
+                    << "ink " << int(ink) << " on " << int(ground) << " in scheme " << int(scheme);
+            }
+        }
+    }
+    theme.setColorScheme(std::nullopt);
+}
+
+TEST(Theme, textSizeFollowsTheDesktopWithinReason) {
+    Theme& theme = Theme::shared();
+    const double normal = theme.font(TextStyle::Body).pointSizeF();
+    const struct {
+        double asked;
+        double factor;
+    } rows[] = {{2.0, 2.0}, {100.0, 3.0}, {0.0, 0.5}, {std::nan(""), 1.0}, {1.0, 1.0}};
+    for (const auto& row : rows) {
+        theme.setTextScale(row.asked);
+        EXPECT_NEAR(theme.font(TextStyle::Body).pointSizeF(), normal * row.factor, 0.01) << row.asked;
+    }
+}
+
+} // namespace
+} // namespace quillet
