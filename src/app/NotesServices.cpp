@@ -1,8 +1,10 @@
 #include "app/NotesServices.h"
 
+#include "notes/AppleNotesApplication.h"
 #include "notes/joplin/JoplinNotesApplication.h"
 #include "notes/vault/VaultNotesApplication.h"
 #include "platform/StandardFolders.h"
+#include "platform/SystemNotes.h"
 
 namespace quillet {
 namespace {
@@ -21,14 +23,57 @@ std::shared_ptr<NotesApplication> makeJoplin(const UserDefaults& defaults) {
         std::make_shared<FileJoplinSecrets>(dataFolder() / "joplin-access.json", givenToken), std::move(options));
 }
 
-} // namespace
-
-std::shared_ptr<NotesApplication> makeNotesApplication(const UserDefaults& defaults) {
-    if (defaults.string(DefaultsKeys::notesApplication) == QStringLiteral("joplin")) return makeJoplin(defaults);
+std::shared_ptr<NotesApplication> makeVault(const UserDefaults& defaults) {
     return std::make_shared<VaultNotesApplication>([&defaults] {
         const auto folder = defaults.data(DefaultsKeys::notesVaultFolder);
         return folder ? QString::fromUtf8(*folder) : QString();
     });
+}
+
+/// The one that comes with the system; null where there is none.
+std::shared_ptr<NotesApplication> makeSystemNotes() {
+    const auto system = systemNotes();
+    if (!system) return nullptr;
+    return std::make_shared<AppleNotesApplication>(NotesAppleScriptRunner(system->scripts), system->isInstalled);
+}
+
+/// Passes each call on to the application that the settings name at that moment.
+class ChosenNotesApplication final : public NotesApplication {
+public:
+    explicit ChosenNotesApplication(const UserDefaults& defaults)
+        : m_defaults(defaults),
+          m_vault(makeVault(defaults)),
+          m_joplin(makeJoplin(defaults)),
+          m_unlessChosen(makeSystemNotes()) {}
+
+    bool isAvailable() const override { return chosen().isAvailable(); }
+    bool asksForConsent() const override { return chosen().asksForConsent(); }
+    bool asksAtMostOnce() const override { return chosen().asksAtMostOnce(); }
+    NotesAccess probeAccess() override { return chosen().probeAccess(); }
+    bool requestAccess() override { return chosen().requestAccess(); }
+    std::vector<QString> fetchFolders() override { return chosen().fetchFolders(); }
+    bool testFolderConnection(const QString& folderName) override { return chosen().testFolderConnection(folderName); }
+    NoteOutcome createNoteWithAttachment(const NoteDraft& draft) override {
+        return chosen().createNoteWithAttachment(draft);
+    }
+
+private:
+    NotesApplication& chosen() const {
+        const auto choice = m_defaults.string(DefaultsKeys::notesApplication);
+        if (choice == QStringLiteral("joplin")) return *m_joplin;
+        return m_unlessChosen && choice != QStringLiteral("vault") ? *m_unlessChosen : *m_vault;
+    }
+
+    const UserDefaults& m_defaults;
+    const std::shared_ptr<NotesApplication> m_vault;
+    const std::shared_ptr<NotesApplication> m_joplin;
+    const std::shared_ptr<NotesApplication> m_unlessChosen; ///< may be null
+};
+
+} // namespace
+
+std::shared_ptr<NotesApplication> makeNotesApplication(const UserDefaults& defaults) {
+    return std::make_shared<ChosenNotesApplication>(defaults);
 }
 
 NotesServices::NotesServices(const UserDefaults& defaults, std::function<bool()> isAutomationGranted)

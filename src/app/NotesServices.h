@@ -10,7 +10,8 @@
 
 namespace quillet {
 
-/// The notes application that the settings choose, at this moment. The defaults must outlive it.
+/// The notes application that the settings choose at each call, so that a choice counts at once and for everybody who
+/// holds it. The defaults must outlive it and be readable from any thread.
 [[nodiscard]] std::shared_ptr<NotesApplication> makeNotesApplication(const UserDefaults& defaults);
 
 /// All that it takes to turn recordings into notes, wired together.

@@ -7,7 +7,7 @@
 
 namespace quillet {
 
-/// A moment on the machine's monotonic clock, as steady_clock::now() reads it.
+/// A moment on the machine's monotonic clock, as hostNow() reads it.
 using HostTime = std::chrono::steady_clock::time_point;
 using Seconds = std::chrono::duration<double>;
 

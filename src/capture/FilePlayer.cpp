@@ -1,5 +1,7 @@
 #include "capture/FilePlayer.h"
 
+#include "platform/HostClock.h"
+
 #include <algorithm>
 #include <chrono>
 #include <utility>
@@ -145,7 +147,7 @@ void FilePlayer::laneStarted(SerialQueue& queue) {
     if (++m_lanesStarted != lanes) return;
     const bool besideLiveDevice = lanes == 1;
     if (besideLiveDevice) {
-        const auto now = std::chrono::steady_clock::now().time_since_epoch();
+        const auto now = hostNow().time_since_epoch();
         m_begin = HostFramePos(std::chrono::duration_cast<FrameCount>(now));
     }
     const std::int64_t ticksPerBatch = m_pace == Pace::RealTime ? 1 : kTicksPerFastBatch;

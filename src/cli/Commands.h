@@ -14,6 +14,8 @@ int devices(const QStringList& arguments);
 int recover(const QStringList& arguments);
 int notes(const QStringList& arguments);
 int settings(const QStringList& arguments);
+int summarise(const QStringList& arguments);
+int templates(const QStringList& arguments);
 
 /// One line on standard output or standard error.
 void print(const QString& line);

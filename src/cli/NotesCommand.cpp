@@ -1,6 +1,8 @@
 #include "app/NotesServices.h"
 #include "cli/Commands.h"
+#include "cli/Summarising.h"
 #include "cli/Worker.h"
+#include "platform/Process.h"
 #include "settings/SettingsCatalogue.h"
 
 #include <QCommandLineParser>
@@ -17,6 +19,7 @@ constexpr auto kUsage =
     "       quillet notes test NAME\n"
     "       quillet notes create FILE [--title TEXT] [--folder NAME] [--attendees TEXT] [--summary TEXT]\n"
     "                                 [--decisions TEXT] [--actions TEXT] [--follow-ups TEXT] [--transcript FILE]\n"
+    "                                 [--summarise]\n"
     "       quillet notes authorise";
 
 QString settingNow(const char* key) {
@@ -76,6 +79,7 @@ struct CreateRequest {
     std::filesystem::path file;
     MeetingDetails details;
     std::optional<QString> folder;
+    bool isToBeSummarised = false; ///< its transcript, where no text is given
 };
 
 /// The error is a sentence for the user.
@@ -85,6 +89,8 @@ Result<CreateRequest, QString> parseCreate(const QStringList& arguments) {
                                    "decisions", "actions", "follow-ups", "transcript"};
     for (const char* option : options)
         parser.addOption({QString::fromLatin1(option), QString(), QStringLiteral("TEXT")});
+    const QString summarise = QStringLiteral("summarise");
+    parser.addOption({summarise, QString()});
     if (!parser.parse(arguments)) return Failure{parser.errorText()};
     if (parser.positionalArguments().size() != 1) return Failure{QString::fromLatin1(kUsage)};
 
@@ -100,17 +106,40 @@ Result<CreateRequest, QString> parseCreate(const QStringList& arguments) {
                     .keyDecisions = text("decisions"),
                     .actionItems = text("actions"),
                     .followUps = text("follow-ups")},
-        .folder = text("folder")};
+        .folder = text("folder"),
+        .isToBeSummarised = parser.isSet(summarise)};
     if (const auto path = text("transcript")) {
-        QFile transcript(*path);
-        if (!transcript.open(QFile::ReadOnly))
-            return Failure{QStringLiteral("%1 cannot be read: %2.").arg(*path, transcript.errorString())};
-        request.details.transcript = QString::fromUtf8(transcript.readAll());
+        const auto transcript = transcriptFrom(*path);
+        if (!transcript) return Failure{transcript.error()};
+        request.details.transcript = *transcript;
+    } else if (request.isToBeSummarised) {
+        return Failure{QStringLiteral("--summarise needs the meeting's --transcript.")};
     }
     return request;
 }
 
-int create(NotesServices& notes, const CreateRequest& request) {
+/// A text that the user gives stays. False when the user wants nothing any more.
+bool summarise(MeetingDetails& details, const StopToken& stop) {
+    SummaryService service(UserDefaults::standard(), SystemLanguageModel::standard(), cloudModelKey);
+    const SummaryOutcome outcome = summariseWithProgress(service, *details.transcript, stop);
+    if (outcome.isCancelled) return false;
+    if (!outcome.summary) complain(QStringLiteral("The note has no summary. ") + outcome.reason);
+    const SummaryTexts texts = outcome.texts();
+    const auto fill = [](std::optional<QString>& detail, const std::optional<QString>& text) {
+        if (!detail) detail = text;
+    };
+    fill(details.aiSummary, texts.aiSummary);
+    fill(details.keyDecisions, texts.keyDecisions);
+    fill(details.actionItems, texts.actionItems);
+    fill(details.followUps, texts.followUps);
+    return true;
+}
+
+int create(NotesServices& notes, CreateRequest request, const StopToken& stop) {
+    if (request.isToBeSummarised && !summarise(request.details, stop)) {
+        complain(QStringLiteral("Cancelled; no note was made."));
+        return Failed;
+    }
     const auto outcome = notes.recordings.makeNoteLater(request.file, request.details, request.folder);
     if (outcome && outcome->success) return Done;
     complain(outcome ? outcome->reason
@@ -134,7 +163,11 @@ int notes(const QStringList& arguments) {
             complain(request.error());
             return WrongUsage;
         }
-        return runOnWorker([&] { return create(services, *request); });
+        StopSource stop;
+        // Otherwise nothing asks for the end, and it shall come at once.
+        std::optional<TerminationRequests> signals;
+        if (request->isToBeSummarised) signals.emplace([&stop] { stop.requestStop(); });
+        return runOnWorker([&] { return create(services, *request, stop.token()); });
     }
     if (verb == QLatin1String("test") && arguments.size() == 3)
         return runOnWorker([&] { return test(services, arguments.at(2)); });

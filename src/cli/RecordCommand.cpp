@@ -8,6 +8,7 @@
 #include "platform/AudioFileReader.h"
 #include "platform/Platform.h"
 #include "platform/Process.h"
+#include "support/ShownText.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -104,7 +105,9 @@ bool RecordSession::openSources() {
             m_options.asFastAsPossible ? FilePlayer::Pace::AsFastAsPossible : FilePlayer::Pace::RealTime, length);
     }
     LiveSources live;
-    if (anyDevice) live = makeLiveSources(m_options.system.device, m_options.microphone.device);
+    if (anyDevice)
+        live = makeLiveSources([name = m_options.system.device] { return name; },
+                               [name = m_options.microphone.device] { return name; });
     AudioCaptureEngine::Hardware hardware{.systemAudio = m_player ? m_player->systemAudioSource() : nullptr,
                                           .microphone = m_player ? m_player->microphoneSource() : nullptr,
                                           .writers = makeAssetWriterFactory()};
@@ -151,7 +154,7 @@ void RecordSession::phaseChanged(RecordingControl::Phase phase) {
             MainThread::post([this] { finish(); });
         });
     } else if (phase == Phase::Idle && m_error) {
-        complain(platformWording(*m_error));
+        complain(shownText(*m_error));
         QCoreApplication::exit(Failed);
     }
 }
@@ -160,7 +163,7 @@ void RecordSession::errorChanged(const std::optional<QString>& error) {
     m_error = error;
     if (!error || !m_hasRecorded) return;
     m_progress.finish();
-    complain(platformWording(*error));
+    complain(shownText(*error));
     m_control->stop(); // nobody sits here who could do better
 }
 
@@ -214,7 +217,7 @@ QStringList RecordSession::warnings(const CaptureStatistics& statistics) const {
             QStringLiteral("The recording was saved, but no note could be made: %1 “quillet notes create” with "
                            "the recording makes it later.")
                 .arg(m_noteOutcome->reason);
-    if (m_error) sentences += platformWording(*m_error);
+    if (m_error) sentences += shownText(*m_error);
     return sentences;
 }
 
@@ -222,7 +225,7 @@ void RecordSession::report(const fs::path& path) {
     const CaptureStatistics statistics = m_engine->statistics();
     const QStringList sentences = warnings(statistics);
     for (const QString& sentence : sentences) {
-        if (!m_error || sentence != platformWording(*m_error)) complain(sentence);
+        if (!m_error || sentence != shownText(*m_error)) complain(sentence);
     }
     if (!m_options.folder.isEmpty() && path.parent_path() != fs::absolute(toPath(m_options.folder)).lexically_normal())
         complain(QStringLiteral("The folder %1 could not be used; the recording is in %2.")

@@ -1,10 +1,14 @@
 #include "cli/Commands.h"
 #include "platform/Process.h"
+#include "support/Translations.h"
 
 #include <QCoreApplication>
 #include <QTextStream>
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
+#include <string_view>
 
 namespace quillet::cli {
 namespace {
@@ -20,7 +24,9 @@ constexpr Command kCommands[] = {
     {"devices", devices, "list what can be recorded"},
     {"recover", recover, "finish recordings that a crash or a power cut left unfinished"},
     {"notes", notes, "notes of recordings: status, folders, test, create, authorise"},
+    {"summarise", summarise, "summarise a transcript with the language model of the settings"},
     {"settings", settings, "read and change settings: list, get, set, unset"},
+    {"templates", templates, "note templates: list, show, preview, export, import, add, delete"},
 };
 
 void printUsage(std::FILE* to) {
@@ -28,6 +34,12 @@ void printUsage(std::FILE* to) {
     out << "Quillet records both sides of a meeting.\n\nUsage: quillet COMMAND [OPTIONS]\n\nCommands:\n";
     for (const Command& command : kCommands)
         out << "  " << QString::fromLatin1(command.name).leftJustified(10) << command.summary << '\n';
+    out << "\nWithout a command the tray application starts, or shows itself when it runs already:\n"
+           "  --toggle-recording  start or stop recording\n"
+           "  --settings          open the settings\n"
+           "  --quit              end the running application\n"
+           "  --skip-onboarding   do not introduce the program\n"
+           "  --reset-onboarding  introduce it again\n";
     out << "\nquillet COMMAND --help tells the options of a command; --version the version.\n";
 }
 
@@ -45,11 +57,18 @@ int run(const QStringList& arguments) {
         if (first == QLatin1String(command.name)) return command.run(arguments.mid(1));
     }
     if (first.isEmpty()) {
+        complain(QStringLiteral("The tray application is not installed beside this program."));
         printUsage(stderr);
     } else {
         complain(QStringLiteral("There is no command “%1”. See quillet --help.").arg(first));
     }
     return WrongUsage;
+}
+
+bool asksForTheWindows(int argc, char** argv) {
+    constexpr std::string_view kOptions[] = {
+        "--reset-onboarding", "--skip-onboarding", "--toggle-recording", "--settings", "--quit", "--autostarted"};
+    return argc < 2 || std::find(std::begin(kOptions), std::end(kOptions), argv[1]) != std::end(kOptions);
 }
 
 } // namespace
@@ -61,8 +80,11 @@ void complain(const QString& sentence) { QTextStream(stderr) << "quillet: " << s
 
 int main(int argc, char** argv) {
     quillet::keepNewFilesPrivate();
+    // Without a command this is the tray application, a program of its own with its windows.
+    if (quillet::cli::asksForTheWindows(argc, argv)) quillet::becomeCompanion("quillet-tray", argv);
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("quillet"));
     QCoreApplication::setApplicationVersion(QStringLiteral(QUILLET_VERSION));
+    quillet::installPlatformWording(application); // the commands speak English
     return quillet::cli::run(QCoreApplication::arguments());
 }

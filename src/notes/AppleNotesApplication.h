@@ -17,6 +17,7 @@ public:
 
     [[nodiscard]] bool isAvailable() const override { return m_isInstalled(); }
     [[nodiscard]] bool asksForConsent() const override { return true; }
+    [[nodiscard]] bool asksAtMostOnce() const override { return true; } // the system keeps the user's answer
     [[nodiscard]] NotesAccess probeAccess() override;
     [[nodiscard]] bool requestAccess() override { return m_runner.checkNotesAutomationAccess(); }
     [[nodiscard]] std::vector<QString> fetchFolders() override { return m_runner.fetchFolders(); }

@@ -2,20 +2,16 @@
 
 #include "support/MainThread.h"
 
-#include <QThreadPool>
-
 #include <system_error>
+#include <thread>
 #include <utility>
 
 namespace quillet {
 namespace {
 
-/// Never destroyed: Qt's own pool makes the end of the program wait for its workers, and ours may be waiting for the
-/// main thread or for another program just then.
-QThreadPool& workers() {
-    static auto* const pool = new QThreadPool;
-    return *pool;
-}
+/// On a thread of its own that nobody waits for, not even the end of the program: it may be waiting for the main thread
+/// or for another program just then.
+void onWorker(std::function<void()> work) { std::thread(std::move(work)).detach(); }
 
 QString automaticTitle(WallTime recordedAt) {
     const DateFormatter prefix("yyyyMMdd", "en_US_POSIX");
@@ -92,7 +88,7 @@ void NoteIntegrator::fetchFoldersAsyncDetailed(FoldersCompletion completion) con
         return;
     }
     // What the completion holds belongs to the main thread, so it goes there whole.
-    workers().start([application = m_application, completion = std::move(completion)]() mutable {
+    onWorker([application = m_application, completion = std::move(completion)]() mutable {
         const std::vector<QString> folders = application->fetchFolders();
         MainThread::post([folders, completion = std::move(completion)] { completion(folders, folders.empty()); });
     });
@@ -104,7 +100,7 @@ void NoteIntegrator::testFolderConnection(const QString& folderName, TestComplet
         MainThread::post([completion = std::move(completion)] { completion(false); });
         return;
     }
-    workers().start([application = m_application, name, completion = std::move(completion)]() mutable {
+    onWorker([application = m_application, name, completion = std::move(completion)]() mutable {
         const bool exists = application->testFolderConnection(name);
         MainThread::post([exists, completion = std::move(completion)] { completion(exists); });
     });

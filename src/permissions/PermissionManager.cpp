@@ -2,6 +2,7 @@
 
 #include "support/MainThread.h"
 
+#include <QCoreApplication>
 #include <QTimer>
 
 #include <chrono>

@@ -1,7 +1,10 @@
 #include "storage/RecordingFileManager.h"
 
+#include "support/DisplayPath.h"
+
 #include <QDateTime>
 #include <QFile>
+#include <QFileInfo>
 #include <QLocale>
 #include <QSaveFile>
 
@@ -93,16 +96,14 @@ std::optional<fs::path> RecordingFileManager::effectiveRecordingsDirectoryURL() 
     return m_resolvedCustomDirectoryURL ? m_resolvedCustomDirectoryURL : defaultRecordingsDirectoryURL();
 }
 
+bool RecordingFileManager::isCustomDirectoryUnwritable() const {
+    const QFileInfo custom(m_resolvedCustomDirectoryURL ? qtPath(*m_resolvedCustomDirectoryURL) : QString());
+    return custom.exists() && !(custom.isDir() && custom.isWritable());
+}
+
 QString RecordingFileManager::recordingsDirectoryDisplayPath() const {
     const auto folder = effectiveRecordingsDirectoryURL();
-    if (!folder) return QStringLiteral("—");
-    const QString path = qtPath(*folder);
-    const auto home = m_fileManager.homeDirectory();
-    if (!home || *home == "/") return path;
-    const QString homePath = qtPath(*home);
-    if (path == homePath) return QStringLiteral("~");
-    if (path.startsWith(homePath + QLatin1Char('/'))) return QLatin1Char('~') + path.mid(homePath.size());
-    return path;
+    return folder ? displayPath(*folder, m_fileManager.homeDirectory()) : QStringLiteral("—");
 }
 
 void RecordingFileManager::setCustomRecordingsDirectory(const std::optional<fs::path>& url) {

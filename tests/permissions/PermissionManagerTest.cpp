@@ -1,6 +1,7 @@
 #include "permissions/PermissionManager.h"
 
 #include "support/FakeNotesApplication.h"
+#include "support/FakePermissionServices.h"
 #include "support/WaitFor.h"
 
 #include <QElapsedTimer>
@@ -16,24 +17,8 @@ namespace quillet {
 namespace {
 
 using Status = PermissionStatus;
+using test::FakePermissionServices;
 using testing::ElementsAre;
-
-class FakePermissionServices final : public PermissionServices {
-public:
-    bool screenCapture = true;
-    AuthorizationStatus microphone = AuthorizationStatus::Authorized;
-    int screenCaptureRequests = 0;
-    std::function<void(bool)> microphoneCompletion;
-    std::vector<SettingsPlace> opened;
-
-    bool preflightScreenCaptureAccess() override { return screenCapture; }
-    void requestScreenCaptureAccess() override { ++screenCaptureRequests; }
-    AuthorizationStatus microphoneAuthorizationStatus() override { return microphone; }
-    void requestMicrophoneAccess(std::function<void(bool)> completion) override {
-        microphoneCompletion = std::move(completion);
-    }
-    void openSettings(SettingsPlace place) override { opened.push_back(place); }
-};
 
 class PermissionManagerTest : public testing::Test {
 protected:

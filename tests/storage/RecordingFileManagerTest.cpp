@@ -1,6 +1,6 @@
 #include "storage/RecordingFileManager.h"
 
-#include "platform/linux/LinuxFileServices.h"
+#include "support/FakeFileServices.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -14,46 +14,7 @@ namespace quillet {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// Folders below a temporary one, a volume that says what the test wants, and bookmarks that can break.
-class FakeFileServices final : public FileServices {
-public:
-    std::optional<fs::path> support;
-    std::optional<fs::path> home;
-    Result<std::optional<std::int64_t>> free = std::optional<std::int64_t>(1'000'000'000);
-    bool creates = true;
-    bool makesBookmarks = true;
-    bool resolves = true;
-    bool stale = false;
-    bool grantsAccess = true;
-    std::vector<std::string> journal;
-
-    std::optional<fs::path> applicationSupportDirectory() const override { return support; }
-    std::optional<fs::path> homeDirectory() const override { return home; }
-    Result<void> createDirectories(const fs::path& folder) override {
-        if (!creates) return Failure{PlatformError{13, QStringLiteral("Permission denied")}};
-        return real.createDirectories(folder);
-    }
-    Result<std::optional<std::int64_t>> freeBytes(const fs::path&) override { return free; }
-    Result<QByteArray> makeBookmark(const fs::path& folder) override {
-        if (!makesBookmarks) return Failure{PlatformError{1, {}}};
-        return QByteArray("bookmark:" + QByteArray(folder.c_str()));
-    }
-    Result<ResolvedBookmark> resolveBookmark(const QByteArray& bookmark) override {
-        if (!resolves || !bookmark.startsWith("bookmark:")) return Failure{PlatformError{1, {}}};
-        return ResolvedBookmark{bookmark.mid(9).toStdString(), stale};
-    }
-    bool startAccess(const fs::path& folder) override {
-        if (grantsAccess) journal.push_back("start " + folder.filename().string());
-        return grantsAccess;
-    }
-    void stopAccess(const fs::path& folder) override { journal.push_back("stop " + folder.filename().string()); }
-    void openInFileManager(const fs::path& folder) override { journal.push_back("open " + folder.filename().string()); }
-    void revealInFileManager(const fs::path& file) override { journal.push_back("reveal " + file.filename().string()); }
-
-private:
-    LinuxFileServices real;
-};
+using test::FakeFileServices;
 
 class RecordingFileManagerTest : public testing::Test {
 protected:
@@ -199,15 +160,6 @@ TEST_F(RecordingFileManagerTest, TheLogGrowsByALinePerRecording) {
     QFile log(QFile::decodeName((*services.support / "test_log.txt").c_str()));
     ASSERT_TRUE(log.open(QFile::ReadOnly));
     EXPECT_EQ(log.readAll(), QByteArray("2025-03-14T08:05:45Z /a/Meeting 1.m4a\n2025-03-14T08:07:00Z /b/Ü.m4a\n"));
-}
-
-TEST(LinuxFileServicesTest, FreeSpaceAndBookmarksAreReal) {
-    LinuxFileServices services;
-    EXPECT_GT(services.freeBytes("/").value().value(), 0);
-    EXPECT_FALSE(services.freeBytes("/no/such/folder"));
-    EXPECT_FALSE(services.createDirectories("/proc/self/status/below"));
-    EXPECT_EQ(services.resolveBookmark(services.makeBookmark("/a b/ü").value())->url, "/a b/ü");
-    EXPECT_FALSE(services.resolveBookmark("relative/path"));
 }
 
 } // namespace

@@ -63,6 +63,27 @@ TEST(RecordingFilesTest, whatIsBeingWrittenIsNeverMovedNorRepaired) {
     EXPECT_EQ(openRecordingForRepair(folder / "a.m4a")->kind, RecordingForRepair::Kind::BeingRepaired);
 }
 
+TEST(RecordingFilesTest, aFileMadeByALibraryIsProtectedTheSameWay) {
+    const TemporaryFolder folder;
+    ASSERT_TRUE(setAsideEarlierRecording(folder / "a.m4a").ok()) << "there is nothing to set aside";
+    EXPECT_FALSE(markAsBeingWritten(folder / "a.m4a").ok());
+    writeFile(folder / "a.m4a", text("old"));
+    ASSERT_TRUE(setAsideEarlierRecording(folder / "a.m4a").ok());
+    EXPECT_EQ(folder.names(), Names{"a (earlier).m4a"});
+
+    writeFile(folder / "a.m4a", text("new"));
+    auto mark = markAsBeingWritten(folder / "a.m4a");
+    ASSERT_TRUE(mark.ok());
+    EXPECT_EQ(std::filesystem::status(folder / "a.m4a").permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    EXPECT_EQ(openRecordingForRepair(folder / "a.m4a")->kind, RecordingForRepair::Kind::BeingWritten);
+    EXPECT_EQ(setAsideEarlierRecording(folder / "a.m4a").error().code, EBUSY);
+    EXPECT_FALSE(markAsBeingWritten(folder / "a.m4a").ok());
+
+    mark->reset();
+    EXPECT_EQ(openRecordingForRepair(folder / "a.m4a")->kind, RecordingForRepair::Kind::Ready);
+}
+
 TEST(RecordingFilesTest, aFailedCreationLeavesNothing) {
     const TemporaryFolder folder;
     std::filesystem::create_directory(folder / "full");

@@ -1,0 +1,94 @@
+#include "app/RecordingNotices.h"
+
+#include "support/ShownText.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QUrl>
+
+#include <chrono>
+
+namespace quillet {
+namespace {
+
+const QString kSaved = QStringLiteral("saved");
+const QString kProblem = QStringLiteral("problem");
+
+} // namespace
+
+RecordingNotices::RecordingNotices(Services services)
+    : m_services(std::move(services)),
+      m_system{
+          QStringLiteral("silent-system-audio"), tr("Nothing is heard from the other side"),
+          tr("The computer's sound has been silent for 10 seconds. Check that the meeting plays through the output "
+             "that is recorded."),
+          false},
+      m_microphone{QStringLiteral("silent-microphone"), tr("The microphone is silent"),
+                   tr("Nothing has come from the microphone for 10 seconds. Check that it is connected and not muted."),
+                   false} {
+    m_look.setInterval(std::chrono::seconds(1));
+    connect(&m_look, &QTimer::timeout, this, [this] { look(); });
+    m_services.notifications.observe(Notifications::recordingDidComplete, this,
+                                     [this](const QVariantMap& info) { completed(info); });
+    m_services.engine->isRecording.subscribe(this, [this](bool recording) { recordingChanged(recording); });
+    m_services.engine->lastError.subscribe(this, [this](const std::optional<QString>& error) {
+        if (error) failed(tr("Recording problem"), *error);
+    });
+    m_services.uiModel.activeAlert.subscribe(this, [this](const std::optional<AppAlert>& alert) {
+        if (alert)
+            failed(shownText(alert->title), alert->message);
+        else
+            m_services.notices->withdraw(kProblem);
+    });
+}
+
+void RecordingNotices::recordingChanged(bool recording) {
+    if (recording == m_look.isActive()) return;
+    if (recording) {
+        m_services.notices->withdraw(kSaved);
+        m_awake = m_services.sleep->hold(tr("Recording a meeting"));
+        m_look.start();
+        return;
+    }
+    m_awake.reset();
+    m_look.stop();
+    for (Side* const side : {&m_system, &m_microphone}) lookAt(*side, FrameCount(0));
+}
+
+void RecordingNotices::completed(const QVariantMap& info) {
+    const QString file = info.value(QStringLiteral("url")).toUrl().toLocalFile();
+    const std::filesystem::path recording = QFile::encodeName(file).toStdString();
+    m_services.notices->show({.subject = kSaved,
+                              .title = tr("Recording saved"),
+                              .body = QFileInfo(file).fileName(),
+                              .actionTitle = tr("Show"),
+                              .onAction = [show = m_services.showRecording, recording] { show(recording); }});
+}
+
+void RecordingNotices::failed(const QString& title, const QString& message) {
+    m_services.notices->show({.subject = kProblem,
+                              .title = title,
+                              .body = shownText(message),
+                              .actionTitle = tr("Open Quillet"),
+                              .onAction = m_services.open,
+                              .urgency = UserNotice::Urgency::Critical});
+}
+
+void RecordingNotices::look() {
+    const CaptureStatistics statistics = m_services.engine->statistics();
+    lookAt(m_system, statistics.system.digitalSilence);
+    lookAt(m_microphone, statistics.microphone.digitalSilence);
+}
+
+void RecordingNotices::lookAt(Side& side, FrameCount silence) {
+    const bool silent = silence >= kNoticeableSilence;
+    if (silent == side.isTold) return;
+    side.isTold = silent;
+    if (silent) {
+        m_services.notices->show({.subject = side.subject, .title = side.title, .body = side.body});
+    } else {
+        m_services.notices->withdraw(side.subject);
+    }
+}
+
+} // namespace quillet

@@ -1,0 +1,127 @@
+#include "app/tray/SharedInstances.h"
+
+#include "app/LaunchManager.h"
+#include "app/RecordingHost.h"
+#include "notes/vault/VaultNotesApplication.h"
+#include "onboarding/ui/OnboardingView.h"
+#include "platform/DesktopFiles.h"
+#include "platform/LanguageModel.h"
+#include "platform/LoginItem.h"
+#include "platform/Platform.h"
+#include "settings/ui/FolderDialogs.h"
+#include "settings/ui/SettingsView.h"
+#include "support/SharedInstance.h"
+#include "templates/TemplateManager.h"
+#include "templates/ui/TemplatesTabView.h"
+
+namespace quillet {
+namespace {
+
+UserDefaults& defaults() { return UserDefaults::standard(); }
+
+FileServices& fileServices() {
+    static const std::unique_ptr<FileServices> services = makeDesktopFileServices();
+    return *services;
+}
+
+/// The device of the settings, read at each start of a recording.
+DeviceName deviceOf(const QString& key) {
+    return [key] { return defaults().string(key).value_or(QString()); };
+}
+
+std::shared_ptr<AudioCaptureEngine> makeEngine() {
+    LiveSources live =
+        makeLiveSources(deviceOf(DefaultsKeys::systemAudioDevice), deviceOf(DefaultsKeys::microphoneDevice));
+    // The note is made with the services of the first recording: they are not needed before one has ended.
+    auto host = std::make_shared<RecordingHost>(
+        *SharedInstance<RecordingFileManager>::get(), defaults(), *SharedInstance<RecorderUIModel>::get(),
+        NotificationCenter::standard(),
+        [](const std::filesystem::path& recording, WallTime recordedAt) -> std::optional<CreateNoteResult> {
+            const auto outcome = sharedNotes().recordings.makeNote(recording, recordedAt);
+            if (!outcome) return std::nullopt;
+            return toCreateNoteResult(*outcome);
+        });
+    return AudioCaptureEngine::create({.systemAudio = std::move(live.systemAudio),
+                                       .microphone = std::move(live.microphone),
+                                       .writers = makeAssetWriterFactory()},
+                                      std::move(host));
+}
+
+} // namespace
+
+NotesServices& sharedNotes() {
+    static NotesServices notes(defaults(), [] {
+        return SharedInstance<PermissionManager>::get()->automationStatus.value() == PermissionStatus::Granted;
+    });
+    return notes;
+}
+
+const std::shared_ptr<Desktop>& sharedDesktop() {
+    static const std::shared_ptr<Desktop> desktop = makeDesktop();
+    return desktop;
+}
+
+void installSharedInstances() {
+    SharedInstance<RecordingFileManager>::setFactory(
+        [] { return std::make_shared<RecordingFileManager>(fileServices(), defaults()); });
+    SharedInstance<RecorderUIModel>::setFactory([] { return std::make_shared<RecorderUIModel>(); });
+    SharedInstance<AudioCaptureEngine>::setFactory(makeEngine);
+    SharedInstance<PermissionManager>::setFactory(
+        [] { return PermissionManager::create(makePermissionServices(), sharedNotes().application, defaults()); });
+    SharedInstance<LaunchManager>::setFactory([] { return std::make_shared<LaunchManager>(makeLoginItem()); });
+    SharedInstance<SettingsStore>::setFactory([] {
+        return SettingsStore::create(*SharedInstance<RecordingFileManager>::get(), sharedNotes().integrator,
+                                     *SharedInstance<PermissionManager>::get(), defaults(), makeFolderChooser());
+    });
+    SharedInstance<TemplateManager>::setFactory([] { return std::make_shared<TemplateManager>(defaults()); });
+    SharedInstance<SummarisationManager>::setFactory([] { return std::make_shared<SummarisationManager>(defaults()); });
+}
+
+QWidget* makeSharedSettingsView(const QString& section, std::function<void()> quit) {
+    const auto permissions = SharedInstance<PermissionManager>::get();
+    const auto store = SharedInstance<SettingsStore>::get();
+    const auto launch = SharedInstance<LaunchManager>::get();
+    SettingsParts parts;
+    parts.model = std::make_shared<SettingsModel>(
+        SettingsServices{.permissions = permissions,
+                         .store = store,
+                         .summarisation = SharedInstance<SummarisationManager>::get(),
+                         .notesApplication = sharedNotes().application,
+                         .notes = sharedNotes().integrator,
+                         .files = *SharedInstance<RecordingFileManager>::get(),
+                         .defaults = defaults(),
+                         .isLaunchedAtLogin =
+                             [launch] {
+                                 launch->refresh();
+                                 return launch->isEnabled.value();
+                             },
+                         .setLaunchAtLogin = [launch](bool enabled) { launch->setLaunchAtLogin(enabled); },
+                         .quit = std::move(quit)});
+    if (const auto first = settingsSection(section)) parts.model->selectedSection.set(*first);
+    parts.notesChoice = std::make_shared<NotesChoiceModel>(defaults(), VaultNotesApplication::standardFolder(),
+                                                           makeFolderChooser(), permissions, store);
+    parts.soundChoice = std::make_shared<SoundChoiceModel>(makeSoundDevices(), defaults());
+    parts.makeTemplatesTab = [](QWidget* parent) -> QWidget* {
+        return new TemplatesTabView(SharedInstance<TemplateManager>::get(), parent);
+    };
+    return new SettingsView(std::move(parts));
+}
+
+QWidget* makeSharedOnboardingView() {
+    const auto launch = SharedInstance<LaunchManager>::get();
+    return new OnboardingView(std::make_shared<OnboardingModel>(
+        OnboardingServices{.permissions = SharedInstance<PermissionManager>::get(),
+                           .desktop = sharedDesktop(),
+                           .settingsStore = [] { return SharedInstance<SettingsStore>::get(); },
+                           .notes = sharedNotes().integrator,
+                           .defaults = defaults(),
+                           .notifications = NotificationCenter::standard(),
+                           .setLaunchAtLogin = [launch](bool enabled) { launch->setLaunchAtLogin(enabled); },
+                           .isOnDeviceModelReady =
+                               [] {
+                                   const auto model = SystemLanguageModel::standard().model();
+                                   return model && model->isAvailable();
+                               }}));
+}
+
+} // namespace quillet

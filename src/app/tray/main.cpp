@@ -1,0 +1,24 @@
+#include "app/tray/TrayProgram.h"
+#include "platform/Process.h"
+#include "platform/WindowSystem.h"
+#include "support/Translations.h"
+
+#include <QApplication>
+
+#include <cstdio>
+#include <cstdlib>
+
+int main(int argc, char** argv) {
+    quillet::keepNewFilesPrivate();
+    if (!quillet::hasDisplay()) {
+        std::fputs("quillet: There is no display to show a window on. “quillet record” records without one.\n", stderr);
+        return EXIT_FAILURE;
+    }
+    quillet::chooseWindowSystem();
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("quillet"));
+    QApplication::setApplicationVersion(QStringLiteral(QUILLET_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("com.corvane.Quillet"));
+    quillet::installTranslations(application);
+    return quillet::TrayProgram(QApplication::arguments()).run();
+}

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "app/UpdaterManager.h"
+#include "capture/AudioCaptureEngine.h"
+#include "capture/RecordingControl.h"
+#include "platform/StatusItem.h"
+#include "support/NotificationCenter.h"
+#include "support/UserDefaults.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QStringList>
+#include <QTimer>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace quillet {
+
+class MenuView;
+class Popover;
+
+/// The shell of the program: the status item with its icon, menu and popover, and the windows for the settings and the
+/// introduction, each made when it is wanted. What happens in the windows is not its business, nor is what happens when
+/// a recording ends. One per process, owned by main(); main thread. It shows no alerts: without a place for a status
+/// item, the popover's content becomes an ordinary window from which all is reached.
+class AppDelegate final : public QObject {
+    Q_OBJECT
+public:
+    /// What the delegate needs of the program around it; the references must outlive it.
+    struct Services {
+        std::shared_ptr<AudioCaptureEngine> engine;
+        RecordingControl& control;
+        UserDefaults& defaults;
+        NotificationCenter& notifications;
+        std::unique_ptr<UpdaterManager> updaterManager;
+        std::function<std::unique_ptr<StatusItem>(StatusItem::Handlers)> makeStatusItem;
+        std::function<MenuView*()> makeMenuView;
+        std::function<QWidget*(const QString& section)> makeSettingsView;
+        std::function<QWidget*()> makeOnboardingView;
+        std::function<void()> terminate; ///< ends the process
+    };
+
+    explicit AppDelegate(Services services);
+    ~AppDelegate() override;
+
+    void applicationDidFinishLaunching(const QStringList& arguments);
+
+    /// What the menu's entries do; also for requests from outside.
+    /// With the section of that name in front, where one is named and a new window is made.
+    void menuOpenSettings(const QString& section = {});
+    void menuStartStopRecording();
+    void menuCheckForUpdates();
+    void menuQuit();
+    /// Somebody started the program once more, or asks for its window.
+    void showPopover(const ActivationHint& hint = {});
+
+    [[nodiscard]] std::vector<MenuEntry> makeContextMenu();
+    void statusItemViewTogglePopover(const ActivationHint& hint);
+    void updateMenuBarIcon(bool recording);
+
+private:
+    void setupMenuBar();
+    void observeRecordingState();
+    void showOnboarding();
+    void showStatusImage();
+    void presenceChanged(StatusItem::Presence presence);
+    void showWindowWithoutTray();
+    Popover& popover();
+    [[nodiscard]] QWidget* makeWindowBar();
+
+    Services m_services;
+    std::unique_ptr<StatusItem> m_statusItem;
+    std::unique_ptr<Popover> m_popover;
+    QTimer m_recordingBlinkTimer;
+    bool m_blinkState = false;
+    StatusImage m_image;
+    bool m_hasShownOnboarding = false;
+    QPointer<QWidget> m_onboardingWindow;
+    QPointer<QWidget> m_settingsWindow;
+    QTimer m_patienceWithTheTray; ///< runs for a while after a start at login and when the tray goes
+    bool m_wasInTray = false;
+    bool m_hasShownWindow = false;
+};
+
+} // namespace quillet

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "app/MenuModel.h"
+#include "capture/RecordingControl.h"
+#include "support/FakeFileServices.h"
+#include "support/FakeHardware.h"
+#include "support/FakeNotesApplication.h"
+#include "support/FakePermissionServices.h"
+#include "support/NotificationCenter.h"
+#include "support/WaitFor.h"
+
+#include <QTemporaryDir>
+
+#include <fstream>
+#include <memory>
+#include <span>
+#include <utility>
+#include <vector>
+
+namespace quillet::test {
+
+/// Everything that the popover and the shell work on, with fakes where the machine begins.
+struct Desk {
+    QTemporaryDir folder;
+    MemoryUserDefaults defaults;
+    NotificationCenter notifications;
+    FakeFileServices fileServices;
+    RecordingFileManager files{fileServices, defaults};
+    RecorderUIModel uiModel;
+    std::shared_ptr<FakePermissionServices> permissionServices = std::make_shared<FakePermissionServices>();
+    std::shared_ptr<FakeNotesApplication> notes = std::make_shared<FakeNotesApplication>();
+    std::shared_ptr<PermissionManager> permissions = PermissionManager::create(permissionServices, notes, defaults);
+    std::shared_ptr<FakeMicrophone> microphone = std::make_shared<FakeMicrophone>();
+    std::shared_ptr<FakeSystemAudio> systemAudio = std::make_shared<FakeSystemAudio>();
+    std::shared_ptr<FakeWriters> writers = std::make_shared<FakeWriters>();
+    std::shared_ptr<FakeHost> host = std::make_shared<FakeHost>();
+    std::shared_ptr<AudioCaptureEngine> engine =
+        AudioCaptureEngine::create({.systemAudio = systemAudio, .microphone = microphone, .writers = writers}, host);
+    RecordingControl control{engine};
+
+    Desk() {
+        fileServices.support = folder.path().toStdString();
+        const std::filesystem::path recording = *fileServices.support / "Meeting.m4a";
+        std::ofstream(recording) << "a recording";
+        host->url = recording;
+    }
+    ~Desk() {
+        engine->waitUntilFinished();
+        processEvents();
+    }
+
+    [[nodiscard]] std::unique_ptr<MenuModel> makeMenuModel() {
+        return std::make_unique<MenuModel>(MenuModel::Services{.permissions = permissions,
+                                                               .engine = engine,
+                                                               .control = control,
+                                                               .uiModel = uiModel,
+                                                               .files = files,
+                                                               .defaults = defaults});
+    }
+    /// Both sources deliver the same stretch of time, each at one constant level, as devices do: bit by bit.
+    void deliver(std::int64_t firstFrame, std::int64_t frames, float system, float microphoneLevel) {
+        constexpr std::int64_t kBit = 4800;
+        for (std::int64_t at = firstFrame; at < firstFrame + frames; at += kBit) {
+            const HostFramePos position{FrameCount(48'000 + at)};
+            const MediaTime time = at == 0 ? MediaTime::atFrame(position) : MediaTime::insideFrame(position);
+            engine->queue().sync([&] {
+                for (const auto& [handler, level] :
+                     {std::pair(&systemAudio->handler, system), std::pair(&microphone->handler, microphoneLevel)}) {
+                    const std::vector<float> stereo(2 * kBit, level);
+                    if (*handler) (*handler)({std::as_bytes(std::span(stereo)), &kInterleavedStereoFloat, time, kBit});
+                }
+            });
+        }
+    }
+    [[nodiscard]] bool becomesRecording(bool recording) const {
+        return waitFor([&] { return engine->isRecording.value() == recording; });
+    }
+};
+
+} // namespace quillet::test

@@ -1,0 +1,184 @@
+#include "app/ui/MenuView.h"
+
+#include "Desk.h"
+#include "app/ui/MenuParts.h"
+#include "support/Widgets.h"
+#include "widgets/Theme.h"
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QtTest/QTest>
+
+namespace quillet::test {
+namespace {
+
+QString text(const char* latin1) { return QString::fromLatin1(latin1); }
+
+class MenuViewTest : public testing::Test {
+protected:
+    void open() {
+        view = std::make_unique<MenuView>(desk.makeMenuModel());
+        view->resize(view->sizeHint());
+        view->show();
+        processEvents();
+    }
+    void click(const char* name) {
+        if (auto* const button = find<QAbstractButton>(*view, text(name))) QTest::mouseClick(button, Qt::LeftButton);
+        processEvents();
+    }
+    [[nodiscard]] bool has(const char* name) const { return shows(*view, QString::fromUtf8(name)); }
+
+    Desk desk;
+    std::unique_ptr<MenuView> view;
+};
+
+TEST_F(MenuViewTest, asksOnlyForWhatIsMissingAndGivesWayWhenAllIsThere) {
+    desk.permissionServices->microphone = AuthorizationStatus::NotDetermined;
+    open();
+    EXPECT_TRUE(has("This app runs in macOS's App Sandbox. To record meetings, allow access for:"));
+    EXPECT_FALSE(has("Screen Capture"));
+    EXPECT_TRUE(has("Microphone"));
+    EXPECT_FALSE(has("Record"));
+
+    click("Allow");
+    ASSERT_TRUE(desk.permissionServices->microphoneCompletion);
+    std::exchange(desk.permissionServices->microphoneCompletion, nullptr)(false); // whoever waits is let go
+    ASSERT_TRUE(waitFor([&] { return !desk.permissionServices->opened.empty(); }));
+    EXPECT_EQ(desk.permissionServices->opened, std::vector{SettingsPlace::Microphone});
+
+    desk.permissionServices->microphone = AuthorizationStatus::Authorized;
+    view->hide();
+    view->show(); // granted outside meanwhile
+    EXPECT_TRUE(has("Record"));
+    EXPECT_FALSE(has("Microphone"));
+}
+
+TEST_F(MenuViewTest, aMissingScreenCaptureLeadsToItsSettings) {
+    desk.permissionServices->screenCapture = false;
+    open();
+    keepPicture(*view, text("popover-permissions"));
+    click("Allow");
+    EXPECT_EQ(desk.permissionServices->screenCaptureRequests, 1);
+    EXPECT_EQ(desk.permissionServices->opened, std::vector{SettingsPlace::ScreenCapture});
+}
+
+TEST_F(MenuViewTest, oneButtonRecordsAndStops) {
+    open();
+    keepPicture(*view, text("popover-idle"));
+    QAbstractButton* const button = find<QAbstractButton>(*view, text("Record"));
+    ASSERT_NE(button, nullptr);
+    QTest::mouseDClick(button, Qt::LeftButton); // the second click of an impatient hand is no stop
+    QTest::mouseClick(button, Qt::LeftButton);
+    ASSERT_TRUE(desk.becomesRecording(true));
+    EXPECT_TRUE(has("Stop"));
+    EXPECT_TRUE(has("0:00"));
+    EXPECT_TRUE(has("Other side"));
+    EXPECT_FALSE(has("Latest")) << "the file is still being written";
+    keepPicture(*view, text("popover-recording"));
+
+    click("Stop");
+    ASSERT_TRUE(desk.becomesRecording(false));
+    EXPECT_TRUE(has("Record"));
+    EXPECT_FALSE(has("Other side"));
+    EXPECT_TRUE(has("Meeting.m4a"));
+    click("Show Last Recording in Finder");
+    ASSERT_TRUE(desk.files.ensureRecordingsDirectoryExists());
+    click("Open Recordings Folder");
+    ASSERT_GE(desk.fileServices.journal.size(), 2U);
+    EXPECT_EQ(desk.fileServices.journal.front(), "reveal Meeting.m4a");
+    EXPECT_EQ(desk.fileServices.journal.back().substr(0, 5), "open ");
+}
+
+TEST_F(MenuViewTest, noTimerRunsUnlessSomethingMovesBeforeTheUsersEyes) {
+    open();
+    const auto meters = [&] { return view->findChildren<ElapsedTimeView*>().front()->isVisible(); };
+    EXPECT_FALSE(meters());
+    desk.control.start();
+    ASSERT_TRUE(desk.becomesRecording(true));
+    EXPECT_TRUE(meters());
+    view->hide();
+    EXPECT_FALSE(meters());
+    desk.control.stop();
+    ASSERT_TRUE(desk.becomesRecording(false));
+}
+
+TEST_F(MenuViewTest, theSwitchIsTheSetting) {
+    open();
+    QAbstractButton* const note = find<QAbstractButton>(*view, text("Auto-create Note"));
+    ASSERT_NE(note, nullptr);
+    EXPECT_FALSE(note->isChecked());
+    QTest::keyClick(note, Qt::Key_Space);
+    EXPECT_TRUE(desk.defaults.boolean(DefaultsKeys::autoCreateNote));
+    desk.defaults.set(DefaultsKeys::autoCreateNote, false); // as the command line would
+    view->hide();
+    view->show();
+    EXPECT_FALSE(note->isChecked());
+}
+
+TEST_F(MenuViewTest, aFailureIsReadInTheWindowAndRaisesItsAlertEachTime) {
+    open();
+    desk.uiModel.showDiskFull();
+    EXPECT_TRUE(has("Not Enough Space"));
+    EXPECT_TRUE(view->isPresentingAlert());
+    keepPicture(*view, text("popover-alert"));
+    QTest::keyClick(view->findChild<AlertCard*>(), Qt::Key_Escape);
+    EXPECT_FALSE(view->isPresentingAlert());
+    EXPECT_FALSE(desk.uiModel.activeAlert.value().has_value());
+
+    desk.uiModel.showDiskFull();
+    desk.uiModel.showAppleScriptFailure();
+    EXPECT_FALSE(has("Not Enough Space"));
+    EXPECT_TRUE(has("Could Not Create Note"));
+    click("OK");
+    EXPECT_FALSE(view->isPresentingAlert());
+
+    desk.engine->lastError.set(QStringLiteral("Stream start failed: connection refused"));
+    EXPECT_TRUE(has("Stream start failed: connection refused"));
+}
+
+TEST_F(MenuViewTest, aRefusalOfAutomationOffersTheSettings) {
+    desk.uiModel.showNotesAutomationDenied(); // before the popover was ever opened
+    open();
+    EXPECT_EQ(findAll<QAbstractButton>(*view, text("OK")).size(), 1U);
+    EXPECT_EQ(view->findChild<AlertCard*>()->findChild<QScrollArea*>()->verticalScrollBar()->maximum(), 0);
+    keepPicture(*view, text("popover-automation"));
+    QTest::keyClick(QApplication::focusWidget() ? QApplication::focusWidget() : view->findChild<AlertCard*>(),
+                    Qt::Key_Return);
+    processEvents();
+    EXPECT_EQ(desk.permissionServices->opened, std::vector{SettingsPlace::Automation});
+    EXPECT_FALSE(view->isPresentingAlert());
+}
+
+TEST_F(MenuViewTest, largeTextScrollsAndCutsNothing) {
+    Theme::shared().setTextScale(2);
+    desk.control.start();
+    ASSERT_TRUE(desk.becomesRecording(true));
+    desk.control.stop();
+    ASSERT_TRUE(desk.becomesRecording(false));
+    open();
+    for (QWidget* const child : view->findChildren<QWidget*>()) {
+        if (!child->isVisible() || !qobject_cast<QAbstractButton*>(child)) continue;
+        EXPECT_GE(child->width(), child->sizeHint().width()) << accessibleName(*child).toStdString();
+        EXPECT_GE(child->height(), child->sizeHint().height()) << accessibleName(*child).toStdString();
+    }
+    keepPicture(*view, text("popover-large"));
+    Theme::shared().setTextScale(1);
+}
+
+TEST_F(MenuViewTest, looksRightInTheDarkToo) {
+    Theme::shared().setColorScheme(ColorScheme::Dark);
+    open();
+    keepPicture(*view, text("popover-idle-dark"));
+    desk.control.start();
+    ASSERT_TRUE(desk.becomesRecording(true));
+    keepPicture(*view, text("popover-recording-dark"));
+    EXPECT_LT(view->grab().toImage().pixelColor(1, 1).lightness(), 90);
+    desk.control.stop();
+    ASSERT_TRUE(desk.becomesRecording(false));
+    Theme::shared().setColorScheme(std::nullopt);
+}
+
+} // namespace
+} // namespace quillet::test

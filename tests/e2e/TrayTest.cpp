@@ -1,0 +1,220 @@
+#include "QuilletProcess.h"
+#include "support/PrivateDesktop.h"
+#include "support/PrivateSoundServer.h"
+#include "support/WaitFor.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <gmock/gmock.h>
+#include <thread>
+
+namespace quillet::test {
+namespace {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+/// A person at a desktop with a tray: the whole program, its windows, a panel, a sound server and a folder of notes.
+class TrayTest : public testing::Test {
+protected:
+    void SetUp() override {
+        const std::string why = PrivateDesktop::whyUnavailable();
+        if (!why.empty()) GTEST_SKIP() << why;
+        desktop = std::make_unique<PrivateDesktop>();
+    }
+    ~TrayTest() override {
+        if (program.state() == QProcess::NotRunning) return;
+        program.kill();
+        program.waitForFinished();
+    }
+
+    void useSoundServer() {
+        server = std::make_unique<PrivateSoundServer>(PrivateSoundServer::Kind::PulseAudio);
+        server->start();
+    }
+    [[nodiscard]] QProcessEnvironment environment() const {
+        QProcessEnvironment all = desktop->environment();
+        all.insert(u"LC_ALL"_s, u"C.UTF-8"_s); // windows are found by their titles
+        if (server) all.insert(u"PULSE_SERVER"_s, qEnvironmentVariable("PULSE_SERVER"));
+        return all;
+    }
+    void start(const QStringList& arguments = {}) {
+        program.setProcessEnvironment(environment());
+        program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        program.start(QStringLiteral(QUILLET_BINARY), arguments);
+        ASSERT_TRUE(program.waitForStarted());
+    }
+    /// Another start of the program beside the running one; what it prints.
+    QString quillet(const QStringList& arguments) const {
+        QProcess other;
+        other.setProcessEnvironment(environment());
+        other.start(QStringLiteral(QUILLET_BINARY), arguments);
+        EXPECT_TRUE(other.waitForFinished(20000));
+        EXPECT_EQ(other.exitCode(), 0) << other.readAllStandardError().toStdString();
+        return QString::fromUtf8(other.readAllStandardOutput()).trimmed();
+    }
+    [[nodiscard]] bool ends(int deadlineMs = 10000) {
+        return waitFor([this] { return program.state() == QProcess::NotRunning || program.waitForFinished(20); },
+                       deadlineMs);
+    }
+    [[nodiscard]] QStringList files(const QString& folder, const QString& pattern) const {
+        return QDir(desktop->home() + folder).entryList({pattern}, QDir::Files);
+    }
+    /// The item needs its panel, and the panel a moment to show it: a press that comes too early opens nothing. One
+    /// that is repeated too early closes what the first has opened.
+    [[nodiscard]] bool openPopover() const {
+        return waitFor(
+            [this] {
+                desktop->click(desktop->trayItem());
+                return desktop->waitForWindow(u"Quillet"_s, true, 3000);
+            },
+            25000);
+    }
+    void walkThroughTheIntroduction() {
+        ASSERT_TRUE(desktop->waitForWindow(u"Welcome to Quillet"_s));
+        const bool closed = waitFor(
+            [this] {
+                desktop->press(u"Return"_s);
+                return desktop->waitForWindow(u"Welcome to Quillet"_s, false, 700);
+            },
+            20000);
+        ASSERT_TRUE(closed);
+    }
+
+    std::unique_ptr<PrivateDesktop> desktop;
+    std::unique_ptr<PrivateSoundServer> server;
+    QProcess program;
+};
+
+TEST_F(TrayTest, aMeetingFromTheIntroductionToTheNote) {
+    if (const std::string why = PrivateSoundServer::whyUnavailable(); !why.empty()) GTEST_SKIP() << why;
+    useSoundServer();
+    start();
+    walkThroughTheIntroduction();
+    EXPECT_EQ(files(u"/config/autostart"_s, u"*.desktop"_s).size(), 1) << "the introduction switches this on";
+
+    // The popover by a press on the tray's item; the switch for notes by the keyboard, the button by the mouse.
+    ASSERT_TRUE(openPopover());
+    desktop->press(u"Tab space"_s);
+    ASSERT_TRUE(waitFor([this] {
+        return quillet({u"settings"_s, u"get"_s, u"corvane.autoCreateNote"_s}) == u"true"_s;
+    }));
+    server->play(u"speakers"_s, tone(440, 30));
+    server->play(u"micfeed"_s, tone(1000, 30));
+    const QRect popover = desktop->geometry(desktop->windows(u"Quillet"_s).value(0));
+    desktop->click(QPoint(popover.center().x(), popover.top() + 105));
+    ASSERT_TRUE(waitFor([this] { return !files(u"/data/quillet/Recordings"_s, u"*.m4a"_s).isEmpty(); }, 10000));
+    std::this_thread::sleep_for(5s); // the meeting
+    desktop->keepPicture(u"tray-recording"_s);
+    desktop->press(u"space"_s); // the button still has the keyboard
+
+    const QString vault = u"/Documents/Quillet Notes"_s;
+    ASSERT_TRUE(waitFor([&] { return !files(vault, u"*.md"_s).isEmpty(); }, 15000));
+    const QStringList audio = files(vault + u"/attachments"_s, u"*.m4a"_s);
+    ASSERT_EQ(audio.size(), 1);
+    const std::vector<float> sound = decode(desktop->home() + vault + u"/attachments/"_s + audio.front());
+    ASSERT_GT(sound.size(), 2U * 48000 * 4);
+    const std::span<const float> late = std::span(sound).last(2 * 48000 * 2);
+    EXPECT_GT(amplitude(late, 0, 440), 0.01);
+    EXPECT_GT(amplitude(late, 0, 1000), 0.01);
+
+    // A template of one's own, by the keyboard alone.
+    quillet({u"--settings"_s});
+    ASSERT_TRUE(desktop->waitForWindow(u"Quillet Settings"_s));
+    desktop->press(u"Down Down"_s);
+    desktop->keepPicture(u"tray-settings"_s);
+    desktop->press(u"Tab Tab Tab Tab space"_s);
+    ASSERT_TRUE(desktop->waitForWindow(u"New Template"_s));
+    desktop->type(u"Weekly"_s);
+    desktop->press(u"ctrl+Return"_s);
+    ASSERT_TRUE(desktop->waitForWindow(u"New Template"_s, false));
+    EXPECT_THAT(quillet({u"templates"_s, u"list"_s}).toStdString(), testing::HasSubstr("Weekly"));
+    desktop->press(u"ctrl+w"_s);
+    ASSERT_TRUE(desktop->waitForWindow(u"Quillet Settings"_s, false));
+
+    // Quit is the last of the required entries.
+    desktop->click(desktop->trayItem(), 3);
+    std::this_thread::sleep_for(1s); // the panel asks for the menu before it opens
+    desktop->keepPicture(u"tray-menu"_s);
+    desktop->press(u"Up Return"_s);
+    ASSERT_TRUE(ends());
+    EXPECT_EQ(program.exitCode(), 0);
+}
+
+TEST_F(TrayTest, theItemReturnsWithItsPanelAndCommandsReachTheRunningProgram) {
+    start({u"--skip-onboarding"_s});
+    ASSERT_TRUE(openPopover());
+    EXPECT_TRUE(desktop->windows(u"Welcome to Quillet"_s).isEmpty());
+    desktop->press(u"Escape"_s);
+    ASSERT_TRUE(desktop->waitForWindow(u"Quillet"_s, false));
+
+    desktop->stopPanel();
+    desktop->startPanel();
+    ASSERT_TRUE(openPopover());
+    desktop->press(u"Escape"_s);
+    ASSERT_TRUE(desktop->waitForWindow(u"Quillet"_s, false));
+
+    quillet({});
+    EXPECT_TRUE(desktop->waitForWindow(u"Quillet"_s)) << "a second start shows the first";
+    quillet({u"--settings"_s});
+    EXPECT_TRUE(desktop->waitForWindow(u"Quillet Settings"_s));
+    quillet({u"--quit"_s});
+    EXPECT_TRUE(ends());
+}
+
+TEST_F(TrayTest, withoutATrayTheWindowOpensAndHoldsTheMenu) {
+    desktop->stopPanel();
+    start({u"--skip-onboarding"_s});
+    ASSERT_TRUE(desktop->waitForWindow(u"Quillet"_s));
+    desktop->keepPicture(u"without-tray"_s);
+    desktop->press(u"ctrl+q"_s);
+    EXPECT_TRUE(ends());
+}
+
+/// Frames that a finished file leaves out at its edges and an unfinished one may still show.
+constexpr std::size_t kEncoderDelay = 2048;
+
+TEST_F(TrayTest, quittingInTheMiddleOfARecordingLosesNothing) {
+    if (const std::string why = PrivateSoundServer::whyUnavailable(); !why.empty()) GTEST_SKIP() << why;
+    useSoundServer();
+    server->play(u"speakers"_s, tone(440, 30));
+    server->play(u"micfeed"_s, tone(1000, 30));
+    const QString recordings = u"/data/quillet/Recordings"_s;
+    start({u"--skip-onboarding"_s, u"--toggle-recording"_s});
+    ASSERT_TRUE(waitFor([&] { return !files(recordings, u"*.m4a"_s).isEmpty(); }, 15000));
+    std::this_thread::sleep_for(3s);
+    quillet({u"--quit"_s});
+    ASSERT_TRUE(ends());
+
+    const QString file = desktop->home() + recordings + u'/' + files(recordings, u"*.m4a"_s).value(0);
+    const std::vector<float> unfinished = decode(file);
+    EXPECT_GT(unfinished.size(), 2U * 48000 * 2);
+    const qint64 size = QFileInfo(file).size();
+
+    // The next start makes the file whole, without being asked: it gets its index.
+    start();
+    ASSERT_TRUE(waitFor([&] { return QFileInfo(file).size() > size; }, 15000));
+    EXPECT_TRUE(waitFor([&] { return decode(file).size() + 2 * kEncoderDelay >= unfinished.size(); }));
+    const auto quits = [this] { // it can be told only once it has its place
+        quillet({u"--quit"_s});
+        return program.waitForFinished(500);
+    };
+    EXPECT_TRUE(waitFor(quits, 15000));
+}
+
+TEST(TrayWithoutDisplay, saysSoAndPointsToTheHeadlessCommand) {
+    QProcess program;
+    QProcessEnvironment none = QProcessEnvironment::systemEnvironment();
+    for (const QString& name : {u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s, u"QT_QPA_PLATFORM"_s}) none.remove(name);
+    program.setProcessEnvironment(none);
+    program.start(QStringLiteral(QUILLET_BINARY), QStringList());
+    ASSERT_TRUE(program.waitForFinished());
+    EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(program.exitCode(), 1);
+    EXPECT_THAT(program.readAllStandardError().toStdString(), testing::HasSubstr("quillet record"));
+}
+
+} // namespace
+} // namespace quillet::test
