@@ -61,3 +61,9 @@ fetch_joplin() {
     scripts/install-dependencies --notes && scripts/fetch-joplin "$joplin" && return
     rm -f "$joplin/.complete"
 }
+
+# A desktop without a screen for the tray application. Never fails: where it cannot be had, its tests are skipped and
+# say so.
+install_desktop() {
+    scripts/install-dependencies --desktop || true
+}
