@@ -20,9 +20,10 @@ using namespace std::chrono_literals;
 // Stereo for the microphone too: a server's own down-mix of two channels adds 3 dB, its up-mix of one adds nothing.
 constexpr pa_sample_spec kSpec{.format = PA_SAMPLE_FLOAT32NE, .rate = kSampleRateHz, .channels = 2};
 constexpr std::size_t kFrameBytes = 2 * sizeof(float);
-constexpr pa_usec_t kFragmentUsec = 20'000;
+constexpr pa_usec_t kFragmentUsec = 40'000; ///< each fragment wakes three threads, and the server's
 
 constexpr auto kSettling = 50ms;    ///< a device that comes or goes announces itself several times
+constexpr auto kRecheck = 2s;       ///< PipeWire's server, under load, sometimes fails to announce a new default
 constexpr auto kFirstRetry = 250ms; ///< doubled with each attempt up to
 constexpr auto kLongestRetry = 4s;  ///< this, so that no device can keep a stream reopening
 constexpr auto kLivedForAWhile = 5s;
@@ -123,6 +124,7 @@ void RecordStream::refresh() {
 }
 
 void RecordStream::deviceFound(const Result<std::optional<FoundDevice>>& found) {
+    refreshIn(kRecheck);
     if (!found) return failed(found.error());
     if (!found.value()) return deviceMissing();
     const std::string& source = found.value()->source;
@@ -135,7 +137,7 @@ void RecordStream::deviceFound(const Result<std::optional<FoundDevice>>& found) 
 
 void RecordStream::deviceMissing() {
     close();
-    if (m_phase != Phase::Starting) return; // its return will be announced
+    if (m_phase != Phase::Starting) return;
     m_startFailure = StartFailure{StartFailure::Reason::NoDevice, soundServerError(PA_ERR_NOENTITY)};
     m_server->wakeWaiting();
 }

@@ -76,7 +76,7 @@ private:
     HostTime m_openedAt;
     HostTime m_notBefore; ///< the next attempt to open anything
     int m_attempts = 0;   ///< since a stream last lived for a while
-    std::array<float, 1024> m_mono{};
+    std::array<float, 2048> m_mono{};
 };
 
 } // namespace quillet
