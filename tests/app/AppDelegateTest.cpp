@@ -1,6 +1,7 @@
 #include "app/ui/AppDelegate.h"
 
 #include "Desk.h"
+#include "FakeNotices.h"
 #include "app/RecordingNotices.h"
 #include "app/ui/MenuView.h"
 #include "app/ui/Popover.h"
@@ -223,23 +224,6 @@ TEST_F(AppDelegateTest, withoutATrayTheWindowOpensOnceItMay) {
     EXPECT_NE(find<QAbstractButton>(*opened, QStringLiteral("Menu")), nullptr);
 }
 
-struct FakeNotices final : UserNotices {
-    std::vector<UserNotice> shown;
-    std::vector<std::string> withdrawn;
-    void show(const UserNotice& notice) override { shown.push_back(notice); }
-    void withdraw(const QString& subject) override { withdrawn.push_back(subject.toStdString()); }
-};
-
-struct FakeSleep final : SleepInhibitor {
-    struct Counted final : Hold {
-        explicit Counted(int& number) : holds(number) { ++holds; }
-        ~Counted() override { --holds; }
-        int& holds;
-    };
-    int holds = 0;
-    std::unique_ptr<Hold> hold(const QString&) override { return std::make_unique<Counted>(holds); }
-};
-
 TEST(RecordingNoticesTest, aSourceThatStaysSilentIsSaidOnceAndTakenBackWhenItIsHeard) {
     Desk desk;
     auto notices = std::make_unique<FakeNotices>();
@@ -306,5 +290,14 @@ TEST(RecordingNoticesTest, whoeverLooksElsewhereIsTold) {
     EXPECT_EQ(machine.holds, 0);
 }
 
+    for (const bool isMicrophone : {true, false})
+        desk.notifications.post(Notifications::chosenDeviceMissing, {{QStringLiteral("isMicrophone"), isMicrophone}});
+    ASSERT_EQ(told.shown.size(), 5U);
+    EXPECT_EQ(told.shown[3].title, QStringLiteral("The chosen microphone is not connected"));
+    EXPECT_EQ(told.shown[4].title, QStringLiteral("The chosen output is not connected"));
+    told.withdrawn.clear();
+
 } // namespace
 } // namespace quillet::test
+    for (const std::size_t each : {3U, 4U})
+        EXPECT_THAT(told.withdrawn, testing::Contains(told.shown[each].subject.toStdString())) << "no longer true";
