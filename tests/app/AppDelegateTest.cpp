@@ -6,6 +6,7 @@
 #include "app/ui/MenuView.h"
 #include "app/ui/Popover.h"
 #include "support/Widgets.h"
+#include "widgets/Theme.h"
 
 #include <QApplication>
 #include <QtTest/QTest>
@@ -175,9 +176,13 @@ TEST_F(AppDelegateTest, aClosedSettingsWindowIsNotUsedAgainAndAVisibleOneIs) {
     processEvents();
     EXPECT_EQ(window("Quillet Settings"), first);
     first->close();
+    Theme::shared().setTextScale(1.25);
     desk.notifications.post(Notifications::openSettingsRequested,
                             {{QStringLiteral("section"), QStringLiteral("AI & Privacy")}});
+    Theme::shared().setTextScale(1);
     ASSERT_NE(window("Quillet Settings"), nullptr);
+    EXPECT_EQ(window("Quillet Settings")->height(), 650) << "grows with the text, once";
+    EXPECT_EQ(window("Quillet Settings")->minimumHeight(), 575);
     EXPECT_THAT(sections, ElementsAre("", "AI & Privacy"));
     EXPECT_TRUE(first.isNull());
 }
@@ -285,11 +290,6 @@ TEST(RecordingNoticesTest, whoeverLooksElsewhereIsTold) {
     EXPECT_EQ(told.shown[1].subject, told.shown[2].subject) << "one message for one failure";
     EXPECT_EQ(told.shown[2].title, QStringLiteral("Not Enough Space"));
 
-    desk.control.stop();
-    ASSERT_TRUE(desk.becomesRecording(false));
-    EXPECT_EQ(machine.holds, 0);
-}
-
     for (const bool isMicrophone : {true, false})
         desk.notifications.post(Notifications::chosenDeviceMissing, {{QStringLiteral("isMicrophone"), isMicrophone}});
     ASSERT_EQ(told.shown.size(), 5U);
@@ -297,7 +297,12 @@ TEST(RecordingNoticesTest, whoeverLooksElsewhereIsTold) {
     EXPECT_EQ(told.shown[4].title, QStringLiteral("The chosen output is not connected"));
     told.withdrawn.clear();
 
-} // namespace
-} // namespace quillet::test
+    desk.control.stop();
+    ASSERT_TRUE(desk.becomesRecording(false));
+    EXPECT_EQ(machine.holds, 0);
     for (const std::size_t each : {3U, 4U})
         EXPECT_THAT(told.withdrawn, testing::Contains(told.shown[each].subject.toStdString())) << "no longer true";
+}
+
+} // namespace
+} // namespace quillet::test

@@ -362,13 +362,21 @@ TEST(FolderDialogsTest, TheChosenFolderOrNothingIsAnswered) {
     for (const bool accepts : {true, false}) {
         QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
         std::vector<std::optional<std::filesystem::path>> answers;
-        makeFolderChooser()({QStringLiteral("Choose"), QStringLiteral("Please"), folder.path().toStdString()},
-                            [&](auto answer) { answers.push_back(answer); });
+        const FolderChooser choose = makeFolderChooser();
         QFileDialog* dialog = nullptr;
-        for (QWidget* const window : QApplication::topLevelWidgets()) {
-            if (auto* const candidate = qobject_cast<QFileDialog*>(window)) dialog = candidate;
+        for (const char* const press : {"first", "impatient"}) {
+            choose({QStringLiteral("Choose"), QStringLiteral("Please"), folder.path().toStdString()},
+                   [&](auto answer) { answers.push_back(answer); });
+            int open = 0;
+            for (QWidget* const window : QApplication::topLevelWidgets()) {
+                auto* const candidate = qobject_cast<QFileDialog*>(window);
+                if (!candidate || !candidate->isVisible()) continue;
+                dialog = candidate;
+                ++open;
+            }
+            ASSERT_EQ(open, 1) << press;
         }
-        ASSERT_TRUE(dialog && dialog->isVisible());
+        EXPECT_FALSE(dialog->isModal()) << "everything else goes on";
         EXPECT_EQ(dialog->directory().absolutePath(), folder.path());
         static_cast<QDialog*>(dialog)->done(accepts ? QDialog::Accepted : QDialog::Rejected);
         ASSERT_TRUE(waitFor([&] { return !answers.empty(); }));
