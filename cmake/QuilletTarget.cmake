@@ -6,9 +6,7 @@ add_library(quillet_options INTERFACE)
 target_compile_features(quillet_options INTERFACE cxx_std_20)
 target_include_directories(quillet_options INTERFACE "${CMAKE_CURRENT_SOURCE_DIR}/src")
 target_compile_options(quillet_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
-    -Woverloaded-virtual -Wcast-qual -Wformat=2 -Wundef
-    # GCC 12 sees overlaps in std::string's own operator+ at -O3 (its bug 105651).
-    $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+    -Woverloaded-virtual -Wcast-qual -Wformat=2 -Wundef)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     # At -O3 GCC 12 takes "text" + std::string for an overlapping copy (its bug 105651).
     target_compile_options(quillet_options INTERFACE -Wno-restrict)

@@ -36,9 +36,7 @@ chat::AnswerReader fed(const QByteArray& answer, qsizetype pieces) {
 
 } // namespace
 
-// Whatever a server sends and a model says. For libFuzzer: clang++ -fsanitize=fuzzer,address with this file and
-// ChatProtocol.cpp, GeneratedContent.cpp, MeetingSummary.cpp and ModelReply.cpp of summarisation; a good reply as a
-// stream of events, one as a whole and one bare make good first inputs.
+// Whatever a server sends and a model says.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) return 0;
     const QByteArray answer(reinterpret_cast<const char*>(data) + 1, static_cast<qsizetype>(size) - 1);

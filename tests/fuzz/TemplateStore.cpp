@@ -16,8 +16,7 @@ void expect(bool holds) {
 } // namespace
 
 // Whatever may be stored: the manager starts, what it read it writes so that it reads it again, and what it could not
-// read it leaves alone. For libFuzzer: clang++ -fsanitize=fuzzer,address with this file and the sources of support and
-// templates; an exported list of templates makes a good first input.
+// read it leaves alone.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace quillet;
     static int argc = 1;

@@ -6,8 +6,7 @@
 #include <span>
 
 // Whatever a file of ours may have become: it is finished, and then is no unfinished recording any more, or it stays
-// as it was. For libFuzzer: clang++ -fsanitize=fuzzer,address with this file and the sources of storage/m4a; a
-// recording left unfinished makes a good first input.
+// as it was.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace quillet;
     const auto bytes = std::as_bytes(std::span(data, size));
