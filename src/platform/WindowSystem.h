@@ -17,7 +17,7 @@ void activateForUser(QWindow& window);
 /// Before the application object is made.
 [[nodiscard]] bool hasDisplay();
 
-/// Prepares the choice of the window system and of the desktop's own dialogs. Before the application object is made.
+/// Prepares the choice of the window system. Before the application object is made.
 void chooseWindowSystem();
 
 } // namespace quillet

@@ -1,8 +1,6 @@
 #include "platform/WindowSystem.h"
 
-#include <QFile>
 #include <QGuiApplication>
-#include <QStandardPaths>
 #include <QWindow>
 
 #include <cstdlib>
@@ -74,24 +72,7 @@ bool hasDisplay() {
     return works;
 }
 
-namespace {
-
-/// Whether the desktop offers its dialogs to programs: a bus, and the portal among what it can start.
-bool hasPortal() {
-    const bool hasBus = isSet("DBUS_SESSION_BUS_ADDRESS") ||
-                        QFile::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/bus"));
-    return hasBus && !QStandardPaths::locate(QStandardPaths::GenericDataLocation,
-                                             QStringLiteral("dbus-1/services/org.freedesktop.portal.Desktop.service"))
-                          .isEmpty();
-}
-
-} // namespace
-
 void chooseWindowSystem() {
-    // The toolkit asks the portal for its dialogs only where it is told to; its plugin for that may be missing, which
-    // the toolkit takes without a word.
-    if (!isSet("QT_QPA_PLATFORMTHEME") && hasPortal()) qputenv("QT_QPA_PLATFORMTHEME", "xdgdesktopportal");
-
     // On Wayland no client may say where its window goes; through XWayland the popover can stand beside its icon.
     if (!isSet("QT_QPA_PLATFORM") && isSet("WAYLAND_DISPLAY") && isSet("DISPLAY"))
         qputenv("QT_QPA_PLATFORM", "xcb;wayland");
