@@ -38,6 +38,7 @@ protected:
         QProcessEnvironment all = desktop->environment();
         all.insert(u"LC_ALL"_s, u"C.UTF-8"_s); // windows are found by their titles
         if (server) all.insert(u"PULSE_SERVER"_s, qEnvironmentVariable("PULSE_SERVER"));
+        all.insert(surroundings);
         return all;
     }
     void start(const QStringList& arguments = {}) {
@@ -85,6 +86,7 @@ protected:
 
     std::unique_ptr<PrivateDesktop> desktop;
     std::unique_ptr<PrivateSoundServer> server;
+    QProcessEnvironment surroundings; ///< what a test has otherwise than usual
     QProcess program;
 };
 
@@ -162,6 +164,54 @@ TEST_F(TrayTest, theItemReturnsWithItsPanelAndCommandsReachTheRunningProgram) {
     EXPECT_TRUE(desktop->waitForWindow(u"Quillet Settings"_s));
     quillet({u"--quit"_s});
     EXPECT_TRUE(ends());
+}
+
+TEST_F(TrayTest, anOlderTrayHoldsTheItemAndMayRestart) {
+    if (const std::string why = PrivateDesktop::whyNoOlderTray(); !why.empty()) GTEST_SKIP() << why;
+    desktop->stopPanel();
+    desktop->startOlderTray();
+    start({u"--skip-onboarding"_s});
+    ASSERT_TRUE(openPopover());
+    desktop->press(u"Escape"_s);
+    ASSERT_TRUE(desktop->waitForWindow(u"Quillet"_s, false));
+
+    desktop->stopPanel();
+    desktop->startOlderTray();
+    ASSERT_TRUE(openPopover());
+    const QRect popover = desktop->geometry(desktop->windows(u"Quillet"_s).value(0));
+    EXPECT_LE(std::abs(popover.right() - desktop->trayItem().x()), 24) << "beside its item";
+    desktop->press(u"Escape"_s);
+    ASSERT_TRUE(desktop->waitForWindow(u"Quillet"_s, false));
+
+    desktop->click(desktop->trayItem(), 3);
+    std::this_thread::sleep_for(1s); // the menu has no title to wait for
+    desktop->keepPicture(u"older-tray-menu"_s);
+    desktop->press(u"Up Return"_s);
+    EXPECT_TRUE(ends()) << "Quit is the last entry: this tray tells of presses";
+}
+
+TEST_F(TrayTest, oddSurroundingsDoNoHarm) {
+    const QString bus = desktop->environment().value(u"DBUS_SESSION_BUS_ADDRESS"_s);
+    const QString endless = u"a"_s.repeated(300);
+    const struct {
+        const char* name;
+        QString language, zone, bus;
+    } rows[] = {{"unknown names", u"xx_YY.UTF-9"_s, u"Nowhere/Land"_s, bus},
+                {"damaged names", u"ÿ/../..@@"_s, u":/etc/passwd"_s, bus},
+                {"names without an end", endless, endless, bus},
+                {"no session bus", u"C.UTF-8"_s, u"UTC"_s, u"unix:path=/nonexistent"_s}};
+    for (const auto& row : rows) {
+        surroundings.insert(u"LC_ALL"_s, row.language);
+        surroundings.insert(u"LANGUAGE"_s, row.language);
+        surroundings.insert(u"TZ"_s, row.zone);
+        surroundings.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, row.bus);
+        start({u"--skip-onboarding"_s, u"--settings"_s});
+        EXPECT_TRUE(desktop->waitForWindow(u"Quillet Settings"_s)) << row.name;
+        quillet({u"--quit"_s});
+        EXPECT_TRUE(ends()) << row.name;
+        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit) << row.name;
+        EXPECT_TRUE(desktop->waitForWindow(u"Quillet Settings"_s, false)) << row.name;
+    }
 }
 
 TEST_F(TrayTest, withoutATrayTheWindowOpensAndHoldsTheMenu) {
