@@ -255,15 +255,26 @@ TEST_F(TrayTest, quittingInTheMiddleOfARecordingLosesNothing) {
 }
 
 TEST(TrayWithoutDisplay, saysSoAndPointsToTheHeadlessCommand) {
-    QProcess program;
     QProcessEnvironment none = QProcessEnvironment::systemEnvironment();
     for (const QString& name : {u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s, u"QT_QPA_PLATFORM"_s}) none.remove(name);
-    program.setProcessEnvironment(none);
-    program.start(QStringLiteral(QUILLET_BINARY), QStringList());
-    ASSERT_TRUE(program.waitForFinished());
-    EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(program.exitCode(), 1);
-    EXPECT_THAT(program.readAllStandardError().toStdString(), testing::HasSubstr("quillet record"));
+    const struct {
+        const char* name;
+        QString variable, value;
+    } rows[] = {{"no desktop", u"PWD"_s, u"/"_s},
+                {"an X server that is gone", u"DISPLAY"_s, u":4999"_s},
+                {"a Wayland compositor that is gone", u"WAYLAND_DISPLAY"_s, u"nowhere"_s},
+                {"Wayland without one", u"QT_QPA_PLATFORM"_s, u"wayland"_s}};
+    for (const auto& row : rows) {
+        QProcess program;
+        QProcessEnvironment environment = none;
+        environment.insert(row.variable, row.value);
+        program.setProcessEnvironment(environment);
+        program.start(QStringLiteral(QUILLET_BINARY), QStringList());
+        ASSERT_TRUE(program.waitForFinished()) << row.name;
+        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit) << row.name;
+        EXPECT_EQ(program.exitCode(), 1) << row.name;
+        EXPECT_THAT(program.readAllStandardError().toStdString(), testing::HasSubstr("quillet record")) << row.name;
+    }
 }
 
 } // namespace
