@@ -811,6 +811,13 @@
     </message>
 </context>
 <context>
+    <name>quillet::TemplateSaveDialog</name>
+    <message>
+        <source>Export Template</source>
+        <translation>Vorlage exportieren</translation>
+    </message>
+</context>
+<context>
     <name>quillet::TemplatesTabView</name>
     <message>
         <source>Active Template</source>

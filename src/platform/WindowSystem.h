@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 class QWindow;
 
 namespace quillet {
@@ -13,11 +15,11 @@ void activateForUser(QWindow& window);
 /// thread, at any time: a compositor may come and go.
 [[nodiscard]] bool windowsMayBeTranslucent();
 
-/// Whether there is a display to show windows on: the toolkit ends the process with a core dump when there is none.
-/// Before the application object is made.
-[[nodiscard]] bool hasDisplay();
+/// Why no window can be shown, as a sentence; empty when one can. Without a display the toolkit ends the process with a
+/// core dump. Before the application object is made.
+[[nodiscard]] QString whyNoDisplay();
 
-/// Prepares the choice of the window system and of the desktop's own dialogs. Before the application object is made.
+/// Prepares the choice of the window system. Before the application object is made.
 void chooseWindowSystem();
 
 } // namespace quillet

@@ -68,7 +68,7 @@ private:
     FileServices& m_fileManager;
     UserDefaults& m_defaults;
     const std::function<WallTime()> m_now;
-    const QTimeZone m_timeZone = QTimeZone::systemTimeZone(); ///< names keep to the zone of the program's start
+    const QTimeZone m_timeZone = presentTimeZone(); ///< names keep to the zone of the program's start
     std::optional<std::filesystem::path> m_resolvedCustomDirectoryURL;
     bool m_isSecurityScopedAccessStarted = false;
 };

@@ -10,6 +10,7 @@
 #include <unicode/measfmt.h>
 #include <unicode/measunit.h>
 #include <unicode/measure.h>
+#include <unicode/simpletz.h>
 #include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>
 #include <unicode/unistr.h>
@@ -28,6 +29,8 @@ UDate toUDate(WallTime time) {
     return static_cast<UDate>(std::chrono::floor<std::chrono::milliseconds>(time.time_since_epoch()).count());
 }
 
+icu::Locale noLanguage() { return icu::Locale("en_US_POSIX"); }
+
 /// The locale of the user's dates: the environment's, and where it says nothing, the desktop's. Asked each time: the
 /// process-wide default of ICU is fixed at its first use, and follows the language of messages.
 icu::Locale currentLocale() {
@@ -39,13 +42,31 @@ icu::Locale currentLocale() {
     // "de_DE.UTF-8@euro": the character set says nothing about dates, and of the modifiers only the scripts do.
     const QString modifier = name.section(QLatin1Char('@'), 1);
     const QString base = name.section(QLatin1Char('@'), 0, 0).section(QLatin1Char('.'), 0, 0);
-    if (base == QLatin1String("C") || base == QLatin1String("POSIX")) return icu::Locale("en_US_POSIX");
+    if (base == QLatin1String("C") || base == QLatin1String("POSIX")) return noLanguage();
     const QString language = base.section(QLatin1Char('_'), 0, 0);
     const QString country = base.section(QLatin1Char('_'), 1);
     const char* const script = modifier == QLatin1String("latin")      ? "_Latn"
                                : modifier == QLatin1String("cyrillic") ? "_Cyrl"
                                                                        : "";
-    return icu::Locale((language + QLatin1String(script) + QLatin1Char('_') + country).toLatin1().constData());
+    const QByteArray id = (language + QLatin1String(script) + QLatin1Char('_') + country).toLatin1();
+    // What is no language counts as none: ICU has no month names for it, and crashes on names that are too long.
+    if (id.size() >= ULOC_FULLNAME_CAPACITY) return noLanguage();
+    const icu::Locale named(id.constData());
+    return named.getISO3Language()[0] != '\0' ? named : noLanguage();
+}
+
+/// ICU and Qt read TZ each in their own way; the C library's reading is the one that the user sees everywhere else.
+int presentOffsetMs() { return QDateTime::currentDateTime().offsetFromUtc() * 1000; }
+
+std::unique_ptr<icu::TimeZone> hostTimeZone() {
+    // Asked of the host each time: the process-wide default of ICU is fixed at its first use.
+    std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::detectHostTimeZone());
+    UErrorCode status = U_ZERO_ERROR;
+    int32_t standardMs = 0;
+    int32_t summerMs = 0;
+    if (zone) zone->getOffset(toUDate(std::chrono::system_clock::now()), false, standardMs, summerMs, status);
+    if (zone && U_SUCCESS(status) && standardMs + summerMs == presentOffsetMs()) return zone;
+    return std::make_unique<icu::SimpleTimeZone>(presentOffsetMs(), icu::UnicodeString("Etc/Unknown"));
 }
 
 } // namespace
@@ -56,8 +77,7 @@ struct DateFormatter::Impl {
 
 DateFormatter::DateFormatter(std::unique_ptr<Impl> impl) : m_impl(std::move(impl)) {
     require(m_impl->format != nullptr, "the locale data of ICU is missing");
-    // Asked of the host each time: the process-wide default of ICU is fixed at its first use.
-    m_impl->format->adoptTimeZone(icu::TimeZone::detectHostTimeZone());
+    m_impl->format->adoptTimeZone(hostTimeZone().release());
 }
 
 DateFormatter::DateFormatter(const char* pattern, const char* locale)
@@ -104,6 +124,13 @@ QString abbreviatedDuration(double seconds) {
     format.formatMeasures(measures.data(), static_cast<int32_t>(measures.size()), text, position, status);
     require(U_SUCCESS(status), "the locale data of ICU is missing");
     return toQString(text);
+}
+
+QTimeZone presentTimeZone() {
+    const QDateTime now = QDateTime::currentDateTime();
+    const QTimeZone zone = QTimeZone::systemTimeZone();
+    if (zone.isValid() && zone.offsetFromUtc(now) == now.offsetFromUtc()) return zone;
+    return QTimeZone(now.offsetFromUtc());
 }
 
 QString iso8601(WallTime time) {

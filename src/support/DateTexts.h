@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QTimeZone>
 
 #include <chrono>
 #include <memory>
@@ -35,6 +36,9 @@ private:
 /// Hours, minutes and whole seconds in the user's language, abbreviated, without the units that are zero: "1h 2m 5s".
 /// Empty when all of them are.
 [[nodiscard]] QString abbreviatedDuration(double seconds);
+
+/// The user's time zone of this moment. Where TZ says what only the C library understands, its present offset.
+[[nodiscard]] QTimeZone presentTimeZone();
 
 /// ISO 8601 in UTC with seconds: 2025-03-14T08:05:00Z.
 [[nodiscard]] QString iso8601(WallTime time);

@@ -38,6 +38,7 @@ protected:
         QProcessEnvironment all = desktop->environment();
         all.insert(u"LC_ALL"_s, u"C.UTF-8"_s); // windows are found by their titles
         if (server) all.insert(u"PULSE_SERVER"_s, qEnvironmentVariable("PULSE_SERVER"));
+        all.insert(surroundings);
         return all;
     }
     void start(const QStringList& arguments = {}) {
@@ -85,6 +86,7 @@ protected:
 
     std::unique_ptr<PrivateDesktop> desktop;
     std::unique_ptr<PrivateSoundServer> server;
+    QProcessEnvironment surroundings; ///< what a test has otherwise than usual
     QProcess program;
 };
 
@@ -166,6 +168,54 @@ TEST_F(TrayTest, theItemReturnsWithItsPanelAndCommandsReachTheRunningProgram) {
     EXPECT_TRUE(ends());
 }
 
+TEST_F(TrayTest, anOlderTrayHoldsTheItemAndMayRestart) {
+    if (const std::string why = PrivateDesktop::whyNoOlderTray(); !why.empty()) GTEST_SKIP() << why;
+    desktop->stopPanel();
+    desktop->startOlderTray();
+    start({u"--skip-onboarding"_s});
+    ASSERT_TRUE(openPopover());
+    desktop->press(u"Escape"_s);
+    ASSERT_TRUE(desktop->waitForWindow(u"Quillet"_s, false));
+
+    desktop->stopPanel();
+    desktop->startOlderTray();
+    ASSERT_TRUE(openPopover());
+    const QRect popover = desktop->geometry(desktop->windows(u"Quillet"_s).value(0));
+    EXPECT_LE(std::abs(popover.right() - desktop->trayItem().x()), 24) << "beside its item";
+    desktop->press(u"Escape"_s);
+    ASSERT_TRUE(desktop->waitForWindow(u"Quillet"_s, false));
+
+    desktop->click(desktop->trayItem(), 3);
+    std::this_thread::sleep_for(1s); // the menu has no title to wait for
+    desktop->keepPicture(u"older-tray-menu"_s);
+    desktop->press(u"Up Return"_s);
+    EXPECT_TRUE(ends()) << "Quit is the last entry: this tray tells of presses";
+}
+
+TEST_F(TrayTest, oddSurroundingsDoNoHarm) {
+    const QString bus = desktop->environment().value(u"DBUS_SESSION_BUS_ADDRESS"_s);
+    const QString endless = u"a"_s.repeated(300);
+    const struct {
+        const char* name;
+        QString language, zone, bus;
+    } rows[] = {{"unknown names", u"xx_YY.UTF-9"_s, u"Nowhere/Land"_s, bus},
+                {"damaged names", u"ÿ/../..@@"_s, u":/etc/passwd"_s, bus},
+                {"names without an end", endless, endless, bus},
+                {"no session bus", u"C.UTF-8"_s, u"UTC"_s, u"unix:path=/nonexistent"_s}};
+    for (const auto& row : rows) {
+        surroundings.insert(u"LC_ALL"_s, row.language);
+        surroundings.insert(u"LANGUAGE"_s, row.language);
+        surroundings.insert(u"TZ"_s, row.zone);
+        surroundings.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, row.bus);
+        start({u"--skip-onboarding"_s, u"--settings"_s});
+        EXPECT_TRUE(desktop->waitForWindow(u"Quillet Settings"_s)) << row.name;
+        quillet({u"--quit"_s});
+        EXPECT_TRUE(ends()) << row.name;
+        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit) << row.name;
+        EXPECT_TRUE(desktop->waitForWindow(u"Quillet Settings"_s, false)) << row.name;
+    }
+}
+
 TEST_F(TrayTest, withoutATrayTheWindowOpensAndHoldsTheMenu) {
     desktop->stopPanel();
     start({u"--skip-onboarding"_s});
@@ -207,15 +257,26 @@ TEST_F(TrayTest, quittingInTheMiddleOfARecordingLosesNothing) {
 }
 
 TEST(TrayWithoutDisplay, saysSoAndPointsToTheHeadlessCommand) {
-    QProcess program;
     QProcessEnvironment none = QProcessEnvironment::systemEnvironment();
     for (const QString& name : {u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s, u"QT_QPA_PLATFORM"_s}) none.remove(name);
-    program.setProcessEnvironment(none);
-    program.start(QStringLiteral(QUILLET_BINARY), QStringList());
-    ASSERT_TRUE(program.waitForFinished());
-    EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(program.exitCode(), 1);
-    EXPECT_THAT(program.readAllStandardError().toStdString(), testing::HasSubstr("quillet record"));
+    const struct {
+        const char* name;
+        QString variable, value;
+    } rows[] = {{"no desktop", u"PWD"_s, u"/"_s},
+                {"an X server that is gone", u"DISPLAY"_s, u":4999"_s},
+                {"a Wayland compositor that is gone", u"WAYLAND_DISPLAY"_s, u"nowhere"_s},
+                {"Wayland without one", u"QT_QPA_PLATFORM"_s, u"wayland"_s}};
+    for (const auto& row : rows) {
+        QProcess program;
+        QProcessEnvironment environment = none;
+        environment.insert(row.variable, row.value);
+        program.setProcessEnvironment(environment);
+        program.start(QStringLiteral(QUILLET_BINARY), QStringList());
+        ASSERT_TRUE(program.waitForFinished()) << row.name;
+        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit) << row.name;
+        EXPECT_EQ(program.exitCode(), 1) << row.name;
+        EXPECT_THAT(program.readAllStandardError().toStdString(), testing::HasSubstr("quillet record")) << row.name;
+    }
 }
 
 } // namespace

@@ -82,6 +82,8 @@ TEST_F(NoteIntegratorTest, DetailsFillTheirSectionsAndEmptyOnesStayEmpty) {
 
 TEST_F(NoteIntegratorTest, DatesAndDurationsSpeakTheUsersLanguage) {
     const WallTime afternoon{std::chrono::seconds(1741007100)}; // 2025-03-03 13:05 UTC
+    const std::string longName(5000, 'a');
+    const std::string longCountry = "de_" + std::string(200, 'Q');
     const struct {
         const char *all, *time, *lang;
         const char *date, *duration;
@@ -91,6 +93,10 @@ TEST_F(NoteIntegratorTest, DatesAndDurationsSpeakTheUsersLanguage) {
         {"", "", "fr", "3 mars 2025 à 14:05", "1h 2min 5s"},
         {"sr_RS@latin", "", "", "3. mart 2025. 14:05", "1 č, 2 m i 5 s"},
         {"C.UTF-8", "", "de_DE", "March 3, 2025 at 2:05\u202fPM", "1h 2m 5s"},
+        {"xx_YY.UTF-8", "", "", "March 3, 2025 at 2:05\u202fPM", "1h 2m 5s"},
+        {"\xff/../..@@", "", "", "March 3, 2025 at 2:05\u202fPM", "1h 2m 5s"},
+        {longName.c_str(), "", "", "March 3, 2025 at 2:05\u202fPM", "1h 2m 5s"},
+        {longCountry.c_str(), "", "", "March 3, 2025 at 2:05\u202fPM", "1h 2m 5s"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.date);

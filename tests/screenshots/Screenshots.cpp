@@ -138,7 +138,7 @@ public:
                                defaults, "/home/ada/Documents/Quillet Notes", chooser.function(), permissions, store),
                            .soundChoice = std::make_shared<SoundChoiceModel>(devices, defaults),
                            .makeTemplatesTab = [this](QWidget* parent) -> QWidget* {
-                               return new TemplatesTabView(sampleTemplates(defaults), parent);
+                               return new TemplatesTabView(sampleTemplates(defaults), nullptr, parent);
                            }});
         view.resize(view.sizeHint());
         view.show();

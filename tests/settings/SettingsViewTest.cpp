@@ -4,6 +4,7 @@
 #include "settings/ui/FolderDialogs.h"
 #include "settings/ui/PathBox.h"
 #include "settings/ui/Picker.h"
+#include "support/FakeFileDialogs.h"
 #include "support/Widgets.h"
 #include "widgets/Controls.h"
 #include "widgets/Sheet.h"
@@ -357,34 +358,46 @@ TEST_F(SettingsViewTest, Pictures) {
     EXPECT_NE(light.toImage(), view->grab().toImage());
 }
 
+QFileDialog* openFileDialog() {
+    for (QWidget* const window : QApplication::topLevelWidgets()) {
+        auto* const dialog = qobject_cast<QFileDialog*>(window);
+        if (dialog && dialog->isVisible()) return dialog;
+    }
+    return nullptr;
+}
+
 TEST(FolderDialogsTest, TheChosenFolderOrNothingIsAnswered) {
+    using Outcome = FileAnswer::Outcome;
+    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     const QTemporaryDir folder;
-    for (const bool accepts : {true, false}) {
-        QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    const std::filesystem::path start = folder.path().toStdString();
+    FakeFileDialogs desktop;
+    const struct {
+        const char* name;
+        FileDialogs* dialogs;
+        Outcome outcome;
+        std::optional<QDialog::DialogCode> toolkit; ///< how the toolkit's own dialog ends, where it is to open
+        std::optional<std::filesystem::path> answer;
+    } rows[] = {
+        {"the desktop's dialog", &desktop, Outcome::Chosen, {}, "/srv/meetings"},
+        {"the desktop's dialog, cancelled", &desktop, Outcome::Declined, {}, {}},
+        {"the desktop's dialog does not open", &desktop, Outcome::Unavailable, QDialog::Accepted, start},
+        {"the toolkit's", nullptr, {}, QDialog::Accepted, start},
+        {"the toolkit's, cancelled", nullptr, {}, QDialog::Rejected, {}},
+    };
+    for (const auto& row : rows) {
+        desktop.given = {row.outcome, "/srv/meetings"};
         std::vector<std::optional<std::filesystem::path>> answers;
-        const FolderChooser choose = makeFolderChooser();
-        QFileDialog* dialog = nullptr;
-        for (const char* const press : {"first", "impatient"}) {
-            choose({QStringLiteral("Choose"), QStringLiteral("Please"), folder.path().toStdString()},
-                   [&](auto answer) { answers.push_back(answer); });
-            int open = 0;
-            for (QWidget* const window : QApplication::topLevelWidgets()) {
-                auto* const candidate = qobject_cast<QFileDialog*>(window);
-                if (!candidate || !candidate->isVisible()) continue;
-                dialog = candidate;
-                ++open;
-            }
-            ASSERT_EQ(open, 1) << press;
+        makeFolderChooser(row.dialogs)({QStringLiteral("Choose"), QStringLiteral("Please"), start},
+                                       [&](auto answer) { answers.push_back(answer); });
+        if (row.toolkit) {
+            ASSERT_TRUE(waitFor([] { return openFileDialog() != nullptr; })) << row.name;
+            EXPECT_EQ(openFileDialog()->directory().absolutePath(), folder.path()) << row.name;
+            static_cast<QDialog*>(openFileDialog())->done(*row.toolkit);
         }
-        EXPECT_FALSE(dialog->isModal()) << "everything else goes on";
-        EXPECT_EQ(dialog->directory().absolutePath(), folder.path());
-        static_cast<QDialog*>(dialog)->done(accepts ? QDialog::Accepted : QDialog::Rejected);
-        ASSERT_TRUE(waitFor([&] { return !answers.empty(); }));
-        EXPECT_EQ(answers.size(), 1U);
-        EXPECT_EQ(answers[0].has_value(), accepts);
-        if (accepts) {
-            EXPECT_EQ(*answers[0], folder.path().toStdString());
-        }
+        ASSERT_TRUE(waitFor([&] { return !answers.empty(); })) << row.name;
+        EXPECT_EQ(answers, std::vector{row.answer}) << row.name;
+        EXPECT_EQ(openFileDialog(), nullptr) << row.name;
         processEvents();
     }
 }

@@ -2,10 +2,14 @@
 
 #include "support/DateTexts.h"
 
+#include <QDateTime>
 #include <QFile>
+#include <QLocale>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <ctime>
 
 namespace quillet {
 namespace {
@@ -60,6 +64,20 @@ TEST(DateTextsTest, TheTimeZoneIsTheOneAtCreation) {
     EXPECT_EQ(newYork.format(summer), QStringLiteral("2025-06-30_18-25"));
     EXPECT_EQ(kathmandu.format(summer), QStringLiteral("2025-07-01_04-10"));
     EXPECT_EQ(iso8601(summer), QStringLiteral("2025-06-30T22:25:00Z"));
+
+    // Whatever TZ says, names and dates carry what the C library makes of it, as every other program does.
+    for (const char* zone : {"CET-1", "UTC+3", "/usr/share/zoneinfo/Asia/Tokyo", "Nowhere/Land", ":/etc/passwd"}) {
+        qputenv("TZ", zone);
+        tzset();
+        const std::time_t seconds = std::chrono::system_clock::to_time_t(summer);
+        char expected[20] = "";
+        std::strftime(expected, sizeof expected, "%Y-%m-%d_%H-%M", std::localtime(&seconds));
+        const QString pattern = QStringLiteral("yyyy-MM-dd_HH-mm");
+        EXPECT_EQ(DateFormatter(pattern.toLatin1().constData(), "en_US_POSIX").format(summer).toStdString(), expected)
+            << zone;
+        const QDateTime there = QDateTime::fromSecsSinceEpoch(seconds, presentTimeZone());
+        EXPECT_EQ(QLocale::c().toString(there, pattern).toStdString(), expected) << zone;
+    }
     qunsetenv("TZ");
 }
 

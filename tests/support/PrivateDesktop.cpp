@@ -31,6 +31,11 @@ QString settingsService() {
     return {};
 }
 
+std::string whyMissing(const char* program) {
+    if (!QStandardPaths::findExecutable(QLatin1String(program)).isEmpty()) return {};
+    return std::string(program) + " is not installed; scripts/install-dependencies --desktop brings it";
+}
+
 void write(const QString& path, const char* text) {
     QDir().mkpath(path.section(u'/', 0, -2));
     QFile file(path);
@@ -49,11 +54,12 @@ void end(QProcess& process) {
 
 std::string PrivateDesktop::whyUnavailable() {
     for (const char* program : {"Xvfb", "dbus-daemon", "openbox", "xfce4-panel", "xdotool"}) {
-        if (QStandardPaths::findExecutable(QLatin1String(program)).isEmpty())
-            return std::string(program) + " is not installed; scripts/install-dependencies --desktop brings it";
+        if (const std::string why = whyMissing(program); !why.empty()) return why;
     }
     return settingsService().isEmpty() ? "xfconfd is not installed" : std::string();
 }
+
+std::string PrivateDesktop::whyNoOlderTray() { return whyMissing("trayer"); }
 
 PrivateDesktop::PrivateDesktop() {
     for (const auto& [name, folder] : {std::pair{u"HOME"_s, u""_s},
@@ -101,13 +107,22 @@ QProcess* PrivateDesktop::start(const QString& program, const QStringList& argum
     return m_processes.back().get();
 }
 
-void PrivateDesktop::startPanel() {
+void PrivateDesktop::startInThePanelsPlace(const QString& program, const QStringList& arguments) {
     m_panel = std::make_unique<QProcess>();
     m_panel->setProcessEnvironment(m_environment);
     m_panel->setStandardErrorFile(home() + u"/panel.log"_s);
-    m_panel->start(u"xfce4-panel"_s, {u"--disable-wm-check"_s});
+    m_panel->start(program, arguments);
     EXPECT_TRUE(m_panel->waitForStarted());
+}
+
+void PrivateDesktop::startPanel() {
+    startInThePanelsPlace(u"xfce4-panel"_s, {u"--disable-wm-check"_s});
     EXPECT_TRUE(waitForWindow(u"xfce4-panel"_s));
+}
+
+void PrivateDesktop::startOlderTray() {
+    startInThePanelsPlace(u"trayer"_s,
+                          u"--edge top --align right --widthtype percent --width 100 --height 28"_s.split(u' '));
 }
 
 void PrivateDesktop::stopPanel() {

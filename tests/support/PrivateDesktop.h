@@ -28,6 +28,10 @@ public:
 
     void startPanel();
     void stopPanel();
+    /// A tray of the older kind in the panel's place: one that embeds windows and knows no bus.
+    void startOlderTray();
+    /// Why there can be none here; empty when there can.
+    [[nodiscard]] static std::string whyNoOlderTray();
 
     /// For programs that are to run on it. Its home and configuration are the desktop's own, too.
     [[nodiscard]] const QProcessEnvironment& environment() const { return m_environment; }
@@ -49,6 +53,7 @@ public:
 
 private:
     QProcess* start(const QString& program, const QStringList& arguments);
+    void startInThePanelsPlace(const QString& program, const QStringList& arguments);
     QString run(const QString& program, const QStringList& arguments) const;
     void writeBusConfiguration() const;
     void writePanelConfiguration() const;

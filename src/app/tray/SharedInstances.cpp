@@ -6,6 +6,7 @@
 #include "notes/vault/VaultNotesApplication.h"
 #include "onboarding/ui/OnboardingView.h"
 #include "platform/DesktopFiles.h"
+#include "platform/FileDialogs.h"
 #include "platform/LanguageModel.h"
 #include "platform/LoginItem.h"
 #include "platform/Platform.h"
@@ -23,6 +24,11 @@ UserDefaults& defaults() { return UserDefaults::standard(); }
 FileServices& fileServices() {
     static const std::unique_ptr<FileServices> services = makeDesktopFileServices();
     return *services;
+}
+
+FileDialogs* fileDialogs() {
+    static const std::unique_ptr<FileDialogs> dialogs = makeFileDialogs();
+    return dialogs.get();
 }
 
 /// The device of the settings, read at each start of a recording.
@@ -77,7 +83,8 @@ void installSharedInstances() {
     SharedInstance<LaunchManager>::setFactory([] { return std::make_shared<LaunchManager>(makeLoginItem()); });
     SharedInstance<SettingsStore>::setFactory([] {
         return SettingsStore::create(*SharedInstance<RecordingFileManager>::get(), sharedNotes().integrator,
-                                     *SharedInstance<PermissionManager>::get(), defaults(), makeFolderChooser());
+                                     *SharedInstance<PermissionManager>::get(), defaults(),
+                                     makeFolderChooser(fileDialogs()));
     });
     SharedInstance<TemplateManager>::setFactory([] { return std::make_shared<TemplateManager>(defaults()); });
     SharedInstance<SummarisationManager>::setFactory([] { return std::make_shared<SummarisationManager>(defaults()); });
@@ -105,10 +112,10 @@ QWidget* makeSharedSettingsView(const QString& section, std::function<void()> qu
                          .quit = std::move(quit)});
     if (const auto first = settingsSection(section)) parts.model->selectedSection.set(*first);
     parts.notesChoice = std::make_shared<NotesChoiceModel>(defaults(), VaultNotesApplication::standardFolder(),
-                                                           makeFolderChooser(), permissions, store);
+                                                           makeFolderChooser(fileDialogs()), permissions, store);
     parts.soundChoice = std::make_shared<SoundChoiceModel>(makeSoundDevices(), defaults());
     parts.makeTemplatesTab = [](QWidget* parent) -> QWidget* {
-        return new TemplatesTabView(SharedInstance<TemplateManager>::get(), parent);
+        return new TemplatesTabView(SharedInstance<TemplateManager>::get(), fileDialogs(), parent);
     };
     return new SettingsView(std::move(parts));
 }

@@ -10,8 +10,8 @@
 
 int main(int argc, char** argv) {
     quillet::keepNewFilesPrivate();
-    if (!quillet::hasDisplay()) {
-        std::fputs("quillet: There is no display to show a window on. “quillet record” records without one.\n", stderr);
+    if (const QString why = quillet::whyNoDisplay(); !why.isEmpty()) {
+        std::fprintf(stderr, "quillet: %s “quillet record” records without one.\n", qUtf8Printable(why));
         return EXIT_FAILURE;
     }
     quillet::chooseWindowSystem();

@@ -124,6 +124,7 @@ QWidget* MenuView::makeRecordSection() {
     fit();
     connect(&Theme::shared(), &Theme::changed, m_recordButton, fit);
     connect(m_recordButton, &QPushButton::clicked, this, [this] { m_model->pressRecordButton(); });
+    m_recordButton->installEventFilter(this);
     column->addWidget(m_recordButton, 4);
 
     m_autoCreateNote = new QCheckBox(tr("Auto-create Note"), section);
@@ -213,6 +214,11 @@ void MenuView::presentAlert(const std::optional<AppAlert>& alert) {
     m_alert->setGeometry(rect());
     m_alert->show();
     m_alert->raise();
+}
+
+bool MenuView::eventFilter(QObject* recordButton, QEvent* event) {
+    // Recording may begin between the two presses of a double click, and the second would end it: nobody means that.
+    return event->type() == QEvent::MouseButtonDblClick || QWidget::eventFilter(recordButton, event);
 }
 
 void MenuView::showEvent(QShowEvent*) {

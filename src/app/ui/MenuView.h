@@ -31,6 +31,7 @@ public:
     [[nodiscard]] QSize sizeHint() const override;
 
 protected:
+    bool eventFilter(QObject* recordButton, QEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;

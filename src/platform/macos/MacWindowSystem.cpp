@@ -11,7 +11,7 @@ void activateForUser(QWindow& window) {
 
 bool windowsMayBeTranslucent() { return true; }
 
-bool hasDisplay() { return true; }
+QString whyNoDisplay() { return {}; }
 
 void chooseWindowSystem() {} // there is one
 

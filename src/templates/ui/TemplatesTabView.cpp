@@ -28,11 +28,11 @@ TemplatesTabView::TemplatesTabView(std::shared_ptr<TemplatesTabModel> model, QWi
     subscribe();
 }
 
-TemplatesTabView::TemplatesTabView(std::shared_ptr<TemplateManager> manager, QWidget* parent)
+TemplatesTabView::TemplatesTabView(std::shared_ptr<TemplateManager> manager, FileDialogs* dialogs, QWidget* parent)
     : TemplatesTabView(std::make_shared<TemplatesTabModel>(
                            std::move(manager),
-                           [this](const QString& proposedName, std::function<void(const QString&)> confirmed) {
-                               showTemplateSaveDialog(this, proposedName, std::move(confirmed));
+                           [this, dialogs](const QString& proposedName, std::function<void(const QString&)> confirmed) {
+                               showTemplateSaveDialog(dialogs, this, proposedName, std::move(confirmed));
                            }),
                        parent) {}
 

@@ -11,6 +11,7 @@ class QVBoxLayout;
 
 namespace quillet {
 
+class FileDialogs;
 class Sheet;
 class TemplateListView;
 class TemplatePicker;
@@ -22,8 +23,8 @@ class TemplatesTabView final : public QWidget {
     Q_OBJECT
 public:
     explicit TemplatesTabView(std::shared_ptr<TemplatesTabModel> model, QWidget* parent = nullptr);
-    /// With the desktop's dialog for exports.
-    explicit TemplatesTabView(std::shared_ptr<TemplateManager> manager, QWidget* parent = nullptr);
+    /// dialogs: the desktop's, for exports; null: the toolkit's.
+    TemplatesTabView(std::shared_ptr<TemplateManager> manager, FileDialogs* dialogs, QWidget* parent = nullptr);
     ~TemplatesTabView() override;
 
 protected:

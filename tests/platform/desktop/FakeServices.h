@@ -25,7 +25,9 @@ public:
     ~FakeService() override { stop(); }
 
     void start() {
-        bus.registerObject(m_path, this, QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals);
+        bus.registerObject(m_path, this,
+                           QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals |
+                               QDBusConnection::ExportAllProperties);
         bus.registerService(m_name);
     }
     void stop() {
@@ -186,6 +188,55 @@ public Q_SLOTS:
 
 Q_SIGNALS:
     void SettingChanged(const QString& group, const QString& key, const QDBusVariant& value);
+};
+
+/// Asks nobody: what its user does is decided by the test.
+class FakeFileChooserPortal : public FakeService, protected QDBusContext {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.FileChooser")
+    Q_PROPERTY(uint version MEMBER version)
+
+public:
+    struct Asked {
+        QString method, parent, title;
+        QVariantMap options;
+        QString request;
+    };
+    explicit FakeFileChooserPortal(const QDBusConnection& connection)
+        : FakeService(connection, "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop") {}
+
+    void respond(uint response, const QStringList& uris) const {
+        QDBusMessage signal = QDBusMessage::createSignal(
+            asked.back().request, QStringLiteral("org.freedesktop.portal.Request"), QStringLiteral("Response"));
+        signal.setArguments({response, QVariantMap{{QStringLiteral("uris"), uris}}});
+        bus.send(signal);
+    }
+
+    uint version = 3;
+    bool refuses = false;
+    bool isSilent = false;
+    std::vector<Asked> asked;
+    FakePortalRequest dialog; ///< the last one opened
+
+public Q_SLOTS:
+    QDBusObjectPath OpenFile(const QString& parent, const QString& title, const QVariantMap& options) {
+        return open("OpenFile", parent, title, options);
+    }
+    QDBusObjectPath SaveFile(const QString& parent, const QString& title, const QVariantMap& options) {
+        return open("SaveFile", parent, title, options);
+    }
+
+private:
+    QDBusObjectPath open(const char* method, const QString& parent, const QString& title, const QVariantMap& options) {
+        const QString sender = message().service().mid(1).replace(QLatin1Char('.'), QLatin1Char('_'));
+        const QString request = QStringLiteral("/org/freedesktop/portal/desktop/request/") + sender + QLatin1Char('/') +
+                                options.value(QStringLiteral("handle_token")).toString();
+        asked.push_back({QLatin1String(method), parent, title, options, request});
+        bus.registerObject(request, &dialog, QDBusConnection::ExportAllSlots);
+        if (refuses) sendErrorReply(QDBusError::AccessDenied, QStringLiteral("no"));
+        if (isSilent) setDelayedReply(true);
+        return QDBusObjectPath(request);
+    }
 };
 
 class FakeFileManager : public FakeService {

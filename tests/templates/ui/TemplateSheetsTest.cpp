@@ -1,3 +1,5 @@
+#include "support/FakeFileDialogs.h"
+#include "support/WaitFor.h"
 #include "support/Widgets.h"
 #include "templates/Placeholders.h"
 #include "templates/TemplateManager.h"
@@ -9,6 +11,7 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QFile>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -145,7 +148,8 @@ TEST_F(TemplateSheetsTest, TheSaveDialogProposesTheNameAndReportsThePath) {
     window.show();
     QString chosen;
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    showTemplateSaveDialog(&window, QStringLiteral("Q1/Notes.json"), [&](const QString& path) { chosen = path; });
+    showTemplateSaveDialog(nullptr, &window, QStringLiteral("Q1/Notes.json"),
+                           [&](const QString& path) { chosen = path; });
     auto* const dialog = window.findChild<QFileDialog*>();
     ASSERT_NE(dialog, nullptr);
     EXPECT_FALSE(dialog->isModal());
@@ -154,6 +158,36 @@ TEST_F(TemplateSheetsTest, TheSaveDialogProposesTheNameAndReportsThePath) {
     field->setText(folder.filePath(QStringLiteral("mine")));
     QTest::keyClick(field, Qt::Key_Return);
     EXPECT_EQ(chosen, folder.filePath(QStringLiteral("mine.json")));
+}
+
+TEST_F(TemplateSheetsTest, TheDesktopsSaveDialogComesFirstAndNothingIsReplacedUnasked) {
+    using Outcome = FileAnswer::Outcome;
+    const QTemporaryDir folder;
+    QFile there(folder.filePath(QStringLiteral("taken.json")));
+    ASSERT_TRUE(there.open(QFile::WriteOnly));
+    QWidget window;
+    test::FakeFileDialogs desktop;
+    const struct {
+        Outcome outcome;
+        const char *name, *expected; ///< what the user enters and what is written; null: nothing
+    } rows[] = {{Outcome::Chosen, "mine.json", "mine.json"},   {Outcome::Chosen, "mine", "mine.json"},
+                {Outcome::Chosen, "taken", "taken"}, // the dialog asked about that name only
+                {Outcome::Chosen, "taken.json", "taken.json"}, {Outcome::Chosen, "mine.txt", "mine.txt"},
+                {Outcome::Declined, "mine", nullptr}};
+    for (const auto& row : rows) {
+        desktop.given = {row.outcome, folder.filePath(QLatin1String(row.name)).toStdString()};
+        QString chosen;
+        showTemplateSaveDialog(&desktop, &window, QStringLiteral("Q1/Notes.json"),
+                               [&](const QString& path) { chosen = path; });
+        test::processEvents();
+        EXPECT_EQ(chosen, row.expected ? folder.filePath(QLatin1String(row.expected)) : QString()) << row.name;
+    }
+    EXPECT_EQ(desktop.asked.front().proposedName, QStringLiteral("Q1-Notes.json"));
+    EXPECT_EQ(window.findChild<QFileDialog*>(), nullptr);
+    desktop.given = {Outcome::Unavailable};
+    showTemplateSaveDialog(&desktop, &window, QStringLiteral("n"), [](const QString&) {});
+    test::processEvents();
+    EXPECT_NE(window.findChild<QFileDialog*>(), nullptr) << "the toolkit's, where the desktop's does not open";
 }
 
 TEST(TemplateNamesTest, NamesAreMadeToFit) {

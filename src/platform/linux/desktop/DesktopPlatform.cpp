@@ -1,5 +1,6 @@
 #include "platform/Appearance.h"
 #include "platform/DesktopFiles.h"
+#include "platform/FileDialogs.h"
 #include "platform/SingleInstance.h"
 #include "platform/SleepInhibitor.h"
 #include "platform/StatusItem.h"
@@ -10,6 +11,7 @@
 #include "platform/linux/desktop/LinuxSleepInhibitor.h"
 #include "platform/linux/desktop/LinuxStatusItem.h"
 #include "platform/linux/desktop/LinuxUserNotices.h"
+#include "platform/linux/desktop/PortalFileDialogs.h"
 
 #include <QDBusConnection>
 #include <QStandardPaths>
@@ -42,6 +44,10 @@ std::unique_ptr<Appearance> makeAppearance() {
 
 std::unique_ptr<FileServices> makeDesktopFileServices() {
     return std::make_unique<LinuxDesktopFiles>(QDBusConnection::sessionBus());
+}
+
+std::unique_ptr<FileDialogs> makeFileDialogs() {
+    return std::make_unique<PortalFileDialogs>(QDBusConnection::sessionBus());
 }
 
 } // namespace quillet

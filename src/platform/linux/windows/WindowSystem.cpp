@@ -1,13 +1,17 @@
 #include "platform/WindowSystem.h"
 
+#include <QDir>
 #include <QFile>
 #include <QGuiApplication>
-#include <QStandardPaths>
 #include <QWindow>
 
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <string_view>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 #include <xcb/xcb.h>
 
 namespace quillet {
@@ -64,9 +68,9 @@ bool windowsMayBeTranslucent() {
     return owner && owner->owner != XCB_WINDOW_NONE;
 }
 
-bool hasDisplay() {
-    if (isSet("QT_QPA_PLATFORM") && !qgetenv("QT_QPA_PLATFORM").startsWith("xcb")) return true;
-    if (isSet("WAYLAND_DISPLAY")) return true;
+namespace {
+
+bool isX11There() {
     if (!isSet("DISPLAY")) return false;
     xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
     const bool works = xcb_connection_has_error(connection) == 0;
@@ -74,24 +78,43 @@ bool hasDisplay() {
     return works;
 }
 
-namespace {
+bool isWaylandThere() {
+    if (!isSet("WAYLAND_DISPLAY")) return false;
+    const QByteArray path = QFile::encodeName(
+        QDir(qEnvironmentVariable("XDG_RUNTIME_DIR")).filePath(qEnvironmentVariable("WAYLAND_DISPLAY")));
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= static_cast<qsizetype>(sizeof address.sun_path)) return false;
+    std::copy(path.begin(), path.end(), std::begin(address.sun_path));
+    const int socketHandle = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const bool works = connect(socketHandle, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    close(socketHandle);
+    return works;
+}
 
-/// Whether the desktop offers its dialogs to programs: a bus, and the portal among what it can start.
-bool hasPortal() {
-    const bool hasBus = isSet("DBUS_SESSION_BUS_ADDRESS") ||
-                        QFile::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/bus"));
-    return hasBus && !QStandardPaths::locate(QStandardPaths::GenericDataLocation,
-                                             QStringLiteral("dbus-1/services/org.freedesktop.portal.Desktop.service"))
-                          .isEmpty();
+/// The toolkit's part for Wayland is a package of its own.
+bool canShowOnWayland() {
+    const QStringList folders = QCoreApplication::libraryPaths();
+    return std::any_of(folders.begin(), folders.end(), [](const QString& folder) {
+        return !QDir(folder + QStringLiteral("/platforms")).entryList({QStringLiteral("libqwayland*")}).isEmpty();
+    });
 }
 
 } // namespace
 
-void chooseWindowSystem() {
-    // The toolkit asks the portal for its dialogs only where it is told to; its plugin for that may be missing, which
-    // the toolkit takes without a word.
-    if (!isSet("QT_QPA_PLATFORMTHEME") && hasPortal()) qputenv("QT_QPA_PLATFORMTHEME", "xdgdesktopportal");
+QString whyNoDisplay() {
+    const QByteArray chosen = qgetenv("QT_QPA_PLATFORM");
+    const bool mayBeX11 = chosen.isEmpty() || chosen.contains("xcb");
+    const bool mayBeWayland = chosen.isEmpty() || chosen.contains("wayland");
+    if (!mayBeX11 && !mayBeWayland) return {}; // somebody knows what they are doing
+    if (mayBeX11 && isX11There()) return {};
+    if (!mayBeWayland || !isWaylandThere()) return QStringLiteral("There is no display to show a window on.");
+    if (canShowOnWayland()) return {};
+    return QStringLiteral(
+        "Showing a window on Wayland needs a part of Qt that is not installed (Debian: qt6-wayland).");
+}
 
+void chooseWindowSystem() {
     // On Wayland no client may say where its window goes; through XWayland the popover can stand beside its icon.
     if (!isSet("QT_QPA_PLATFORM") && isSet("WAYLAND_DISPLAY") && isSet("DISPLAY"))
         qputenv("QT_QPA_PLATFORM", "xcb;wayland");

@@ -1,0 +1,117 @@
+#include "FakeServices.h"
+#include "platform/linux/desktop/PortalFileDialogs.h"
+
+#include <QWindow>
+
+#include <gtest/gtest.h>
+
+namespace quillet::test {
+namespace {
+
+using Outcome = FileAnswer::Outcome;
+
+class FileDialogsTest : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(m_bus.started()) << "no dbus-daemon"; }
+
+    void ask(QWindow* over = nullptr) {
+        m_dialogs.ask({.title = QStringLiteral("Choose"), .startFolder = "/tmp/\xff"}, over,
+                      [this](const FileAnswer& answer) { m_answers.push_back(answer); });
+    }
+    [[nodiscard]] bool isAsked(std::size_t times) {
+        return waitFor([&] { return m_portal.asked.size() == times; });
+    }
+
+    PrivateBus m_bus;
+    QDBusConnection m_connection = m_bus.connection(QStringLiteral("quillet"));
+    FakeFileChooserPortal m_portal{m_bus.connection(QStringLiteral("portal"))};
+    PortalFileDialogs m_dialogs{m_connection};
+    std::vector<FileAnswer> m_answers;
+};
+
+TEST_F(FileDialogsTest, WhatThePortalSaysOrDoesNotSayIsOneOfThreeAnswers) {
+    const auto responds = [this](uint response, const char* uri) {
+        return [=, this] { m_portal.respond(response, {QLatin1String(uri)}); };
+    };
+    const struct {
+        const char* name;
+        std::function<void()> beforehand;
+        std::function<void()> onceAsked; ///< null: the portal is never asked for a dialog
+        Outcome outcome;
+        const char* path;
+    } rows[] = {
+        {"no portal", [this] { m_portal.stop(); }, nullptr, Outcome::Unavailable, ""},
+        {"a portal without folders", [this] { m_portal.version = 2; }, nullptr, Outcome::Unavailable, ""},
+        {"chosen", {}, responds(0, "file:///tmp/Gr%C3%B6%C3%9Fe%20100%25"), Outcome::Chosen, "/tmp/Größe 100%"},
+        {"names are bytes", {}, responds(0, "file:///tmp/%FF"), Outcome::Chosen, "/tmp/\xff"},
+        {"no folder of this machine", {}, responds(0, "smb://server/share"), Outcome::Unavailable, ""},
+        {"cancelled", {}, responds(1, ""), Outcome::Declined, ""},
+        {"came to nothing", {}, responds(2, ""), Outcome::Unavailable, ""},
+        {"closed by its frame",
+         {},
+         [this] {
+             (void)waitFor([] { return false; }, 1200); // as a hand would
+             m_portal.respond(2, {});
+         },
+         Outcome::Declined,
+         ""},
+        {"refused", [this] { m_portal.refuses = true; }, [] {}, Outcome::Unavailable, ""},
+        {"gone in the middle", {}, [this] { m_portal.stop(); }, Outcome::Unavailable, ""},
+        {"silent", [this] { m_portal.isSilent = true; }, [] {}, Outcome::Unavailable, ""},
+    };
+    for (const auto& row : rows) {
+        m_portal.start();
+        m_portal.version = 3;
+        m_portal.refuses = m_portal.isSilent = false;
+        m_portal.asked.clear();
+        m_answers.clear();
+        if (row.beforehand) row.beforehand();
+        ask();
+        if (row.onceAsked) {
+            ASSERT_TRUE(isAsked(1)) << row.name;
+            row.onceAsked();
+        }
+        ASSERT_TRUE(waitFor([&] { return !m_answers.empty(); }, 8000)) << row.name;
+        EXPECT_EQ(m_answers.front().outcome, row.outcome) << row.name;
+        EXPECT_EQ(m_answers.front().path, row.path) << row.name;
+        settle(m_portal.bus, m_connection);
+        EXPECT_EQ(m_answers.size(), 1U) << row.name;
+        EXPECT_EQ(m_portal.asked.size(), row.onceAsked ? 1U : 0U) << row.name;
+    }
+    EXPECT_TRUE(waitFor([&] { return m_portal.dialog.closes == 2; })) << "what was refused or came too late";
+
+    PortalFileDialogs(PrivateBus::none()).ask({}, nullptr, [this](const FileAnswer& answer) {
+        m_answers.push_back(answer);
+    });
+    EXPECT_EQ(m_answers.size(), 1U) << "gone before it could answer";
+}
+
+TEST_F(FileDialogsTest, ADialogGoesWithItsWindowAndGivesWayToTheNext) {
+    m_portal.start();
+    QWindow window;
+    window.show();
+    ask(&window);
+    ASSERT_TRUE(isAsked(1));
+    const auto& [method, parent, title, options, request] = m_portal.asked.front();
+    EXPECT_EQ(method + title, QStringLiteral("OpenFileChoose"));
+    EXPECT_TRUE(options.value(QStringLiteral("directory")).toBool());
+    EXPECT_EQ(options.value(QStringLiteral("current_folder")).toByteArray(), QByteArray("/tmp/\xff", 7));
+
+    ask(&window);
+    ASSERT_TRUE(isAsked(2));
+    EXPECT_TRUE(waitFor([&] { return m_portal.dialog.closes == 1; }));
+    window.hide();
+    EXPECT_TRUE(waitFor([&] { return m_portal.dialog.closes == 2; }));
+    m_portal.respond(0, {QStringLiteral("file:///tmp")});
+    settle(m_portal.bus, m_connection);
+    EXPECT_TRUE(m_answers.empty()) << "nobody waits for it any more";
+
+    m_dialogs.ask({.kind = FileQuestion::Kind::NewFile, .proposedName = QStringLiteral("Weekly.json")}, nullptr,
+                  [this](const FileAnswer& answer) { m_answers.push_back(answer); });
+    ASSERT_TRUE(isAsked(3));
+    EXPECT_EQ(m_portal.asked.back().method, QStringLiteral("SaveFile"));
+    EXPECT_EQ(m_portal.asked.back().options.value(QStringLiteral("current_name")), QStringLiteral("Weekly.json"));
+}
+
+} // namespace
+} // namespace quillet::test
