@@ -120,7 +120,7 @@ TEST(TranslatedShell, itsMenuAndItsWindowsTitlesAreTranslatable) {
                        .control = desk.control,
                        .defaults = desk.defaults,
                        .notifications = desk.notifications,
-                       .updaterManager = std::make_unique<UpdaterManager>(std::make_shared<FakeDesktop>()),
+                       .updaterManager = std::make_unique<UpdaterManager>(std::make_shared<FakeExternalPrograms>()),
                        .makeStatusItem = [](StatusItem::Handlers) { return nullptr; },
                        .makeMenuView = [&desk] { return new MenuView(desk.makeMenuModel()); },
                        .makeSettingsView = [](const QString&) { return new QWidget; },
