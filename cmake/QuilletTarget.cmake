@@ -9,10 +9,6 @@ target_compile_options(quillet_options INTERFACE -Wall -Wextra -Wpedantic -Wshad
     -Woverloaded-virtual -Wcast-qual -Wformat=2 -Wundef
     # GCC 12 sees overlaps in std::string's own operator+ at -O3 (its bug 105651).
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
-if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-    # At -O3 GCC 12 takes "text" + std::string for an overlapping copy (its bug 105651).
-    target_compile_options(quillet_options INTERFACE -Wno-restrict)
-endif()
 target_compile_definitions(quillet_options INTERFACE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_DISABLE_DEPRECATED_BEFORE=0x060400
     QUILLET_VERSION="${PROJECT_VERSION}")
