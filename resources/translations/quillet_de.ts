@@ -724,6 +724,22 @@
         <source>Open Quillet</source>
         <translation>Quillet öffnen</translation>
     </message>
+    <message>
+        <source>The chosen microphone is not connected</source>
+        <translation>Das gewählte Mikrofon ist nicht angeschlossen</translation>
+    </message>
+    <message>
+        <source>The system&apos;s default microphone is recorded instead.</source>
+        <translation>Stattdessen wird das Standardmikrofon des Systems aufgenommen.</translation>
+    </message>
+    <message>
+        <source>The chosen output is not connected</source>
+        <translation>Der gewählte Ausgang ist nicht angeschlossen</translation>
+    </message>
+    <message>
+        <source>What plays through the system&apos;s default output is recorded instead.</source>
+        <translation>Stattdessen wird aufgenommen, was über den Standardausgang des Systems zu hören ist.</translation>
+    </message>
 </context>
 <context>
     <name>quillet::SettingsView</name>

@@ -13,6 +13,8 @@ namespace {
 
 const QString kSaved = QStringLiteral("saved");
 const QString kProblem = QStringLiteral("problem");
+const QString kMissingOutput = QStringLiteral("missing-output");
+const QString kMissingMicrophone = QStringLiteral("missing-microphone");
 
 } // namespace
 
@@ -30,6 +32,8 @@ RecordingNotices::RecordingNotices(Services services)
     connect(&m_look, &QTimer::timeout, this, [this] { look(); });
     m_services.notifications.observe(Notifications::recordingDidComplete, this,
                                      [this](const QVariantMap& info) { completed(info); });
+    m_services.notifications.observe(Notifications::chosenDeviceMissing, this,
+                                     [this](const QVariantMap& info) { chosenDeviceMissing(info); });
     m_services.engine->isRecording.subscribe(this, [this](bool recording) { recordingChanged(recording); });
     m_services.engine->lastError.subscribe(this, [this](const std::optional<QString>& error) {
         if (error) failed(tr("Recording problem"), *error);
@@ -53,6 +57,19 @@ void RecordingNotices::recordingChanged(bool recording) {
     m_awake.reset();
     m_look.stop();
     for (Side* const side : {&m_system, &m_microphone}) lookAt(*side, FrameCount(0));
+    for (const QString& missing : {kMissingOutput, kMissingMicrophone}) m_services.notices->withdraw(missing);
+}
+
+void RecordingNotices::chosenDeviceMissing(const QVariantMap& info) {
+    if (info.value(QStringLiteral("isMicrophone")).toBool()) {
+        m_services.notices->show({.subject = kMissingMicrophone,
+                                  .title = tr("The chosen microphone is not connected"),
+                                  .body = tr("The system's default microphone is recorded instead.")});
+    } else {
+        m_services.notices->show({.subject = kMissingOutput,
+                                  .title = tr("The chosen output is not connected"),
+                                  .body = tr("What plays through the system's default output is recorded instead.")});
+    }
 }
 
 void RecordingNotices::completed(const QVariantMap& info) {

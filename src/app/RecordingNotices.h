@@ -16,8 +16,9 @@
 namespace quillet {
 
 /// Looks after a recording on behalf of a user who looks elsewhere: tells by the desktop's notifications that one was
-/// saved or has failed and that a source has been silent for so long that something may be unplugged, and keeps the
-/// machine awake meanwhile. Owned by the program; main thread. Its timer runs only while recording.
+/// saved or has failed, that another device than the chosen one is recorded, and that a source has been silent for so
+/// long that something may be unplugged, and keeps the machine awake meanwhile. Owned by the program; main thread. Its
+/// timer runs only while recording.
 class RecordingNotices final : public QObject {
     Q_OBJECT
 public:
@@ -47,6 +48,7 @@ private:
 
     void recordingChanged(bool recording);
     void completed(const QVariantMap& info);
+    void chosenDeviceMissing(const QVariantMap& info);
     void failed(const QString& title, const QString& message);
     void look();
     void lookAt(Side& side, FrameCount silence);

@@ -20,6 +20,7 @@ void copySanitized(std::span<const float> from, std::span<float> to) {
 
 class DeliveryPool::Buffer final : public SerialQueue::Item {
 public:
+    Buffer() {} // NOLINT(modernize-use-equals-default): a defaulted one would touch all the samples' memory
     void run() override;
 
     std::array<float, kFramesPerBuffer * 2> samples;
@@ -41,7 +42,6 @@ struct DeliveryPool::State {
     bool closed = false;   ///< capture queue
     const std::size_t channels;
     FirstStamp nextStamp; ///< source's thread
-    std::size_t nextBuffer = 0;
     std::vector<Buffer> buffers = std::vector<Buffer>(kBuffers);
 };
 
@@ -69,10 +69,11 @@ std::size_t DeliveryPool::deliver(HostFramePos position, std::span<const float> 
     std::size_t taken = 0;
     const std::size_t total = interleaved.size() / state.channels;
     while (taken < total) {
-        Buffer& buffer = state.buffers[state.nextBuffer];
-        if (buffer.underWay.load(std::memory_order_acquire)) break;
-        state.nextBuffer = (state.nextBuffer + 1) % kBuffers;
-
+        // The first that is free, not the next in turn: usually one is enough, and it stays in the cache.
+        const auto isFree = [](const Buffer& any) { return !any.underWay.load(std::memory_order_acquire); };
+        const auto found = std::find_if(state.buffers.begin(), state.buffers.end(), isFree);
+        if (found == state.buffers.end()) break;
+        Buffer& buffer = *found;
         buffer.frames = std::min(total - taken, kFramesPerBuffer);
         copySanitized(interleaved.subspan(taken * state.channels, buffer.frames * state.channels),
                       std::span(buffer.samples));

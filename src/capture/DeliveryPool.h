@@ -28,9 +28,9 @@ public:
     /// everything else lies half a frame inside its frame (see MediaTime::insideFrame).
     enum class FirstStamp { AtFrame, InsideFrame };
 
-    /// 100 buffers of 20 ms ride out a capture queue that is starved for two seconds.
-    static constexpr std::size_t kBuffers = 100;
-    static constexpr std::size_t kFramesPerBuffer = 960;
+    /// Buffers of two of the sound server's usual 1,024 frames, for a capture queue that is starved for two seconds.
+    static constexpr std::size_t kBuffers = 48;
+    static constexpr std::size_t kFramesPerBuffer = 2048;
 
     DeliveryPool(SerialQueue& queue, SampleHandler handler, int channels, FirstStamp firstStamp);
     ~DeliveryPool();

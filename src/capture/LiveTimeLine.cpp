@@ -13,6 +13,7 @@ using namespace std::chrono_literals;
 
 constexpr std::size_t kMostHeldFrames = 2 * kSampleRateHz;
 constexpr std::size_t kSilenceFrames = 960;
+constexpr std::size_t kPieceFrames = 2048; ///< what one call of the converter gets, and one delivery
 constexpr HostTime::duration kFillInterval = 20ms;
 constexpr std::array<float, kSilenceFrames * 2> kSilence{};
 
@@ -141,7 +142,7 @@ void LiveTimeLine::keepUp(HostTime now) {
 void LiveTimeLine::convertAndEmit(std::span<const float> interleaved) {
     // In pieces, so that a long burst does not make the converter grow.
     while (!interleaved.empty()) {
-        const auto piece = interleaved.first(std::min(interleaved.size(), kSilenceFrames * m_channels));
+        const auto piece = interleaved.first(std::min(interleaved.size(), kPieceFrames * m_channels));
         emit(m_converter->convert(piece));
         interleaved = interleaved.subspan(piece.size());
     }

@@ -16,6 +16,8 @@ struct MicrophoneFailure {
     enum class Step { NoDevice, DeviceInput, AddInput, AddOutput };
     Step step = Step::NoDevice;
     QString description; ///< used with DeviceInput only
+    /// A device was asked for by its name and is not there; the others are as good as ever.
+    bool isNamedDeviceMissing = false;
 };
 
 /// A running microphone. It delivers contiguous buffers, without holes and without non-finite samples, stamped half a

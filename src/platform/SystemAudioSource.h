@@ -46,13 +46,14 @@ public:
     virtual void stopCapture(Completion completion) = 0;
 };
 
-/// The way to such a stream. Capture queue only.
+/// The way to such a stream. Capture queue only, but for a question that another source's answer leads to.
 class SystemAudioSource {
 public:
     using ContentCompletion = std::function<void(Result<std::optional<ShareableContent>>)>;
 
     virtual ~SystemAudioSource() = default;
-    /// The completion comes once, on any thread, within three seconds.
+    /// The completion comes once, on any thread, within three seconds. No displays: there is nothing to record, or not
+    /// what was asked for by its name.
     virtual void getShareableContent(ContentCompletion completion) = 0;
     [[nodiscard]] virtual std::shared_ptr<SystemAudioStream> makeStream(const ContentFilter& filter,
                                                                         const StreamConfiguration& configuration) = 0;

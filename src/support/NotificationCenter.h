@@ -39,6 +39,9 @@ inline const QString onboardingDidComplete = QStringLiteral("onboardingDidComple
 /// Somebody wants the settings window shown. User info: optionally "section", the raw value of the
 /// section to begin with.
 inline const QString openSettingsRequested = QStringLiteral("openSettingsRequested");
+/// A recording goes with the user's default, because the chosen device is not there. User info: "isMicrophone", true
+/// for the microphone and false for the output.
+inline const QString chosenDeviceMissing = QStringLiteral("chosenDeviceMissing");
 } // namespace Notifications
 
 } // namespace quillet

@@ -13,6 +13,7 @@ namespace {
 
 constexpr char kRole[] = "quilletRole";
 constexpr char kTint[] = "quilletTint";
+constexpr char kPadding[] = "quilletPadding";
 constexpr char kLeading[] = "quilletLeading";
 constexpr char kSwitch[] = "quilletSwitch";
 
@@ -69,6 +70,8 @@ void setButtonTint(QPushButton& button, Tint tint) {
     button.update();
 }
 
+void setVerticalPadding(QPushButton& button, double pixels) { button.setProperty(kPadding, pixels); }
+
 void setLeadingAligned(QPushButton& button) { button.setProperty(kLeading, true); }
 
 void setTextStyle(QWidget& widget, TextStyle style) {
@@ -90,6 +93,11 @@ Tint buttonTint(const QWidget* button) {
 }
 
 bool isLeadingAligned(const QWidget* button) { return button && button->property(kLeading).toBool(); }
+
+std::optional<double> verticalPadding(const QWidget* button) {
+    const QVariant padding = button ? button->property(kPadding) : QVariant();
+    return padding.isValid() ? std::optional(padding.toDouble()) : std::nullopt;
+}
 
 QCheckBox* makeSwitch(const QString& text, QWidget* parent) {
     auto* const box = new QCheckBox(text, parent);
@@ -166,8 +174,8 @@ Group::Group(const QString& title, QWidget* parent) : QWidget(parent) {
     m_card = new Surface(10, this);
     column->addWidget(m_card);
     m_contents = new QVBoxLayout(m_card);
-    m_contents->setContentsMargins(14, 12, 14, 12);
-    m_contents->setSpacing(10);
+    m_contents->setContentsMargins(14, 13, 14, 13);
+    m_contents->setSpacing(12);
     setAccessibleName(title);
 }
 

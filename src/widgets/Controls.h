@@ -27,6 +27,8 @@ enum class Tint { Accent, Record };
 /// The name is what assistive technology and the tool tip say.
 [[nodiscard]] QPushButton* makeIconButton(const QString& name, const QString& symbol, QWidget* parent = nullptr);
 void setButtonTint(QPushButton& button, Tint tint);
+/// The room above and below the button's text, in pixels at the normal text size, instead of what its role has.
+void setVerticalPadding(QPushButton& button, double pixels);
 /// Text at the leading edge instead of the middle.
 void setLeadingAligned(QPushButton& button);
 /// Keeps the button's text in a style as the text size changes.
@@ -36,6 +38,7 @@ void setTextStyle(QWidget& widget, TextStyle style);
 [[nodiscard]] std::optional<ButtonRole> buttonRoleOrNone(const QWidget* widget);
 [[nodiscard]] Tint buttonTint(const QWidget* button);
 [[nodiscard]] bool isLeadingAligned(const QWidget* button);
+[[nodiscard]] std::optional<double> verticalPadding(const QWidget* button);
 
 /// A check box that looks like a switch.
 [[nodiscard]] QCheckBox* makeSwitch(const QString& text, QWidget* parent = nullptr);

@@ -11,7 +11,7 @@ namespace quillet {
 /// window. What can grow takes what is left of its line; the rest stands at the leading edge.
 class FlowRow final : public QLayout {
 public:
-    explicit FlowRow(int spacing = 8);
+    explicit FlowRow(int spacing = 10);
     ~FlowRow() override;
 
     void addItem(QLayoutItem* item) override;

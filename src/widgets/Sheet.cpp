@@ -8,6 +8,12 @@
 
 namespace quillet {
 
+namespace {
+
+constexpr double kPadding = 6; ///< of the buttons, which are all of one height
+
+} // namespace
+
 Sheet::Sheet(const QString& title, QWidget* parent) : QDialog(parent, Qt::Sheet) {
     setWindowModality(Qt::WindowModal);
     setAttribute(Qt::WA_DeleteOnClose);
@@ -20,13 +26,14 @@ Sheet::Sheet(const QString& title, QWidget* parent) : QDialog(parent, Qt::Sheet)
     m_contents->setSpacing(10);
     column->addLayout(m_contents, 1);
     m_buttons = new QHBoxLayout;
-    m_buttons->setSpacing(8);
+    m_buttons->setSpacing(10);
     m_buttons->addStretch();
     column->addLayout(m_buttons);
 }
 
 QPushButton* Sheet::addButton(const QString& text) {
     QPushButton* const button = makeButton(text, ButtonRole::Bordered, {}, this);
+    setVerticalPadding(*button, kPadding);
     m_buttons->addWidget(button);
     return button;
 }
@@ -35,6 +42,7 @@ QPushButton* Sheet::addCancelButton(const QString& text) { return m_cancel = add
 
 QPushButton* Sheet::addDefaultButton(const QString& text) {
     QPushButton* const button = makeButton(text, ButtonRole::Prominent, {}, this);
+    setVerticalPadding(*button, kPadding);
     m_buttons->addWidget(button);
     button->setDefault(true);
     auto* const anywhere = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Return), this);

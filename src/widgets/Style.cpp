@@ -29,9 +29,9 @@ struct ButtonForm {
 ButtonForm form(ButtonRole role) {
     switch (role) {
     case ButtonRole::Bordered:
-        return {7, 12, 5};
+        return {8, 12, 5};
     case ButtonRole::Prominent:
-        return {9, 14, 8};
+        return {8, 14, 8};
     case ButtonRole::Plain:
         return {5, 4, 2};
     case ButtonRole::Icon:
@@ -48,10 +48,11 @@ QColor faded(QColor color, bool enabled) {
 /// Grounds for white text: at least 4.5:1.
 QColor tintGround(Tint tint) { return tint == Tint::Record ? QColor(0xc9282a) : QColor(0x0a63da); }
 
-void drawFocusRing(QPainter& painter, QRectF rect, double radius) {
+/// Along the inner edge, so that what has the focus lines up with what has none.
+void drawFocusRing(QPainter& painter, QRectF rect, double radius, Ink ink = Ink::Accent) {
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(theme().ink(Ink::Accent), 2));
-    painter.drawRoundedRect(rect.adjusted(1, 1, -1, -1), radius, radius);
+    painter.setPen(QPen(theme().ink(ink), 2));
+    painter.drawRoundedRect(rect.adjusted(1, 1, -1, -1), radius - 1, radius - 1);
 }
 
 bool showsFocus(const QStyleOption& option) {
@@ -97,7 +98,7 @@ void Style::drawControl(ControlElement element, const QStyleOption* option, QPai
 void Style::drawButton(const QStyleOptionButton& option, QPainter& painter, const QWidget* widget) const {
     const ButtonRole role = buttonRole(widget);
     const double radius = theme().scaled(form(role).radius);
-    const QRectF rect = QRectF(option.rect).adjusted(2, 2, -2, -2);
+    const QRectF rect(option.rect);
     const bool enabled = option.state & State_Enabled;
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
@@ -121,7 +122,12 @@ void Style::drawButton(const QStyleOptionButton& option, QPainter& painter, cons
             painter.drawRoundedRect(rect.adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
         }
     }
-    if (showsFocus(option)) drawFocusRing(painter, QRectF(option.rect), radius + 2);
+    if (showsFocus(option)) {
+        if (role == ButtonRole::Prominent)
+            drawFocusRing(painter, rect.adjusted(2, 2, -2, -2), radius - 2, Ink::OnTint);
+        else
+            drawFocusRing(painter, rect, radius);
+    }
     painter.restore();
 }
 
@@ -135,8 +141,8 @@ void Style::drawButtonLabel(const QStyleOptionButton& option, QPainter& painter,
 
     const int side = iconSide(option);
     const int gap = iconGap(option);
-    const int padding = theme().scaled(form(role).horizontalPadding) + 2;
-    const int available = std::max(0, option.rect.width() - 2 * std::min(padding, 4) - side - gap);
+    const int padding = theme().scaled(form(role).horizontalPadding);
+    const int available = std::max(0, option.rect.width() - 2 * std::min(padding, 2) - side - gap);
     const QString text = option.fontMetrics.elidedText(option.text, Qt::ElideRight, available, Qt::TextShowMnemonic);
     const int textWidth = option.fontMetrics.size(Qt::TextShowMnemonic, text).width();
     int x = option.rect.x() + (option.rect.width() - side - gap - textWidth) / 2;
@@ -169,8 +175,9 @@ void Style::drawPrimitive(PrimitiveElement element, const QStyleOption* option, 
         const double radius = theme().scaled(6);
         const bool focused = option->state & State_HasFocus;
         painter->setBrush(theme().fill(Fill::Card));
-        painter->setPen(QPen(focused ? theme().ink(Ink::Accent) : theme().fill(Fill::ControlPressed), focused ? 2 : 1));
-        painter->drawRoundedRect(QRectF(option->rect).adjusted(1, 1, -1, -1), radius, radius);
+        painter->setPen(QPen(focused ? theme().ink(Ink::Accent) : theme().fill(Fill::Border), focused ? 2 : 1));
+        const double inset = focused ? 1 : 0.5;
+        painter->drawRoundedRect(QRectF(option->rect).adjusted(inset, inset, -inset, -inset), radius, radius);
         return painter->restore();
     }
     case PE_FrameFocusRect: {
@@ -178,7 +185,15 @@ void Style::drawPrimitive(PrimitiveElement element, const QStyleOption* option, 
         if (!(option->state & State_KeyboardFocusChange) || buttonRoleOrNone(widget)) return;
         painter->save();
         painter->setRenderHint(QPainter::Antialiasing);
-        drawFocusRing(*painter, QRectF(option->rect), theme().scaled(5));
+        if (isSwitch(widget)) {
+            // Over the whole of it, and seen on either ground.
+            const bool on = option->state & State_On;
+            const double inset = on ? 1 : -1;
+            const QRectF whole = QRectF(option->rect).adjusted(inset, inset, -inset, -inset);
+            drawFocusRing(*painter, whole, whole.height() / 2, on ? Ink::OnTint : Ink::Accent);
+        } else {
+            drawFocusRing(*painter, QRectF(option->rect), theme().scaled(5));
+        }
         return painter->restore();
     }
     default:
@@ -192,9 +207,11 @@ void Style::drawIndicator(const QStyleOption& option, QPainter& painter, const Q
     const QRectF rect = QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5);
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
-    const QColor ground = on ? tintGround(Tint::Accent) : theme().fill(Fill::ControlPressed);
-    painter.setBrush(faded(ground, enabled));
-    painter.setPen(on ? Qt::NoPen : QPen(theme().fill(Fill::ControlPressed), 1));
+    // Off, too, it has to be found, without a text beside it.
+    QColor outline = theme().ink(Ink::Secondary);
+    outline.setAlphaF(isSwitch(widget) ? 0.45F : 0.75F);
+    painter.setBrush(faded(on ? tintGround(Tint::Accent) : outline, enabled));
+    painter.setPen(on || isSwitch(widget) ? Qt::NoPen : QPen(faded(outline, enabled), 1));
     if (isSwitch(widget)) {
         const double radius = rect.height() / 2;
         painter.drawRoundedRect(rect, radius, radius);
@@ -237,14 +254,14 @@ void Style::drawComboBox(const QStyleOptionComboBox& option, QPainter& painter) 
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     const double radius = theme().scaled(form(ButtonRole::Bordered).radius);
-    const QRectF rect = QRectF(option.rect).adjusted(2, 2, -2, -2);
+    const QRectF rect(option.rect);
     painter.setPen(Qt::NoPen);
     painter.setBrush(controlFill(option.state & ~State_Sunken));
     painter.drawRoundedRect(rect, radius, radius);
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(theme().fill(Fill::Border), 1));
     painter.drawRoundedRect(rect.adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
-    if (showsFocus(option)) drawFocusRing(painter, QRectF(option.rect), radius + 2);
+    if (showsFocus(option)) drawFocusRing(painter, rect, radius);
 
     const QRectF arrow(subControlRect(CC_ComboBox, &option, SC_ComboBoxArrow, nullptr));
     const double unit = theme().scaled(4);
@@ -285,19 +302,25 @@ QSize Style::sizeFromContents(ContentsType type, const QStyleOption* option, con
             const int text = button->fontMetrics.size(Qt::TextShowMnemonic, button->text).width();
             const int width = iconSide(*button) + iconGap(*button) + text;
             const int height = button->fontMetrics.height();
-            return {width + 2 * theme().scaled(shape.horizontalPadding) + 4,
-                    height + 2 * theme().scaled(shape.verticalPadding) + 4};
+            return {width + 2 * theme().scaled(shape.horizontalPadding),
+                    height + 2 * theme().scaled(verticalPadding(widget).value_or(shape.verticalPadding))};
         }
     }
     if (type == CT_ComboBox) {
         const QSize base = QProxyStyle::sizeFromContents(type, option, contents, widget);
-        return {base.width() + theme().scaled(12), option->fontMetrics.height() + 2 * theme().scaled(5) + 4};
+        return {base.width() + theme().scaled(12), option->fontMetrics.height() + 2 * theme().scaled(5)};
     }
     if (type == CT_LineEdit) {
         const QSize base = QProxyStyle::sizeFromContents(type, option, contents, widget);
         return {base.width(), option->fontMetrics.height() + 2 * theme().scaled(6)};
     }
     return QProxyStyle::sizeFromContents(type, option, contents, widget);
+}
+
+QRect Style::subElementRect(SubElement element, const QStyleOption* option, const QWidget* widget) const {
+    const QRect rect = QProxyStyle::subElementRect(element, option, widget);
+    const int margin = theme().scaled(5);
+    return element == SE_LineEditContents ? rect.adjusted(margin, 0, -margin, 0) : rect;
 }
 
 QRect Style::subControlRect(ComplexControl control, const QStyleOptionComplex* option, SubControl part,

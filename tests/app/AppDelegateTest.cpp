@@ -1,11 +1,13 @@
 #include "app/ui/AppDelegate.h"
 
 #include "Desk.h"
+#include "FakeNotices.h"
 #include "app/RecordingNotices.h"
 #include "app/ui/MenuView.h"
 #include "app/ui/Popover.h"
 #include "support/FakeExternalPrograms.h"
 #include "support/Widgets.h"
+#include "widgets/Theme.h"
 
 #include <QApplication>
 #include <QtTest/QTest>
@@ -169,9 +171,13 @@ TEST_F(AppDelegateTest, aClosedSettingsWindowIsNotUsedAgainAndAVisibleOneIs) {
     processEvents();
     EXPECT_EQ(window("Quillet Settings"), first);
     first->close();
+    Theme::shared().setTextScale(1.25);
     desk.notifications.post(Notifications::openSettingsRequested,
                             {{QStringLiteral("section"), QStringLiteral("AI & Privacy")}});
+    Theme::shared().setTextScale(1);
     ASSERT_NE(window("Quillet Settings"), nullptr);
+    EXPECT_EQ(window("Quillet Settings")->height(), 650) << "grows with the text, once";
+    EXPECT_EQ(window("Quillet Settings")->minimumHeight(), 575);
     EXPECT_THAT(sections, ElementsAre("", "AI & Privacy"));
     EXPECT_TRUE(first.isNull());
 }
@@ -217,23 +223,6 @@ TEST_F(AppDelegateTest, withoutATrayTheWindowOpensOnceItMay) {
     ASSERT_NE(opened, nullptr);
     EXPECT_NE(find<QAbstractButton>(*opened, QStringLiteral("Menu")), nullptr);
 }
-
-struct FakeNotices final : UserNotices {
-    std::vector<UserNotice> shown;
-    std::vector<std::string> withdrawn;
-    void show(const UserNotice& notice) override { shown.push_back(notice); }
-    void withdraw(const QString& subject) override { withdrawn.push_back(subject.toStdString()); }
-};
-
-struct FakeSleep final : SleepInhibitor {
-    struct Counted final : Hold {
-        explicit Counted(int& number) : holds(number) { ++holds; }
-        ~Counted() override { --holds; }
-        int& holds;
-    };
-    int holds = 0;
-    std::unique_ptr<Hold> hold(const QString&) override { return std::make_unique<Counted>(holds); }
-};
 
 class RecordingNoticesTest : public testing::Test {
 protected:
@@ -288,9 +277,18 @@ TEST_F(RecordingNoticesTest, whoeverLooksElsewhereIsTold) {
     EXPECT_EQ(told->shown[1].subject, told->shown[2].subject) << "one message for one failure";
     EXPECT_EQ(told->shown[2].title, QStringLiteral("Not Enough Space"));
 
+    for (const bool isMicrophone : {true, false})
+        desk.notifications.post(Notifications::chosenDeviceMissing, {{QStringLiteral("isMicrophone"), isMicrophone}});
+    ASSERT_EQ(told->shown.size(), 5U);
+    EXPECT_EQ(told->shown[3].title, QStringLiteral("The chosen microphone is not connected"));
+    EXPECT_EQ(told->shown[4].title, QStringLiteral("The chosen output is not connected"));
+    told->withdrawn.clear();
+
     desk.control.stop();
     ASSERT_TRUE(desk.becomesRecording(false));
     EXPECT_EQ(machine->holds, 0);
+    for (const std::size_t each : {3U, 4U})
+        EXPECT_THAT(told->withdrawn, testing::Contains(told->shown[each].subject.toStdString())) << "no longer true";
 }
 
 } // namespace

@@ -30,16 +30,17 @@ protected:
 
 TEST_F(DeliveryPoolTest, LongDeliveriesArriveInPiecesWithTheirOwnTimes) {
     DeliveryPool pool(queue, keep(), 1, DeliveryPool::FirstStamp::AtFrame);
-    std::vector<float> ramp(2500);
-    for (std::size_t i = 0; i < ramp.size(); ++i) ramp[i] = static_cast<float>(i) / 2500;
+    constexpr std::size_t kPiece = DeliveryPool::kFramesPerBuffer;
+    std::vector<float> ramp(2 * kPiece + 100);
+    for (std::size_t i = 0; i < ramp.size(); ++i) ramp[i] = static_cast<float>(i) / static_cast<float>(ramp.size());
 
-    EXPECT_EQ(pool.deliver(HostFramePos{FrameCount(1000)}, ramp), 2500U);
+    EXPECT_EQ(pool.deliver(HostFramePos{FrameCount(1000)}, ramp), ramp.size());
     queue.sync([] {});
 
     ASSERT_EQ(received.size(), 3U);
     EXPECT_EQ(received[0].at.value * 2, 2000 * received[0].at.timescale / kSampleRateHz) << "the edge of the frame";
-    EXPECT_EQ(received[1].at.value, 2 * 1960 + 1) << "half a frame inside";
-    EXPECT_EQ(received[2].at.value, 2 * 2920 + 1);
+    EXPECT_EQ(received[1].at.value, static_cast<std::int64_t>(2 * (1000 + kPiece) + 1)) << "half a frame inside";
+    EXPECT_EQ(received[2].at.value, static_cast<std::int64_t>(2 * (1000 + 2 * kPiece) + 1));
     EXPECT_EQ(received[2].samples.back(), ramp.back());
 }
 

@@ -101,6 +101,8 @@ TEST_F(TrayTest, aMeetingFromTheIntroductionToTheNote) {
     ASSERT_TRUE(waitFor([this] {
         return quillet({u"settings"_s, u"get"_s, u"corvane.autoCreateNote"_s}) == u"true"_s;
     }));
+    // The chosen microphone was left at home, so the default one is recorded.
+    quillet({u"settings"_s, u"set"_s, u"corvane.microphoneDevice"_s, u"headset"_s});
     server->play(u"speakers"_s, tone(440, 30));
     server->play(u"micfeed"_s, tone(1000, 30));
     const QRect popover = desktop->geometry(desktop->windows(u"Quillet"_s).value(0));

@@ -22,6 +22,7 @@ namespace {
 
 constexpr int kStartLimitMs = 40'000; ///< the script gives up and says why before this
 constexpr int kStopLimitMs = 10'000;
+constexpr qsizetype kLogTail = 2000;
 constexpr double kToneAmplitude = 0.25;
 
 QString serversFolder() { return qEnvironmentVariable("QUILLET_SOUND_SERVERS"); }
@@ -159,6 +160,22 @@ QString PrivateSoundServer::control(const QStringList& arguments) {
     const std::string printed = child.read('\0', kStopLimitMs);
     require(child.wait() == 0, "pactl failed");
     return QString::fromStdString(printed).trimmed();
+}
+
+std::string PrivateSoundServer::state() {
+    std::string text;
+    for (const char* what : {"sinks", "sources", "sink-inputs", "source-outputs"}) {
+        Child child({QStringLiteral("pactl"), QStringLiteral("list"), QStringLiteral("short"), QLatin1String(what)});
+        text += std::string(what) + ":\n" + child.read('\0', kStopLimitMs);
+    }
+    Child child({QStringLiteral("pactl"), QStringLiteral("info")});
+    text += child.read('\0', kStopLimitMs);
+    for (const char* log : {"wireplumber.log", "pipewire.log", "pipewire-pulse.log", "pulseaudio.log"}) {
+        QFile file(m_runtime.filePath(QLatin1String(log)));
+        if (!file.open(QIODevice::ReadOnly)) continue;
+        text += std::string(log) + ":\n" + file.readAll().right(kLogTail).toStdString();
+    }
+    return text;
 }
 
 void PrivateSoundServer::play(const QString& output, const std::vector<float>& mono) {

@@ -38,6 +38,8 @@ public:
 
     /// Runs one of the server's commands and returns what it prints.
     QString control(const QStringList& arguments);
+    /// What the server has and does at the moment, for the message of a failed test.
+    [[nodiscard]] std::string state();
     /// Plays mono at 48 kHz to an output, from now on and until it is over or the server ends.
     void play(const QString& output, const std::vector<float>& mono);
 

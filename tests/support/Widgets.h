@@ -50,11 +50,14 @@ struct UsualLook {
     }
 };
 
-/// Lets a change of size or text run its course through nested layouts, which takes a real event loop.
+/// Lets a change of size or text run its course through nested layouts, which takes turns of a real event loop: a busy
+/// machine may need all of a time limit for the first of them.
 inline void letLayoutsSettle() {
-    QEventLoop loop;
-    QTimer::singleShot(50, &loop, &QEventLoop::quit);
-    loop.exec();
+    for (int turn = 0; turn < 10; ++turn) {
+        QEventLoop loop;
+        QTimer::singleShot(5, &loop, &QEventLoop::quit);
+        loop.exec();
+    }
 }
 
 /// Keeps a picture of the widget as NAME.png in the folder QUILLET_SCREENSHOTS, when that is set.

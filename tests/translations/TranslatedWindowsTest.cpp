@@ -1,11 +1,14 @@
 #include "WindowChecks.h"
 #include "app/Desk.h"
+#include "app/FakeNotices.h"
+#include "app/RecordingNotices.h"
 #include "app/ui/AppDelegate.h"
 #include "app/ui/MenuView.h"
 #include "onboarding/OnboardingTestSupport.h"
 #include "onboarding/ui/OnboardingView.h"
 #include "onboarding/ui/PageFlow.h"
 #include "settings/SettingsTestSupport.h"
+#include "settings/ui/FolderDialogs.h"
 #include "settings/ui/SettingsView.h"
 #include "support/Translations.h"
 #include "templates/ui/TemplatesTabView.h"
@@ -13,6 +16,7 @@
 #include "widgets/Theme.h"
 
 #include <QApplication>
+#include <QFileDialog>
 
 namespace quillet::test {
 namespace {
@@ -114,26 +118,90 @@ TEST_F(TranslatedMenu, hasRoomForItsTexts) {
     Languages::expectRoom(Languages::Page::Fits, [this](const Look& look) { showAll(look); });
 }
 
-TEST(TranslatedShell, itsMenuAndItsWindowsTitlesAreTranslatable) {
+bool isMarked(const QString& text) { return text.startsWith(u'«') && text.endsWith(u'»'); }
+
+/// Remembers what the icon is called.
+class NamedStatusItem final : public StatusItem {
+public:
+    explicit NamedStatusItem(QStringList& names) : m_names(names) {}
+    void setImage(const StatusImage& image) override { m_names << image.description; }
+    void refreshMenu() override {}
+    Published<Presence>& presence() override { return m_presence; }
+
+private:
+    QStringList& m_names;
+    Published<Presence> m_presence{Presence::Shown};
+};
+
+TEST(TranslatedShell, itsIconItsMenuAndItsWindowsTitlesAreTranslatable) {
     const MarkingTranslator marking;
     Desk desk;
-    AppDelegate shell({.engine = desk.engine,
-                       .control = desk.control,
-                       .defaults = desk.defaults,
-                       .notifications = desk.notifications,
-                       .updaterManager = std::make_unique<UpdaterManager>(std::make_shared<FakeExternalPrograms>()),
-                       .makeStatusItem = [](StatusItem::Handlers) { return nullptr; },
-                       .makeMenuView = [&desk] { return new MenuView(desk.makeMenuModel()); },
-                       .makeSettingsView = [](const QString&) { return new QWidget; },
-                       .makeOnboardingView = [] { return new QWidget; },
-                       .terminate = [] {}});
-    for (const MenuEntry& entry : shell.makeContextMenu())
-        EXPECT_TRUE(entry.isSeparator() || entry.title.startsWith(u'«')) << entry.title.toStdString();
+    QStringList iconNames;
+    AppDelegate shell(
+        {.engine = desk.engine,
+         .control = desk.control,
+         .defaults = desk.defaults,
+         .notifications = desk.notifications,
+         .updaterManager = std::make_unique<UpdaterManager>(std::make_shared<FakeExternalPrograms>()),
+         .makeStatusItem = [&](StatusItem::Handlers) { return std::make_unique<NamedStatusItem>(iconNames); },
+         .makeMenuView = [&desk] { return new MenuView(desk.makeMenuModel()); },
+         .makeSettingsView = [](const QString&) { return new QWidget; },
+         .makeOnboardingView = [] { return new QWidget; },
+         .terminate = [] {}});
+    desk.defaults.set(DefaultsKeys::hasCompletedOnboarding, true);
+    shell.applicationDidFinishLaunching({});
+    for (const bool recording : {false, true}) {
+        desk.engine->isRecording.set(recording);
+        for (const MenuEntry& entry : shell.makeContextMenu())
+            EXPECT_TRUE(entry.isSeparator() || isMarked(entry.title)) << entry.title.toStdString();
+        EXPECT_TRUE(isMarked(iconNames.constLast())) << iconNames.constLast().toStdString();
+    }
+    desk.engine->isRecording.set(false);
+    EXPECT_GE(QSet<QString>(iconNames.begin(), iconNames.end()).size(), 2);
     shell.menuOpenSettings();
     const QWidgetList windows = QApplication::topLevelWidgets();
     EXPECT_TRUE(std::any_of(windows.begin(), windows.end(), [](const QWidget* each) {
         return each->windowTitle() == QStringLiteral("«Quillet Settings»");
     }));
+}
+
+TEST(TranslatedNotices, allAreTranslatable) {
+    const MarkingTranslator marking;
+    Desk desk;
+    auto notices = std::make_unique<FakeNotices>();
+    auto sleep = std::make_unique<FakeSleep>();
+    const FakeNotices& told = *notices;
+    const FakeSleep& machine = *sleep;
+    const RecordingNotices watch({.engine = desk.engine,
+                                  .uiModel = desk.uiModel,
+                                  .notifications = desk.notifications,
+                                  .notices = std::move(notices),
+                                  .sleep = std::move(sleep),
+                                  .showRecording = [](const std::filesystem::path&) {},
+                                  .open = [] {}});
+    desk.control.start();
+    ASSERT_TRUE(desk.becomesRecording(true));
+    desk.deliver(0, 11 * 48'000, 0, 0);
+    ASSERT_TRUE(waitFor([&] { return told.shown.size() == 2; })) << "both sources are silent";
+    for (const bool isMicrophone : {true, false})
+        desk.notifications.post(Notifications::chosenDeviceMissing, {{QStringLiteral("isMicrophone"), isMicrophone}});
+    desk.control.stop();
+    ASSERT_TRUE(desk.becomesRecording(false));
+    desk.engine->lastError.set(QStringLiteral("Failed to setup audio writer."));
+    desk.uiModel.showDiskFull();
+    ASSERT_EQ(told.shown.size(), 6U);
+    for (const UserNotice& notice : told.shown) {
+        EXPECT_TRUE(isMarked(notice.title)) << notice.title.toStdString();
+        EXPECT_TRUE(isMarked(notice.body)) << notice.body.toStdString();
+        EXPECT_TRUE(notice.actionTitle.isEmpty() || isMarked(notice.actionTitle)) << notice.actionTitle.toStdString();
+    }
+    desk.notifications.post(Notifications::recordingDidComplete,
+                            {{QStringLiteral("url"), QUrl(QStringLiteral("file:///tmp/Meeting.m4a"))}});
+    EXPECT_TRUE(isMarked(told.shown.back().title));
+    EXPECT_EQ(told.shown.back().body, QStringLiteral("Meeting.m4a"));
+    EXPECT_TRUE(isMarked(told.shown.back().actionTitle));
+    ASSERT_FALSE(machine.reasons.isEmpty());
+    EXPECT_TRUE(isMarked(machine.reasons.constFirst())) << "desktops show what keeps them awake";
 }
 
 class TranslatedSettings : public SettingsFixture {
@@ -223,6 +291,9 @@ protected:
         view->resize(Theme::shared().scaled(720), Theme::shared().scaled(520)); // as it opens
         processEvents();
         look(*view, "templates");
+        view->resize(720, 520); // as it was, when the text grows
+        processEvents();
+        look(*view, "templates-720");
         for (Published<bool>* const shown : {&templates->showNewTemplateSheet, &templates->showPreviewSheet}) {
             shown->set(true);
             processEvents();
@@ -253,6 +324,24 @@ TEST_F(TranslatedSettings, summariesAreTranslatable) {
 }
 TEST_F(TranslatedSettings, templatesAreTranslatable) {
     Languages::expectTranslatable(data(), [this](const Look& look) { showTemplates(look); });
+}
+TEST_F(TranslatedSettings, folderDialogsAreTranslatable) {
+    open();
+    store->chooseRecordingsFolder();
+    choice->chooseVaultFolder();
+    ASSERT_EQ(chooser.questions.size(), 2U);
+    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    const MarkingTranslator marking;
+    for (const FolderQuestion& question : chooser.questions) {
+        makeFolderChooser()(question, [](const auto&) {});
+        for (QWidget* const window : QApplication::topLevelWidgets()) {
+            if (!qobject_cast<QFileDialog*>(window)) continue;
+            EXPECT_TRUE(isMarked(window->windowTitle())) << window->windowTitle().toStdString();
+            EXPECT_TRUE(isMarked(window->accessibleDescription()));
+            delete window;
+        }
+    }
+    EXPECT_EQ(marking.asked().size(), 4U);
 }
 TEST_F(TranslatedSettings, generalHasRoomForItsTexts) {
     Languages::expectRoom(Languages::Page::MayScroll, [this](const Look& look) { showGeneral(look); });

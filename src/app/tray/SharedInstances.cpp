@@ -2,6 +2,7 @@
 
 #include "app/LaunchManager.h"
 #include "app/RecordingHost.h"
+#include "capture/FallbackSources.h"
 #include "notes/vault/VaultNotesApplication.h"
 #include "onboarding/ui/OnboardingView.h"
 #include "platform/DesktopFiles.h"
@@ -30,8 +31,13 @@ DeviceName deviceOf(const QString& key) {
 }
 
 std::shared_ptr<AudioCaptureEngine> makeEngine() {
-    LiveSources live =
-        makeLiveSources(deviceOf(DefaultsKeys::systemAudioDevice), deviceOf(DefaultsKeys::microphoneDevice));
+    const DeviceName followTheSystem = [] { return QString(); };
+    LiveSources live = withFallback(
+        makeLiveSources(deviceOf(DefaultsKeys::systemAudioDevice), deviceOf(DefaultsKeys::microphoneDevice)),
+        makeLiveSources(followTheSystem, followTheSystem), [](SoundDevice::Kind kind) {
+            NotificationCenter::standard().post(Notifications::chosenDeviceMissing,
+                                                {{QStringLiteral("isMicrophone"), kind == SoundDevice::Kind::Input}});
+        });
     // The note is made with the services of the first recording: they are not needed before one has ended.
     auto host = std::make_shared<RecordingHost>(
         *SharedInstance<RecordingFileManager>::get(), defaults(), *SharedInstance<RecorderUIModel>::get(),

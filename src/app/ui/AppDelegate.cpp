@@ -5,7 +5,6 @@
 #include "platform/LoginItem.h"
 #include "widgets/Controls.h"
 #include "widgets/Symbol.h"
-#include "widgets/Theme.h"
 #include "widgets/WindowHost.h"
 
 #include <QCursor>
@@ -103,6 +102,7 @@ void AppDelegate::observeRecordingState() {
 
 void AppDelegate::updateMenuBarIcon(bool recording) {
     m_recordingBlinkTimer.stop();
+    if (!m_statusItem) return;
     const QString symbol = recording ? QStringLiteral("record.circle.fill") : QStringLiteral("mic.circle.fill");
     m_image = {.symbol = symbol,
                .icon = symbolIcon(symbol, Qt::black),
@@ -113,7 +113,7 @@ void AppDelegate::updateMenuBarIcon(bool recording) {
         m_recordingBlinkTimer.start();
     }
     showStatusImage();
-    if (m_statusItem) m_statusItem->refreshMenu();
+    m_statusItem->refreshMenu();
 }
 
 void AppDelegate::showStatusImage() {
@@ -157,10 +157,8 @@ void AppDelegate::menuOpenSettings(const QString& section) {
     if (m_settingsWindow && m_settingsWindow->isVisible()) return bringToFront(*m_settingsWindow);
     delete m_settingsWindow; // a closed window is not used again
     m_settingsWindow = makeWindow(tr("Quillet Settings"), m_services.makeSettingsView(section));
-    m_settingsWindow->setMinimumSize(kLeastSettingsSize);
-    const Theme& theme = Theme::shared();
-    m_settingsWindow->resize(
-        fittingScreen({theme.scaled(kSettingsSize.width()), theme.scaled(kSettingsSize.height())}));
+    m_settingsWindow->setMinimumSize(fittingScreen(kLeastSettingsSize));
+    m_settingsWindow->resize(fittingScreen(kSettingsSize));
     showCentred(*m_settingsWindow);
 }
 

@@ -22,7 +22,7 @@ Theme& theme() { return Theme::shared(); }
 /// What a meter loses at each turn when the sound has become softer.
 constexpr double kMeterFall = 0.08;
 
-constexpr int kAlertMargin = 14;
+constexpr int kAlertMargin = 10;      ///< less than the sections have, so that no edge of theirs shows beside it
 constexpr double kPopoverRadius = 13; ///< of what the popover's own border leaves
 
 void drawInFixedCells(QPainter& painter, QPointF baseline, const QString& text) {
@@ -142,6 +142,7 @@ AlertCard::AlertCard(const AppAlert& alert, Actions actions, QWidget* parent)
     column->addSpacing(4);
     const auto addButton = [&](const QString& label, ButtonRole role, std::function<void()> action) {
         QPushButton* const button = makeButton(label, role, {}, m_card);
+        setVerticalPadding(*button, 7);
         connect(button, &QPushButton::clicked, this, [this, action = std::move(action)] {
             const auto dismiss = m_actions.dismiss; // the card may be gone after the first of the two
             if (action) action();

@@ -16,7 +16,7 @@ namespace {
 constexpr double kSide = 280; ///< of the square popover, in points
 constexpr int kMargin = 12;   ///< around each section
 constexpr int kMeterMs = 100; ///< between two looks at the levels
-constexpr int kRowSpacing = 9;
+constexpr int kRowSpacing = 10;
 constexpr int kRecordHeight = 52; ///< of the one button that matters, at least
 constexpr int kTallestRecord = 84;
 
@@ -135,6 +135,7 @@ QWidget* MenuView::makeRecordSection() {
     QPushButton* const folder =
         makeButton(tr("Open Recordings Folder"), ButtonRole::Bordered, QStringLiteral("folder"), section);
     setTextStyle(*folder, TextStyle::Caption);
+    setVerticalPadding(*folder, 6);
     connect(folder, &QPushButton::clicked, this, [this] { m_model->openRecordingsFolder(); });
     column->addWidget(folder);
     return section;
@@ -150,6 +151,7 @@ QWidget* MenuView::makeLatestBlock() {
     column->addWidget(m_latestName);
     QPushButton* const show = makeButton(tr("Show Last Recording in Finder"), ButtonRole::Bordered, {}, block);
     setTextStyle(*show, TextStyle::Caption);
+    setVerticalPadding(*show, 4);
     connect(show, &QPushButton::clicked, this, [this] { m_model->showLatestRecording(); });
     column->addWidget(show);
     return block;

@@ -49,6 +49,7 @@ QByteArray entryFor(const std::filesystem::path& program) {
            "Type=Application\n"
            "Name=Quillet\n"
            "Comment=Records both sides of a meeting\n"
+           "Comment[de]=Nimmt beide Seiten einer Besprechung auf\n"
            "Icon=com.corvane.Quillet\n"
            "TryExec=" +
            stringValue(path) +

@@ -85,7 +85,7 @@ using quillet::apple::StampedSource;
     AVCaptureDevice* const device = [self device];
     if (!device && _uniqueID) {
         const QString text = QStringLiteral("there is no microphone “%1”").arg(quillet::fromNSString(_uniqueID));
-        return MicrophoneFailure{Step::DeviceInput, text};
+        return MicrophoneFailure{.step = Step::DeviceInput, .description = text, .isNamedDeviceMissing = true};
     }
     if (!device) return MicrophoneFailure{Step::NoDevice, {}};
 

@@ -19,12 +19,13 @@ struct SymbolRow {
     QVBoxLayout* texts;
 };
 
-SymbolRow makeSymbolRow(const QString& symbol, double side, Ink ink, QWidget* parent) {
+SymbolRow makeSymbolRow(const QString& symbol, Ink ink, QWidget* parent) {
+    constexpr double kSide = 18; // of all, so that the texts line up
     auto* const widget = new QWidget(parent);
     auto* const row = new QHBoxLayout(widget);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(8);
-    auto* const view = new SymbolView(symbol, side, ink, widget);
+    auto* const view = new SymbolView(symbol, kSide, ink, widget);
     row->addWidget(view, 0, Qt::AlignTop);
     auto* const texts = new QVBoxLayout;
     texts->setSpacing(2);
@@ -49,14 +50,14 @@ AiSection::AiSection(std::shared_ptr<SettingsModel> model, QWidget* parent)
 
 QWidget* AiSection::makeTranscription() {
     auto* const group = new Group(tr("Transcription"), this);
-    const SymbolRow what = makeSymbolRow(QStringLiteral("waveform"), 22, Ink::Purple, group);
+    const SymbolRow what = makeSymbolRow(QStringLiteral("waveform"), Ink::Purple, group);
     what.texts->addWidget(
         new TextLabel(tr("On-device with WhisperKit"), TextStyle::BodyMedium, Ink::Label, what.widget));
     what.texts->addWidget(
         new TextLabel(tr("Speech-to-text runs entirely on your Mac. Your audio never leaves your device."),
                       TextStyle::Caption, Ink::Secondary, what.widget));
     group->contents()->addWidget(what.widget);
-    const SymbolRow promise = makeSymbolRow(QStringLiteral("checkmark.circle.fill"), 16, Ink::Green, group);
+    const SymbolRow promise = makeSymbolRow(QStringLiteral("checkmark.circle.fill"), Ink::Green, group);
     promise.texts->addWidget(
         new TextLabel(tr("Always local — no internet required"), TextStyle::Caption, Ink::Green, promise.widget));
     group->contents()->addWidget(promise.widget);
@@ -71,7 +72,7 @@ QWidget* AiSection::makeSummaries() {
     m_useLocal = addSwitchRow(*group->contents(), tr("On-device AI (Apple Intelligence)"),
                               tr("Summaries are generated locally. Nothing leaves your Mac."), group);
 
-    const SymbolRow status = makeSymbolRow({}, 16, Ink::Green, group);
+    const SymbolRow status = makeSymbolRow({}, Ink::Green, group);
     m_symbol = status.symbol;
     m_status = new TextLabel({}, TextStyle::Caption, Ink::Label, status.widget);
     status.texts->addWidget(m_status);

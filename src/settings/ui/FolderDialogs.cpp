@@ -1,8 +1,11 @@
 #include "settings/ui/FolderDialogs.h"
 
+#include "widgets/WindowHost.h"
+
 #include <QApplication>
 #include <QFile>
 #include <QFileDialog>
+#include <QPointer>
 
 #include <utility>
 
@@ -16,7 +19,9 @@ QString translated(const QString& source) {
 } // namespace
 
 FolderChooser makeFolderChooser() {
-    return [](const FolderQuestion& question, auto answer) {
+    return [present = QPointer<QFileDialog>()](const FolderQuestion& question, auto answer) mutable {
+        if (present && present->isVisible())
+            return bringToFront(*present); // it holds up nothing, so the user may ask again
         auto* const dialog = new QFileDialog(QApplication::activeWindow(), translated(question.title));
         dialog->setAttribute(Qt::WA_DeleteOnClose);
         dialog->setFileMode(QFileDialog::Directory);
@@ -30,7 +35,9 @@ FolderChooser makeFolderChooser() {
             if (result != QDialog::Accepted || chosen.isEmpty()) return answer(std::nullopt);
             answer(std::filesystem::path(QFile::encodeName(chosen.constFirst()).toStdString()));
         });
-        dialog->open();
+        present = dialog;
+        dialog->setModal(false);
+        dialog->show();
     };
 }
 

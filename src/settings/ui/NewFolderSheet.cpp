@@ -11,7 +11,7 @@ namespace quillet {
 
 NewFolderSheet::NewFolderSheet(std::shared_ptr<SettingsModel> model, QWidget* parent)
     : Sheet(tr("Create Notes Folder"), parent), m_model(std::move(model)) {
-    setMinimumWidth(Theme::shared().scaled(340));
+    setFixedWidth(Theme::shared().scaled(340));
     contents()->addWidget(
         new TextLabel(tr("Enter a name for the new Apple Notes folder where recordings will be saved."),
                       TextStyle::Caption, Ink::Secondary, this));

@@ -50,7 +50,7 @@ void NotesGroup::addChoice(Group& group) {
     m_vault = new QWidget(this);
     auto* const vault = new QVBoxLayout(m_vault);
     vault->setContentsMargins(0, 0, 0, 0);
-    vault->setSpacing(8);
+    vault->setSpacing(10);
     m_vaultPath = new PathBox(tr("Notes folder"), this);
     vault->addWidget(m_vaultPath);
     auto* const buttons = new FlowRow;

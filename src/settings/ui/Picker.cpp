@@ -14,7 +14,7 @@ constexpr int kMostItems = 200;  ///< that are looked at for it
 
 } // namespace
 
-Picker::Picker(QWidget* parent) : QComboBox(parent) {
+Picker::Picker(QWidget* parent) : ComboBox(parent) {
     setFocusPolicy(Qt::StrongFocus);
     setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
@@ -24,7 +24,7 @@ TextLabel* Picker::makeLabel(const QString& text) {
     auto* const label = new TextLabel(text, TextStyle::Body, Ink::Label, parentWidget());
     label->setWordWrap(false);
     label->setBuddy(this);
-    setAccessibleName(text); // for the platforms that go by the name
+    setAccessibleName(text);
     return label;
 }
 

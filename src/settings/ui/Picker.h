@@ -1,8 +1,7 @@
 #pragma once
 
+#include "widgets/ComboBox.h"
 #include "widgets/Controls.h"
-
-#include <QComboBox>
 
 #include <initializer_list>
 
@@ -10,7 +9,7 @@ namespace quillet {
 
 /// A pop-up menu of values. Turning the wheel scrolls what it lies in and never changes the value: that is how settings
 /// get changed unnoticed. A value that is too long for its place ends in dots and does not widen the window.
-class Picker final : public QComboBox {
+class Picker final : public ComboBox {
 public:
     explicit Picker(QWidget* parent = nullptr);
     /// The label beside it, which also is what assistive technology calls it.

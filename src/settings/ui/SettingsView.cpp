@@ -4,6 +4,7 @@
 #include "settings/ui/GeneralSection.h"
 #include "settings/ui/NewFolderSheet.h"
 #include "settings/ui/SidebarDelegate.h"
+#include "widgets/Controls.h"
 #include "widgets/ScrollPane.h"
 
 #include <QListWidget>
@@ -69,7 +70,7 @@ SettingsView::SettingsView(SettingsParts parts, QWidget* parent)
     // In the order of the sections.
     addPage(new GeneralSection(m_parts.model, m_parts.notesChoice, m_parts.soundChoice));
     addPage(new AiSection(m_parts.model));
-    addPage(m_parts.makeTemplatesTab(nullptr));
+    addPage(makeTemplates());
     fitSidebar();
     m_columns->setSizes({std::max(kSidebarIdeal, m_side->minimumWidth()), 720});
     connect(&Theme::shared(), &Theme::changed, this, [this] { fitSidebar(); });
@@ -105,6 +106,16 @@ void SettingsView::fitSidebar() {
     m_side->setMinimumWidth(std::max(kSidebarLeast, wanted));
     m_side->setMaximumWidth(std::max(kSidebarMost, wanted));
     m_sidebar->doItemsLayout();
+}
+
+QWidget* SettingsView::makeTemplates() {
+    auto* const section = new QWidget;
+    auto* const column = new QVBoxLayout(section);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(20);
+    column->addWidget(new TextLabel(tr("Templates"), TextStyle::Title, Ink::Label, section));
+    column->addWidget(m_parts.makeTemplatesTab(section), 1);
+    return section;
 }
 
 void SettingsView::addPage(QWidget* section) {

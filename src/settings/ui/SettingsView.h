@@ -43,6 +43,7 @@ protected:
 private:
     void makeSidebar();
     void fitSidebar();
+    [[nodiscard]] QWidget* makeTemplates();
     void addPage(QWidget* section);
     void showSheet(bool shown);
 

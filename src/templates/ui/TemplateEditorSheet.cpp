@@ -18,8 +18,6 @@
 namespace quillet {
 namespace {
 
-constexpr int kFieldMargin = 5;
-
 /// Below a plain button, so that a placeholder looks like something to pick up.
 class TokenGround final : public QObject {
 public:
@@ -33,7 +31,7 @@ public:
             painter.setPen(Qt::NoPen);
             painter.setBrush(Theme::shared().fill(Fill::Control));
             const double radius = Theme::shared().scaled(5);
-            painter.drawRoundedRect(QRectF(button->rect()).adjusted(2, 2, -2, -2), radius, radius);
+            painter.drawRoundedRect(QRectF(button->rect()), radius, radius);
         }
         return false;
     }
@@ -71,7 +69,6 @@ QVBoxLayout& TemplateEditorSheet::addCaptioned(const QString& caption) {
 
 void TemplateEditorSheet::addFields() {
     m_name->setAccessibleName(tr("Template Name"));
-    m_name->setTextMargins(kFieldMargin, 0, kFieldMargin, 0);
     m_name->setMaxLength(std::numeric_limits<int>::max()); // else a long name is cut without a word
     m_name->setText(m_givenName);
     addCaptioned(tr("Template Name")).addWidget(m_name);
@@ -82,7 +79,7 @@ void TemplateEditorSheet::addFields() {
 }
 
 void TemplateEditorSheet::addPlaceholders() {
-    auto* const flow = new FlowRow(Theme::shared().scaled(6));
+    auto* const flow = new FlowRow(Theme::shared().scaled(8));
     auto* const ground = new TokenGround(this);
     for (const Placeholder& placeholder : placeholderReference()) {
         QPushButton* const button = makeButton(placeholder.text, ButtonRole::Plain, {}, this);

@@ -17,7 +17,7 @@ namespace {
 constexpr int kMargin = 6;
 constexpr int kRowsInView = 6;
 constexpr int kRowsAtLeast = 3;
-constexpr int kLeastWidth = 150;
+constexpr int kLeastWidth = 110;
 constexpr int kOneLineWidth = 300; ///< for a name and four buttons beside it
 
 } // namespace

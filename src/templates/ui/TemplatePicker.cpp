@@ -71,7 +71,7 @@ private:
 };
 
 TemplatePicker::TemplatePicker(std::function<void(const QUuid&)> onChoose, QWidget* parent)
-    : QComboBox(parent), m_entries(new Entries(this)) {
+    : ComboBox(parent), m_entries(new Entries(this)) {
     auto* const list = new QListView(this);
     list->setUniformItemSizes(true);
     list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "templates/MeetingTemplate.h"
-
-#include <QComboBox>
+#include "widgets/ComboBox.h"
 
 #include <functional>
 #include <optional>
@@ -12,7 +11,7 @@ namespace quillet {
 
 /// The menu of all templates with the active one as its current entry; none is current when the active id names no
 /// template. Owned by the tab; main thread; nothing fails.
-class TemplatePicker final : public QComboBox {
+class TemplatePicker final : public ComboBox {
     Q_OBJECT
 public:
     /// onChoose is told what the user chooses, also when it is the current entry again.

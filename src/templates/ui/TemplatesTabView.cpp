@@ -46,7 +46,7 @@ void TemplatesTabView::addPicker(QVBoxLayout& column) {
     m_picker = new TemplatePicker([this](const QUuid& id) { m_model->choose(id); }, this);
     m_picker->setAccessibleName(tr("Active Template"));
     m_picker->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    m_picker->setMinimumContentsLength(8);
+    m_picker->setMinimumContentsLength(5);
     label->setBuddy(m_picker);
     row->addWidget(m_picker);
     column.addLayout(row);

@@ -25,9 +25,10 @@ bool TextArea::event(QEvent* event) {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setBrush(Theme::shared().fill(Fill::Card));
     painter.setPen(hasFocus() ? QPen(Theme::shared().ink(Ink::Accent), 2)
-                              : QPen(Theme::shared().fill(Fill::ControlPressed), 1));
+                              : QPen(Theme::shared().fill(Fill::Border), 1));
     const double radius = Theme::shared().scaled(6);
-    painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), radius, radius);
+    const double inset = hasFocus() ? 1 : 0.5;
+    painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), radius, radius);
     return true;
 }
 

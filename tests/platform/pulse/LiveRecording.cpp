@@ -185,7 +185,8 @@ void LiveRecording::expectUnbroken() {
         EXPECT_EQ(receiver->fault(), "") << name;
         EXPECT_LT(receiver->furthestAheadMs(), 60) << name;
         EXPECT_LT(receiver->furthestBehindMs(), 1500) << name;
-        EXPECT_TRUE(receiver->waitUntil([&] { return nowFrame() - receiver->endFrame() < kRate * 60 / 1000; }, 3s))
+        // Whoever is woken on a busy machine comes some tens of milliseconds late, three times over.
+        EXPECT_TRUE(receiver->waitUntil([&] { return nowFrame() - receiver->endFrame() < kRate / 10; }, 10s))
             << name << " does not return to the present";
     }
 }

@@ -51,7 +51,9 @@ private:
         if (failure.reason == RecordStream::StartFailure::Reason::Server)
             return {MicrophoneFailure::Step::DeviceInput, failure.error.description};
         if (name.isEmpty()) return {MicrophoneFailure::Step::NoDevice, {}};
-        return {MicrophoneFailure::Step::DeviceInput, QStringLiteral("there is no microphone named \"%1\"").arg(name)};
+        return {.step = MicrophoneFailure::Step::DeviceInput,
+                .description = QStringLiteral("there is no microphone named \"%1\"").arg(name),
+                .isNamedDeviceMissing = true};
     }
 
     const std::shared_ptr<SoundServer> m_server = std::make_shared<SoundServer>();

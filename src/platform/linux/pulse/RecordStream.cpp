@@ -20,12 +20,15 @@ using namespace std::chrono_literals;
 // Stereo for the microphone too: a server's own down-mix of two channels adds 3 dB, its up-mix of one adds nothing.
 constexpr pa_sample_spec kSpec{.format = PA_SAMPLE_FLOAT32NE, .rate = kSampleRateHz, .channels = 2};
 constexpr std::size_t kFrameBytes = 2 * sizeof(float);
-constexpr pa_usec_t kFragmentUsec = 20'000;
+constexpr pa_usec_t kFragmentUsec = 40'000; ///< each fragment wakes three threads, and the server's
 
 constexpr auto kSettling = 50ms;    ///< a device that comes or goes announces itself several times
 constexpr auto kFirstRetry = 250ms; ///< doubled with each attempt up to
 constexpr auto kLongestRetry = 4s;  ///< this, so that no device can keep a stream reopening
 constexpr auto kLivedForAWhile = 5s;
+
+constexpr auto kSilenceBeforeDoubt = 3s;
+constexpr auto kDoubtInterval = 10s; ///< while the silence lasts
 
 } // namespace
 
@@ -91,6 +94,7 @@ void RecordStream::stop() {
         m_phase = Phase::Stopped;
         close();
         m_lookup.reset();
+        m_opinion.reset();
         m_refreshTimer.reset();
         m_tickTimer.reset();
         m_server->remove(*this);
@@ -188,6 +192,7 @@ void RecordStream::opened() {
             [this](HostFramePos position, std::span<const float> frames) { return m_pool->deliver(position, frames); },
             now);
     }
+    m_doubtDue = now + kSilenceBeforeDoubt;
     scheduleTick(now);
     m_phase = Phase::Running;
     m_server->wakeWaiting();
@@ -231,10 +236,24 @@ void RecordStream::read() {
         pa_stream_drop(m_stream);
     }
     m_line->arrived(now);
+    doubtSilence(now);
     scheduleTick(now);
 }
 
+/// Perhaps nobody speaks; perhaps the sound has moved to another device and the server has not said so.
+void RecordStream::doubtSilence(HostTime now) {
+    if (now < m_doubtDue) return;
+    m_doubtDue = now + kDoubtInterval;
+    m_opinion = std::make_unique<SecondOpinion>(m_server->mainloop(), m_choice, [this](const auto& found) {
+        if (!found || !found.value()) return;
+        const bool agrees = m_stream != nullptr && found.value()->source == m_source;
+        if (!agrees && m_server->ready()) m_server->reconnect();
+    });
+}
+
 void RecordStream::append(HostTime now, std::span<const float> stereo) {
+    if (std::any_of(stereo.begin(), stereo.end(), [](float sample) { return sample != 0; }))
+        m_doubtDue = now + kSilenceBeforeDoubt;
     if (m_channels == 2) return m_line->append(now, stereo);
     while (!stereo.empty()) {
         const std::size_t frames = std::min(stereo.size() / 2, m_mono.size());
@@ -257,6 +276,7 @@ void RecordStream::tick() {
     m_tickDue = HostTime::max();
     const HostTime now = std::chrono::steady_clock::now();
     m_line->tick(now);
+    doubtSilence(now);
     scheduleTick(now);
 }
 

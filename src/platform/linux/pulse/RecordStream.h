@@ -3,6 +3,7 @@
 #include "capture/DeliveryPool.h"
 #include "capture/LiveTimeLine.h"
 #include "platform/linux/pulse/DeviceLookup.h"
+#include "platform/linux/pulse/SecondOpinion.h"
 #include "platform/linux/pulse/SoundServer.h"
 
 #include <array>
@@ -53,6 +54,7 @@ private:
     void close();
     void deviceMissing();
     void read();
+    void doubtSilence(HostTime now);
     void append(HostTime now, std::span<const float> stereo);
     void scheduleTick(HostTime now);
     void tick();
@@ -66,6 +68,7 @@ private:
     std::optional<StartFailure> m_startFailure;
     std::unique_ptr<LiveTimeLine> m_line; ///< from the first opened device on
     std::unique_ptr<DeviceLookup> m_lookup;
+    std::unique_ptr<SecondOpinion> m_opinion;
     std::unique_ptr<MainloopTimer> m_refreshTimer;
     std::unique_ptr<MainloopTimer> m_tickTimer;
     HostTime m_refreshDue = HostTime::max();
@@ -75,8 +78,9 @@ private:
     std::string m_source; ///< what m_stream records or is about to
     HostTime m_openedAt;
     HostTime m_notBefore; ///< the next attempt to open anything
+    HostTime m_doubtDue;  ///< unless there is sound before
     int m_attempts = 0;   ///< since a stream last lived for a while
-    std::array<float, 1024> m_mono{};
+    std::array<float, 2048> m_mono{};
 };
 
 } // namespace quillet

@@ -128,6 +128,12 @@ void SoundServer::contextLost(int error) {
     wakeWaiting();
 }
 
+void SoundServer::reconnect() {
+    for (Listener* listener : m_listeners) listener->serverLost();
+    closeContext();
+    openContext();
+}
+
 void SoundServer::add(Listener& listener) { m_listeners.push_back(&listener); }
 
 void SoundServer::remove(Listener& listener) {

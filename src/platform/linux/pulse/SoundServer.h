@@ -58,6 +58,8 @@ public:
     [[nodiscard]] pa_context* context() const { return m_context; }
     [[nodiscard]] pa_threaded_mainloop* mainloop() const { return m_mainloop; }
 
+    /// Begins anew with another connection, as after a loss.
+    void reconnect();
     /// After an answer that did not come in time: a fresh connection is more likely to get one. Kept while recording.
     void dropIfUnused();
 

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "platform/Platform.h"
+
+#include <functional>
+
+namespace quillet {
+
+/// Is told that a recording goes with the user's default because the chosen device is not there. Any thread.
+using TellFallback = std::function<void(SoundDevice::Kind kind)>;
+
+/// Records with the chosen sources, and with the standard ones where a chosen device is not there when a recording
+/// starts: a headset left at home must not cost the meeting. That recording then stays with the standard one, also when
+/// the chosen device returns. Any other failure is passed on as it is. Capture queue only, like the sources behind it.
+[[nodiscard]] LiveSources withFallback(LiveSources chosen, LiveSources standard, const TellFallback& tell);
+
+} // namespace quillet

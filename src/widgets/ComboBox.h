@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QComboBox>
+
+namespace quillet {
+
+/// A menu of choices that assistive technology calls by what is chosen with it ("Microphone") and of which it tells the
+/// choice as the value. The toolkit's own is called by the choice on Linux, so that the same list of choices twice in a
+/// window cannot be told apart.
+class ComboBox : public QComboBox {
+    Q_OBJECT
+public:
+    explicit ComboBox(QWidget* parent = nullptr);
+};
+
+} // namespace quillet
