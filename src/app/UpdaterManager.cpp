@@ -4,12 +4,12 @@
 
 namespace quillet {
 
-UpdaterManager::UpdaterManager(std::shared_ptr<Desktop> desktop, QString downloadPage)
-    : m_desktop(std::move(desktop)), m_downloadPage(std::move(downloadPage)) {}
+UpdaterManager::UpdaterManager(std::shared_ptr<ExternalPrograms> programs, QString downloadPage)
+    : m_programs(std::move(programs)), m_downloadPage(std::move(downloadPage)) {}
 
 void UpdaterManager::checkForUpdates() {
     const QUrl page(m_downloadPage, QUrl::StrictMode);
-    if (page.isValid() && !page.isRelative()) m_desktop->openUrl(page);
+    if (page.isValid() && !page.isRelative()) m_programs->openUrl(page);
 }
 
 } // namespace quillet

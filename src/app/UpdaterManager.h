@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/DownloadPage.h"
-#include "platform/Desktop.h"
+#include "platform/ExternalPrograms.h"
 #include "support/Published.h"
 
 #include <QString>
@@ -14,7 +14,7 @@ namespace quillet {
 /// compared and nothing is fetched by the program itself. Main thread; an address that is none opens nothing.
 class UpdaterManager {
 public:
-    explicit UpdaterManager(std::shared_ptr<Desktop> desktop,
+    explicit UpdaterManager(std::shared_ptr<ExternalPrograms> programs,
                             QString downloadPage = QString::fromLatin1(kDownloadPageToBeSuppliedByOwners));
 
     Published<bool> canCheckForUpdates{true};
@@ -22,7 +22,7 @@ public:
     void checkForUpdates();
 
 private:
-    const std::shared_ptr<Desktop> m_desktop;
+    const std::shared_ptr<ExternalPrograms> m_programs;
     const QString m_downloadPage;
 };
 

@@ -1,7 +1,7 @@
 #include "cli/Commands.h"
+#include "cli/Options.h"
 #include "platform/Platform.h"
 
-#include <QCommandLineParser>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -43,18 +43,9 @@ int devices(const QStringList& arguments) {
     QCommandLineParser parser;
     parser.setApplicationDescription(
         QStringLiteral("Lists the outputs and inputs that can be recorded, by the names that “record” takes."));
-    const QString json = QStringLiteral("json"), help = QStringLiteral("help");
-    parser.addOptions({{json, QStringLiteral("Print one JSON array.")},
-                       {{QStringLiteral("h"), help}, QStringLiteral("Show this help.")}});
-    if (!parser.parse(arguments) || !parser.positionalArguments().isEmpty()) {
-        complain(parser.positionalArguments().isEmpty() ? parser.errorText()
-                                                        : QStringLiteral("devices takes no arguments but --json."));
-        return WrongUsage;
-    }
-    if (parser.isSet(help)) {
-        print(parser.helpText().replace(QLatin1String(" [options]"), QLatin1String(" devices [options]")));
-        return Done;
-    }
+    const QString json = QStringLiteral("json");
+    parser.addOption({json, QStringLiteral("Print one JSON array.")});
+    if (const auto ended = parseOptions(parser, arguments)) return *ended;
     const auto found = makeSoundDevices()->list();
     if (!found) {
         complain(QStringLiteral("The devices cannot be listed: %1.").arg(found.error().description));

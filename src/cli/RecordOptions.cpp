@@ -1,6 +1,6 @@
 #include "cli/RecordOptions.h"
 
-#include <QCommandLineParser>
+#include "cli/Options.h"
 
 namespace quillet::cli {
 namespace {
@@ -44,11 +44,8 @@ Result<std::variant<RecordOptions, HelpRequest>, QString> parseRecordOptions(con
         {{QStringLiteral("h"), help}, QStringLiteral("Show this help.")},
     });
     if (!parser.parse(arguments)) return Failure{parser.errorText()};
-    if (parser.isSet(help)) {
-        QString text = parser.helpText();
-        return std::variant<RecordOptions, HelpRequest>(
-            HelpRequest{text.replace(QLatin1String(" [options]"), QLatin1String(" record [options]"))});
-    }
+    if (parser.isSet(help))
+        return std::variant<RecordOptions, HelpRequest>(HelpRequest{helpOf(parser, arguments.constFirst())});
     if (!parser.positionalArguments().isEmpty())
         return Failure{QStringLiteral("“%1” is no option of record.").arg(parser.positionalArguments().constFirst())};
     for (const QString& option : {system, microphone}) {

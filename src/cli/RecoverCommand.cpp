@@ -1,8 +1,8 @@
 #include "cli/Commands.h"
+#include "cli/Options.h"
 #include "storage/RecordingFileManager.h"
 #include "storage/RecordingRecovery.h"
 
-#include <QCommandLineParser>
 #include <QFile>
 
 namespace quillet::cli {
@@ -11,7 +11,7 @@ namespace {
 namespace fs = std::filesystem;
 
 QString describe(const RecoveryOutcome& outcome) {
-    const QString file = QFile::decodeName(outcome.file.c_str());
+    QString file = QFile::decodeName(outcome.file.c_str());
     switch (outcome.kind) {
     case RecoveryOutcome::Kind::Repaired:
         return QStringLiteral("repaired: %1 (%2 s)").arg(file).arg(outcome.durationSeconds, 0, 'f', 1);
@@ -29,19 +29,10 @@ int recover(const QStringList& arguments) {
     QCommandLineParser parser;
     parser.setApplicationDescription(
         QStringLiteral("Finishes recordings that a crash or a power cut left unfinished. Nothing is ever deleted."));
-    const QString folderOption = QStringLiteral("folder"), help = QStringLiteral("help");
-    parser.addOptions({{folderOption, QStringLiteral("Folder to look through (default: the recordings folder)."),
-                        QStringLiteral("DIR")},
-                       {{QStringLiteral("h"), help}, QStringLiteral("Show this help.")}});
-    if (!parser.parse(arguments) || !parser.positionalArguments().isEmpty()) {
-        complain(parser.positionalArguments().isEmpty() ? parser.errorText()
-                                                        : QStringLiteral("recover takes no arguments but --folder."));
-        return WrongUsage;
-    }
-    if (parser.isSet(help)) {
-        print(parser.helpText().replace(QLatin1String(" [options]"), QLatin1String(" recover [options]")));
-        return Done;
-    }
+    const QString folderOption = QStringLiteral("folder");
+    parser.addOption({folderOption, QStringLiteral("Folder to look through (default: the recordings folder)."),
+                      QStringLiteral("DIR")});
+    if (const auto ended = parseOptions(parser, arguments)) return *ended;
 
     std::vector<fs::path> folders;
     if (parser.isSet(folderOption)) {

@@ -142,7 +142,7 @@ OnboardingModel::NotesTestRemark OnboardingModel::notesTestRemark() const {
 }
 
 void OnboardingModel::openIntelligenceSettings() {
-    if (m_services.desktop->openLanguageModelSettings()) return;
+    if (m_services.programs->openLanguageModelSettings()) return;
     m_services.notifications.post(Notifications::openSettingsRequested,
                                   {{QStringLiteral("section"), QStringLiteral("AI & Privacy")}});
 }

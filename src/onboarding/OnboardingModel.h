@@ -2,7 +2,7 @@
 
 #include "notes/NoteIntegrator.h"
 #include "permissions/PermissionManager.h"
-#include "platform/Desktop.h"
+#include "platform/ExternalPrograms.h"
 #include "settings/SettingsStore.h"
 #include "support/NotificationCenter.h"
 #include "support/Published.h"
@@ -19,7 +19,7 @@ namespace quillet {
 /// What the introduction needs of the program around it. The references must outlive it.
 struct OnboardingServices {
     std::shared_ptr<PermissionManager> permissions;
-    std::shared_ptr<Desktop> desktop;
+    std::shared_ptr<ExternalPrograms> programs;
     /// Made on the first test of the notes.
     std::function<std::shared_ptr<SettingsStore>()> settingsStore;
     const NoteIntegrator& notes;

@@ -37,7 +37,6 @@ struct RecordingGlance {
     };
     Kind kind = Kind::Readable;
     std::vector<std::byte> head; ///< Readable only: how the file begins
-    std::int64_t sizeBytes = 0;  ///< Readable only
 };
 
 /// Never waits for anybody and changes nothing. The error says why the file cannot be read.

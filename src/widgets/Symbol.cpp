@@ -35,6 +35,7 @@ QImage drawn(const QString& name, int pixels, const QColor& ink) {
     if (QFile::exists(path) && renderer.load(path)) {
         renderer.render(&painter, QRectF(0, 0, pixels, pixels));
     } else {
+        qWarning("There is no symbol called %s.", qPrintable(name));
         painter.setPen(Qt::black);
         painter.drawRect(QRect(0, 0, pixels - 1, pixels - 1).adjusted(1, 1, -1, -1));
     }

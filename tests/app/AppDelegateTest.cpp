@@ -5,6 +5,7 @@
 #include "app/RecordingNotices.h"
 #include "app/ui/MenuView.h"
 #include "app/ui/Popover.h"
+#include "support/FakeExternalPrograms.h"
 #include "support/Widgets.h"
 #include "widgets/Theme.h"
 
@@ -39,12 +40,6 @@ public:
 
 private:
     Tray& m_tray;
-};
-
-struct FakeDesktop final : Desktop {
-    std::vector<QUrl> opened;
-    void openUrl(const QUrl& url) override { opened.push_back(url); }
-    bool openLanguageModelSettings() override { return false; }
 };
 
 class AppDelegateTest : public testing::Test {
@@ -88,7 +83,7 @@ protected:
 
     Desk desk;
     FakeStatusItem::Tray tray;
-    std::shared_ptr<FakeDesktop> web = std::make_shared<FakeDesktop>();
+    std::shared_ptr<FakeExternalPrograms> web = std::make_shared<FakeExternalPrograms>();
     int terminations = 0;
     std::vector<std::string> sections; ///< with which settings windows were made
     std::unique_ptr<AppDelegate> delegate;
@@ -229,79 +224,71 @@ TEST_F(AppDelegateTest, withoutATrayTheWindowOpensOnceItMay) {
     EXPECT_NE(find<QAbstractButton>(*opened, QStringLiteral("Menu")), nullptr);
 }
 
-TEST(RecordingNoticesTest, aSourceThatStaysSilentIsSaidOnceAndTakenBackWhenItIsHeard) {
+class RecordingNoticesTest : public testing::Test {
+protected:
     Desk desk;
-    auto notices = std::make_unique<FakeNotices>();
-    FakeNotices& told = *notices;
-    RecordingNotices watch({.engine = desk.engine,
+    FakeNotices* const told = new FakeNotices;
+    FakeSleep* const machine = new FakeSleep;
+    std::filesystem::path revealed;
+    RecordingNotices watch{{.engine = desk.engine,
                             .uiModel = desk.uiModel,
                             .notifications = desk.notifications,
-                            .notices = std::move(notices),
-                            .sleep = std::make_unique<FakeSleep>(),
-                            .showRecording = [](const std::filesystem::path&) {},
-                            .open = [] {}});
+                            .notices = std::unique_ptr<UserNotices>(told),
+                            .sleep = std::unique_ptr<SleepInhibitor>(machine),
+                            .showRecording = [this](const std::filesystem::path& file) { revealed = file; },
+                            .open = [] {}}};
+};
+
+TEST_F(RecordingNoticesTest, aSourceThatStaysSilentIsSaidOnceAndTakenBackWhenItIsHeard) {
     desk.control.start();
     ASSERT_TRUE(desk.becomesRecording(true));
     desk.deliver(0, 5 * 48'000, 0.1F, 0.0F);
     QTest::qWait(1200);
-    EXPECT_TRUE(told.shown.empty()) << "a pause is no fault";
+    EXPECT_TRUE(told->shown.empty()) << "a pause is no fault";
 
     desk.deliver(5 * 48'000, 6 * 48'000, 0.1F, 0.0F);
-    ASSERT_TRUE(waitFor([&] { return !told.shown.empty(); }));
+    ASSERT_TRUE(waitFor([&] { return !told->shown.empty(); }));
     QTest::qWait(1200);
-    ASSERT_EQ(told.shown.size(), 1U);
-    EXPECT_EQ(told.shown[0].title, QStringLiteral("The microphone is silent"));
+    ASSERT_EQ(told->shown.size(), 1U);
+    EXPECT_EQ(told->shown[0].title, QStringLiteral("The microphone is silent"));
 
-    told.withdrawn.clear();
+    told->withdrawn.clear();
     desk.deliver(11 * 48'000, 48'000, 0.1F, 0.1F);
-    EXPECT_TRUE(waitFor([&] { return told.withdrawn == std::vector{told.shown[0].subject.toStdString()}; }));
+    EXPECT_TRUE(waitFor([&] { return told->withdrawn == std::vector{told->shown[0].subject.toStdString()}; }));
     desk.control.stop();
     ASSERT_TRUE(desk.becomesRecording(false));
 }
 
-TEST(RecordingNoticesTest, whoeverLooksElsewhereIsTold) {
-    Desk desk;
-    auto notices = std::make_unique<FakeNotices>();
-    auto sleep = std::make_unique<FakeSleep>();
-    FakeNotices& told = *notices;
-    const FakeSleep& machine = *sleep;
-    std::filesystem::path revealed;
-    RecordingNotices watch({.engine = desk.engine,
-                            .uiModel = desk.uiModel,
-                            .notifications = desk.notifications,
-                            .notices = std::move(notices),
-                            .sleep = std::move(sleep),
-                            .showRecording = [&](const std::filesystem::path& file) { revealed = file; },
-                            .open = [] {}});
+TEST_F(RecordingNoticesTest, whoeverLooksElsewhereIsTold) {
     desk.control.start();
     ASSERT_TRUE(desk.becomesRecording(true));
-    EXPECT_EQ(machine.holds, 1) << "the machine stays awake";
+    EXPECT_EQ(machine->holds, 1) << "the machine stays awake";
 
     desk.notifications.post(Notifications::recordingDidComplete,
                             {{QStringLiteral("url"), QUrl(QStringLiteral("file:///tmp/M%20%231.m4a"))}});
-    ASSERT_EQ(told.shown.size(), 1U);
-    EXPECT_EQ(told.shown[0].body, QStringLiteral("M #1.m4a"));
-    told.shown[0].onAction();
+    ASSERT_EQ(told->shown.size(), 1U);
+    EXPECT_EQ(told->shown[0].body, QStringLiteral("M #1.m4a"));
+    told->shown[0].onAction();
     EXPECT_EQ(revealed, "/tmp/M #1.m4a");
 
     desk.engine->lastError.set(QStringLiteral("Failed to setup audio writer."));
     desk.uiModel.showDiskFull();
-    ASSERT_EQ(told.shown.size(), 3U);
-    EXPECT_EQ(told.shown[1].subject, told.shown[2].subject) << "one message for one failure";
-    EXPECT_EQ(told.shown[2].title, QStringLiteral("Not Enough Space"));
+    ASSERT_EQ(told->shown.size(), 3U);
+    EXPECT_EQ(told->shown[1].subject, told->shown[2].subject) << "one message for one failure";
+    EXPECT_EQ(told->shown[2].title, QStringLiteral("Not Enough Space"));
 
     for (const bool isMicrophone : {true, false})
         desk.notifications.post(Notifications::chosenDeviceMissing, {{QStringLiteral("isMicrophone"), isMicrophone}});
-    ASSERT_EQ(told.shown.size(), 5U);
-    EXPECT_EQ(told.shown[3].title, QStringLiteral("The chosen microphone is not connected"));
-    EXPECT_EQ(told.shown[4].title, QStringLiteral("The chosen output is not connected"));
-    told.withdrawn.clear();
+    ASSERT_EQ(told->shown.size(), 5U);
+    EXPECT_EQ(told->shown[3].title, QStringLiteral("The chosen microphone is not connected"));
+    EXPECT_EQ(told->shown[4].title, QStringLiteral("The chosen output is not connected"));
+    told->withdrawn.clear();
 
     desk.control.stop();
     ASSERT_TRUE(desk.becomesRecording(false));
-    EXPECT_EQ(machine.holds, 0);
+    EXPECT_EQ(machine->holds, 0);
     for (const std::size_t each : {3U, 4U})
-        EXPECT_THAT(told.withdrawn, testing::Contains(told.shown[each].subject.toStdString())) << "no longer true";
+        EXPECT_THAT(told->withdrawn, testing::Contains(told->shown[each].subject.toStdString())) << "no longer true";
 }
 
 } // namespace

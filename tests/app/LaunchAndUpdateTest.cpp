@@ -1,5 +1,6 @@
 #include "app/LaunchManager.h"
 #include "app/UpdaterManager.h"
+#include "support/FakeExternalPrograms.h"
 
 #include <gtest/gtest.h>
 
@@ -56,25 +57,18 @@ TEST(LaunchManagerTest, TheSystemsStateIsTheOnlyTruth) {
     EXPECT_TRUE(manager.isEnabled.value());
 }
 
-class FakeDesktop final : public Desktop {
-public:
-    std::vector<QUrl> opened;
-    void openUrl(const QUrl& url) override { opened.push_back(url); }
-    bool openLanguageModelSettings() override { return false; }
-};
-
 TEST(UpdaterManagerTest, OpensTheDownloadPageIfItHasAnAddress) {
-    const auto desktop = std::make_shared<FakeDesktop>();
-    UpdaterManager product(desktop);
+    const auto programs = std::make_shared<test::FakeExternalPrograms>();
+    UpdaterManager product(programs);
     EXPECT_TRUE(product.canCheckForUpdates.value());
     product.checkForUpdates();
-    ASSERT_EQ(desktop->opened.size(), 1U);
-    EXPECT_EQ(desktop->opened[0].scheme(), QStringLiteral("https"));
+    ASSERT_EQ(programs->opened.size(), 1U);
+    EXPECT_EQ(programs->opened[0].scheme(), QStringLiteral("https"));
     EXPECT_TRUE(product.canCheckForUpdates.value());
 
     for (const char* none : {"", "no address", "http://[", "page.html"}) {
-        UpdaterManager(desktop, QString::fromLatin1(none)).checkForUpdates();
-        EXPECT_EQ(desktop->opened.size(), 1U) << none;
+        UpdaterManager(programs, QString::fromLatin1(none)).checkForUpdates();
+        EXPECT_EQ(programs->opened.size(), 1U) << none;
     }
 }
 

@@ -10,7 +10,6 @@ namespace quillet::test {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 class AudioCaptureEngineTest : public testing::Test {
 protected:
@@ -89,7 +88,20 @@ TEST_F(AudioCaptureEngineTest, EveryFailureToStartIsSaidAndLeavesNothingRunning)
     using Step = MicrophoneFailure::Step;
     const PlatformError reason{5, QStringLiteral("the reason")};
     const StorageError full = RecordingFileManagerError::insufficientDiskSpace(1);
+    const StorageError notAFolder = RecordingFileManagerError::pathExistsAsFile();
     const StorageError notOurs = PlatformError{13, QStringLiteral("Permission denied")};
+    const auto noFile = [&](const StorageError& second) {
+        return [this, &full, second] {
+            host->url = Failure{full};
+            host->supportUrl = Failure{second};
+        };
+    };
+    const auto status = [this](AuthorizationStatus it) { return [this, it] { microphone->status = it; }; };
+    const auto failing = [this](Step step, const QString& why = {}) {
+        return [this, step, why] { microphone->failure = MicrophoneFailure{step, why}; };
+    };
+    constexpr auto kRefused =
+        "Microphone access is required. Enable it in System Settings → Privacy & Security → Microphone.";
     const struct {
         const char* name;
         std::function<void()> arrange;
@@ -97,50 +109,17 @@ TEST_F(AudioCaptureEngineTest, EveryFailureToStartIsSaidAndLeavesNothingRunning)
         const char* alert; ///< null: none
         int contentRequests;
     } rows[] = {
-        {"full disk",
-         [&] {
-             host->url = Failure{full};
-             host->supportUrl = Failure{full};
-         },
-         "Not enough disk space to record. Free some space and try again.", "disk full", 0},
+        {"full disk", noFile(full), "Not enough disk space to record. Free some space and try again.", "disk full", 0},
         {"a folder that is a file: our own errors all raise the disk alert, and the second attempt speaks",
-         [&] {
-             host->url = Failure{full};
-             host->supportUrl = Failure{StorageError(RecordingFileManagerError::pathExistsAsFile())};
-         },
-         "Recordings path exists but is not a directory.", "disk full", 0},
-        {"the platform's storage error",
-         [&] {
-             host->url = Failure{full};
-             host->supportUrl = Failure{notOurs};
-         },
-         "Permission denied", nullptr, 0},
-        {"microphone not decided", [&] { microphone->status = AuthorizationStatus::NotDetermined; },
-         "Microphone access is required. Enable it in System Settings → Privacy & Security → Microphone.",
-         "permission denied", 0},
-        {"microphone denied", [&] { microphone->status = AuthorizationStatus::Denied; },
-         "Microphone access is required. Enable it in System Settings → Privacy & Security → Microphone.",
-         "permission denied", 0},
-        {"no microphone",
-         [&] {
-             microphone->failure = {Step::NoDevice, {}};
-         },
-         "No microphone available.", nullptr, 0},
-        {"microphone input",
-         [&] {
-             microphone->failure = {Step::DeviceInput, QStringLiteral("the reason")};
-         },
-         "Microphone input failed: the reason", nullptr, 0},
-        {"input not addable",
-         [&] {
-             microphone->failure = {Step::AddInput, {}};
-         },
-         "Could not add microphone input.", nullptr, 0},
-        {"output not addable",
-         [&] {
-             microphone->failure = {Step::AddOutput, {}};
-         },
-         "Could not add microphone output.", nullptr, 0},
+         noFile(notAFolder), "Recordings path exists but is not a directory.", "disk full", 0},
+        {"the platform's storage error", noFile(notOurs), "Permission denied", nullptr, 0},
+        {"microphone not decided", status(AuthorizationStatus::NotDetermined), kRefused, "permission denied", 0},
+        {"microphone denied", status(AuthorizationStatus::Denied), kRefused, "permission denied", 0},
+        {"no microphone", failing(Step::NoDevice), "No microphone available.", nullptr, 0},
+        {"microphone input", failing(Step::DeviceInput, reason.description), "Microphone input failed: the reason",
+         nullptr, 0},
+        {"input not addable", failing(Step::AddInput), "Could not add microphone input.", nullptr, 0},
+        {"output not addable", failing(Step::AddOutput), "Could not add microphone output.", nullptr, 0},
         {"content", [&] { systemAudio->content = Failure{reason}; }, "Could not get shareable content: the reason",
          "permission denied", 1},
         {"no content", [&] { systemAudio->content = std::optional<ShareableContent>(); },

@@ -184,30 +184,25 @@ TEST_F(AudioMixerTest, EveryFormatIsReadFrameByFrame) {
     constexpr AudioStreamDescription kCompressed{.formatID = 0x61616320};
     const std::int16_t integers[] = {-32768, 16384, 8192, -8192};
     const float floats[] = {0.5F, -0.25F, 0.125F, 0.75F, 1.5F, 9.0F};
+    const auto whole = [&integers](std::size_t bytes) { return std::as_bytes(std::span(integers)).first(bytes); };
+    const auto real = [&floats](std::size_t bytes) { return std::as_bytes(std::span(floats)).first(bytes); };
+    using Frames = std::vector<float>;
 
     const struct {
         const char* name;
         AudioStreamDescription format;
         std::span<const std::byte> data;
-        std::vector<float> frames; ///< left, right, …
-        float microphone;          ///< of the first frame
+        Frames frames;    ///< left, right, …
+        float microphone; ///< of the first frame
     } rows[] = {
-        {"16-bit stereo", kInt16Stereo, std::as_bytes(std::span(integers)), {-1.0F, 0.5F, 0.25F, -0.25F}, -1.0F},
-        {"16-bit mono", kInt16Mono, std::as_bytes(std::span(integers)).first(4), {-1, -1, 0.5F, 0.5F}, -1.0F},
-        {"float mono", kMonoFloat, std::as_bytes(std::span(floats)).first(8), {0.5F, 0.5F, -0.25F, -0.25F}, 0.5F},
-        {"float stereo",
-         kInterleavedStereoFloat,
-         std::as_bytes(std::span(floats)).first(16),
-         {0.5F, -0.25F, 0.125F, 0.75F},
-         0.5F},
-        {"more channels than two", kThreeFloats, std::as_bytes(std::span(floats)), {0.5F, -0.25F, 0.75F, 1.5F}, 0.5F},
-        {"reads behind the end are 0",
-         kOverlong,
-         std::as_bytes(std::span(floats)).first(8),
-         {0.5F, -0.25F, -0.25F, 0.0F},
-         0.5F},
-        {"no channels", kNoChannels, std::as_bytes(std::span(floats)).first(16), {0, 0, 0, 0}, 0},
-        {"not PCM", kCompressed, std::as_bytes(std::span(floats)).first(16), {0, 0, 0, 0}, 0},
+        {"16-bit stereo", kInt16Stereo, whole(8), Frames{-1.0F, 0.5F, 0.25F, -0.25F}, -1.0F},
+        {"16-bit mono", kInt16Mono, whole(4), Frames{-1, -1, 0.5F, 0.5F}, -1.0F},
+        {"float mono", kMonoFloat, real(8), Frames{0.5F, 0.5F, -0.25F, -0.25F}, 0.5F},
+        {"float stereo", kInterleavedStereoFloat, real(16), Frames{0.5F, -0.25F, 0.125F, 0.75F}, 0.5F},
+        {"more channels than two", kThreeFloats, real(24), Frames{0.5F, -0.25F, 0.75F, 1.5F}, 0.5F},
+        {"reads behind the end are 0", kOverlong, real(8), Frames{0.5F, -0.25F, -0.25F, 0.0F}, 0.5F},
+        {"no channels", kNoChannels, real(16), Frames{0, 0, 0, 0}, 0},
+        {"not PCM", kCompressed, real(16), Frames{0, 0, 0, 0}, 0},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);

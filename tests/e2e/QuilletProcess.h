@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/AudioFileReader.h"
+#include "support/Sound.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -9,12 +9,6 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
-
-#include <cmath>
-#include <filesystem>
-#include <memory>
-#include <numbers>
-#include <vector>
 
 namespace quillet::test {
 
@@ -61,29 +55,5 @@ private:
     QTemporaryDir m_home;
     QProcessEnvironment m_environment = QProcessEnvironment::systemEnvironment();
 };
-
-/// All samples of a recording, interleaved stereo. Empty when it cannot be read.
-inline std::vector<float> decode(const QString& path) {
-    auto reader = openAudioFile(path.toStdString());
-    if (!reader || (*reader)->channels() != 2) return {};
-    std::vector<float> all;
-    std::vector<float> some(20000);
-    while (const std::size_t frames = (*reader)->read(some))
-        all.insert(all.end(), some.begin(), some.begin() + static_cast<std::ptrdiff_t>(2 * frames));
-    return all;
-}
-
-/// The amplitude of one frequency in one channel of interleaved stereo at 48 kHz.
-inline double amplitude(std::span<const float> stereo, int channel, double frequencyHz) {
-    const std::size_t frames = stereo.size() / 2;
-    double sine = 0;
-    double cosine = 0;
-    for (std::size_t i = 0; i < frames; ++i) {
-        const double angle = 2 * std::numbers::pi * frequencyHz * static_cast<double>(i) / 48000;
-        sine += std::sin(angle) * static_cast<double>(stereo[2 * i + static_cast<std::size_t>(channel)]);
-        cosine += std::cos(angle) * static_cast<double>(stereo[2 * i + static_cast<std::size_t>(channel)]);
-    }
-    return 2 * std::hypot(sine, cosine) / static_cast<double>(std::max<std::size_t>(frames, 1));
-}
 
 } // namespace quillet::test

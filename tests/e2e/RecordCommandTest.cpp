@@ -1,9 +1,8 @@
 #include "QuilletProcess.h"
+#include "support/Files.h"
 #include "support/WavFile.h"
 
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 
 #include <csignal>
 #include <gmock/gmock.h>
@@ -72,9 +71,8 @@ TEST_F(RecordCommandTest, TwoFilesBecomeOneRecordingThatPlaysAndIsItsOwnersOnly)
     ASSERT_EQ(stat(quillet.defaultFolder().toUtf8().constData(), &folder), 0);
     EXPECT_EQ(file.st_mode & 0777, 0600U);
     EXPECT_EQ(folder.st_mode & 0777, 0700U);
-    QFile log(quillet.folder(u"data/quillet/test_log.txt"_s));
-    ASSERT_TRUE(log.open(QFile::ReadOnly));
-    EXPECT_THAT(log.readAll().toStdString(), testing::EndsWith("Z " + path.toStdString() + "\n"));
+    EXPECT_THAT(contentsOf(quillet.folder(u"data/quillet/test_log.txt"_s)).toStdString(),
+                testing::EndsWith("Z " + path.toStdString() + "\n"));
 }
 
 TEST_F(RecordCommandTest, StandardOutputCarriesThePathOnly) {
@@ -99,7 +97,7 @@ TEST_F(RecordCommandTest, WrongUsageIsToldApartFromFailure) {
         {"an empty source", {u"record"_s, u"--system"_s, u"file:"_s}, 2, u"--system"_s},
         {"live sources are never fast", {u"record"_s, u"--as-fast-as-possible"_s}, 2, u"needs files"_s},
         {"recover a missing folder", {u"recover"_s, u"--folder"_s, u"/no/such"_s}, 1, u"not a folder"_s},
-        {"devices with an argument", {u"devices"_s, u"all"_s}, 2, u"takes no arguments"_s},
+        {"devices with an argument", {u"devices"_s, u"all"_s}, 2, u"is no option of devices"_s},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -118,13 +116,9 @@ TEST_F(RecordCommandTest, WrongUsageIsToldApartFromFailure) {
 }
 
 TEST_F(RecordCommandTest, AFileThatIsNoSourceIsRefusedInOneSentence) {
-    QFile empty(quillet.folder(u"empty.wav"_s));
-    ASSERT_TRUE(empty.open(QFile::WriteOnly));
-    QFile text(quillet.folder(u"text.wav"_s));
-    ASSERT_TRUE(text.open(QFile::WriteOnly));
-    text.write(QByteArray("The quick brown fox.\n").repeated(500));
-    text.close();
-    for (const QString& bad : {quillet.folder(u"missing.wav"_s), empty.fileName(), text.fileName(), quillet.folder()}) {
+    const QString empty = makeFile(quillet.folder(u"empty.wav"_s));
+    const QString text = makeFile(quillet.folder(u"text.wav"_s), QByteArray("The quick brown fox.\n").repeated(500));
+    for (const QString& bad : {quillet.folder(u"missing.wav"_s), empty, text, quillet.folder()}) {
         SCOPED_TRACE(bad.toStdString());
         EXPECT_EQ(quillet.run({u"record"_s, u"--system"_s, u"file:"_s + bad, u"--microphone"_s,
                                u"file:"_s + microphone(), u"--as-fast-as-possible"_s}),
@@ -136,9 +130,7 @@ TEST_F(RecordCommandTest, AFileThatIsNoSourceIsRefusedInOneSentence) {
 }
 
 TEST_F(RecordCommandTest, ARecordingAlwaysFindsAFolder) {
-    const QString asFile = quillet.folder(u"a file"_s);
-    QFile file(asFile);
-    ASSERT_TRUE(file.open(QFile::WriteOnly));
+    const QString asFile = makeFile(quillet.folder(u"a file"_s));
     const struct {
         const char* name;
         QString folder;

@@ -1,10 +1,9 @@
 #include "QuilletProcess.h"
 #include "summarisation/LongMeeting.h"
 #include "support/ChatServer.h"
+#include "support/Files.h"
 
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QJsonArray>
 
 #include <gtest/gtest.h>
@@ -27,12 +26,7 @@ protected:
     void set(const QString& key, const QString& value) {
         ASSERT_EQ(quillet.run({u"settings"_s, u"set"_s, key, value}), 0) << quillet.errors.toStdString();
     }
-    QString write(const QString& name, const QByteArray& bytes) {
-        QString path = quillet.folder(name);
-        QFile file(path);
-        if (!file.open(QFile::WriteOnly) || file.write(bytes) != bytes.size()) qFatal("no place for a test's file");
-        return path;
-    }
+    QString write(const QString& name, const QByteArray& bytes) { return makeFile(quillet.folder(name), bytes); }
 
     void SetUp() override { quillet.setEnvironment(u"QUILLET_CLOUD_KEY"_s, QString()); }
 
@@ -152,9 +146,7 @@ TEST_F(SummariseCommandTest, ANoteGetsTheTextsOrASentenceWhyNot) {
     const auto note = [&](const QString& name) {
         const auto found = QDir(vault).entryInfoList({u"*.md"_s}, QDir::Files);
         for (const auto& file : found) {
-            QFile markdown(file.filePath());
-            if (!markdown.open(QFile::ReadOnly)) continue;
-            if (QString text = QString::fromUtf8(markdown.readAll()); text.contains(name)) return text;
+            if (QString text = QString::fromUtf8(contentsOf(file.filePath())); text.contains(name)) return text;
         }
         return QString();
     };

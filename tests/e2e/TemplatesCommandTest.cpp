@@ -1,6 +1,5 @@
 #include "e2e/QuilletProcess.h"
-
-#include <QFile>
+#include "support/Files.h"
 
 #include <gtest/gtest.h>
 
@@ -15,10 +14,7 @@ protected:
         return quillet.run(arguments);
     }
     QString fileWith(const char* name, const QByteArray& bytes) {
-        QFile file(quillet.folder(QString::fromUtf8(name)));
-        EXPECT_TRUE(file.open(QFile::WriteOnly));
-        file.write(bytes);
-        return file.fileName();
+        return test::makeFile(quillet.folder(QString::fromUtf8(name)), bytes);
     }
     QStringList listed() {
         EXPECT_EQ(run({QStringLiteral("list")}), 0);

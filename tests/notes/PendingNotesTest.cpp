@@ -2,9 +2,8 @@
 
 #include "notes/RecordingNotes.h"
 #include "support/FakeNotesApplication.h"
+#include "support/Files.h"
 
-#include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -24,16 +23,7 @@ class PendingNotesTest : public testing::Test {
 protected:
     fs::path folder() const { return temporary.path().toStdString() + "/data/quillet"; }
     fs::path file() const { return folder() / "pending-notes.json"; }
-    QByteArray read(const fs::path& path) const {
-        QFile in(QFile::decodeName(path.c_str()));
-        return in.open(QFile::ReadOnly) ? in.readAll() : QByteArray("cannot be read");
-    }
-    void write(const QByteArray& bytes) const {
-        fs::create_directories(folder());
-        QFile out(QFile::decodeName(file().c_str()));
-        ASSERT_TRUE(out.open(QFile::WriteOnly));
-        out.write(bytes);
-    }
+    void write(const QByteArray& bytes) const { test::makeFile(file(), bytes); }
 
     QTemporaryDir temporary;
     const WallTime completedAt{std::chrono::milliseconds(1764576479123)};
@@ -80,10 +70,10 @@ TEST_F(PendingNotesTest, ADamagedFileIsSetAsideAndLosesOnlyWhatCannotBeRead) {
         write(row.contents);
         PendingNotes pending(folder());
         EXPECT_EQ(pending.find("/r/a.m4a").has_value(), row.keepsOne);
-        EXPECT_EQ(read(file()), row.contents) << "reading changes nothing";
+        EXPECT_EQ(test::contentsOf(file()), row.contents) << "reading changes nothing";
         ASSERT_TRUE(pending.add({"/r/b.m4a", completedAt, {}}));
         EXPECT_EQ(PendingNotes(folder()).all().size(), row.keepsOne ? 2U : 1U);
-        EXPECT_EQ(read(file().string() + ".damaged-" + std::to_string(++damaged)), row.contents);
+        EXPECT_EQ(test::contentsOf(fs::path(file().string() + ".damaged-" + std::to_string(++damaged))), row.contents);
     }
     write("[" + good + "]");
     ASSERT_TRUE(PendingNotes(folder()).add({"/r/b.m4a", completedAt, {}}));
@@ -163,7 +153,7 @@ TEST_F(PendingNotesTest, ANoteThatFailedIsMadeLaterAsItWouldHaveBeen) {
 }
 
 TEST_F(PendingNotesTest, AListThatCannotBeKeptDoesNotKeepTheNoteFromBeingMade) {
-    QFile(temporary.filePath(text("data"))).open(QFile::WriteOnly); // a file where the folder should be
+    test::makeFile(temporary.filePath(text("data"))); // a file where the folder should be
     const auto application = std::make_shared<test::FakeNotesApplication>();
     const MemoryUserDefaults defaults;
     const NoteIntegrator integrator(application, defaults, [] { return true; });

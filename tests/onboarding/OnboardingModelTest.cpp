@@ -161,9 +161,9 @@ TEST_F(OnboardingModelTest, TheWayToTheSettingsOfTheModel) {
     model->openIntelligenceSettings();
     EXPECT_EQ(requestedSection, QStringLiteral("AI & Privacy"));
     requestedSection.reset();
-    desktop->hasModelSettings = true;
+    programs->hasModelSettings = true;
     model->openIntelligenceSettings();
-    EXPECT_EQ(desktop->opened, 1);
+    EXPECT_EQ(programs->modelSettingsOpened, 1);
     EXPECT_FALSE(requestedSection);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "onboarding/OnboardingModel.h"
+#include "support/FakeExternalPrograms.h"
 #include "support/FakeNotesApplication.h"
 #include "support/FakePermissionServices.h"
 #include "support/WaitFor.h"
@@ -8,17 +9,6 @@
 #include <gtest/gtest.h>
 
 namespace quillet::test {
-
-class FakeDesktop final : public Desktop {
-public:
-    bool hasModelSettings = false;
-    int opened = 0;
-    void openUrl(const QUrl&) override {}
-    bool openLanguageModelSettings() override {
-        if (hasModelSettings) ++opened;
-        return hasModelSettings;
-    }
-};
 
 /// The introduction with everything around it under the test's control. Nothing is allowed at first.
 class OnboardingFixture : public testing::Test {
@@ -41,7 +31,7 @@ protected:
     std::shared_ptr<OnboardingModel> make() {
         return std::make_shared<OnboardingModel>(
             OnboardingServices{.permissions = permissions,
-                               .desktop = desktop,
+                               .programs = programs,
                                .settingsStore =
                                    [this] {
                                        if (!store)
@@ -75,7 +65,7 @@ protected:
     bool modelIsReady = false;
     std::shared_ptr<FakePermissionServices> services = std::make_shared<FakePermissionServices>();
     std::shared_ptr<FakeNotesApplication> notes = std::make_shared<FakeNotesApplication>();
-    std::shared_ptr<FakeDesktop> desktop = std::make_shared<FakeDesktop>();
+    std::shared_ptr<FakeExternalPrograms> programs = std::make_shared<FakeExternalPrograms>();
     std::shared_ptr<PermissionManager> permissions = PermissionManager::create(services, notes, defaults);
     RecordingFileManager files{FileServices::standard(), defaults};
     NoteIntegrator integrator{notes, defaults,

@@ -8,6 +8,7 @@
 #include "storage/RecordingFileManager.h"
 #include "support/FakeNotesApplication.h"
 #include "support/FakePermissionServices.h"
+#include "support/FakeSystemModel.h"
 #include "support/WaitFor.h"
 
 #include <QDir>
@@ -30,18 +31,6 @@ public:
         if (!answers) return Failure{PlatformError{1, QStringLiteral("there is no sound server")}};
         return found;
     }
-};
-
-/// A system that has a language model of its own, or none.
-class FakeSystemModel final : public SystemLanguageModel {
-public:
-    bool offers = false;
-    int asked = 0;
-    bool isOfferedBySystem() override {
-        ++asked;
-        return offers;
-    }
-    std::shared_ptr<LanguageModel> model() override { return nullptr; }
 };
 
 /// A folder chooser that keeps the question and answers when told to.

@@ -1,8 +1,8 @@
 #include "storage/RecordingFileManager.h"
 
 #include "support/FakeFileServices.h"
+#include "support/Files.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -82,8 +82,7 @@ TEST_F(RecordingFileManagerTest, EachObstacleHasItsError) {
         {"a file in its place",
          [&] {
              services.creates = true;
-             fs::create_directories(*services.support);
-             QFile(QFile::decodeName(recordings.c_str())).open(QFile::WriteOnly);
+             test::makeFile(recordings);
          },
          QStringLiteral("Recordings path exists but is not a directory."),
          QStringLiteral("Recordings path exists but is not a directory.")},
@@ -157,9 +156,8 @@ TEST_F(RecordingFileManagerTest, TheLogGrowsByALinePerRecording) {
     auto files = make();
     files.appendToTestLog(now, "/a/Meeting 1.m4a");
     files.appendToTestLog(now + std::chrono::seconds(75), "/b/Ü.m4a");
-    QFile log(QFile::decodeName((*services.support / "test_log.txt").c_str()));
-    ASSERT_TRUE(log.open(QFile::ReadOnly));
-    EXPECT_EQ(log.readAll(), QByteArray("2025-03-14T08:05:45Z /a/Meeting 1.m4a\n2025-03-14T08:07:00Z /b/Ü.m4a\n"));
+    EXPECT_EQ(test::contentsOf(*services.support / "test_log.txt"),
+              QByteArray("2025-03-14T08:05:45Z /a/Meeting 1.m4a\n2025-03-14T08:07:00Z /b/Ü.m4a\n"));
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "summarisation/SummarisationManager.h"
 #include "summarisation/SummaryService.h"
 #include "support/ChatServer.h"
+#include "support/FakeSystemModel.h"
 
 #include <gtest/gtest.h>
 
@@ -11,24 +12,17 @@ namespace {
 
 using namespace Qt::StringLiterals;
 using test::ChatServer;
-
-class FakeSystem final : public SystemLanguageModel {
-public:
-    explicit FakeSystem(bool offered) : isOffered(offered) {}
-    [[nodiscard]] bool isOfferedBySystem() override { return isOffered; }
-    [[nodiscard]] std::shared_ptr<LanguageModel> model() override { return nullptr; }
-    bool isOffered;
-};
+using test::FakeSystemModel;
 
 TEST(SummarisationManagerTest, TheVersionAloneSettlesAvailability) {
     for (const bool useLocal : {false, true}) {
         MemoryUserDefaults defaults;
         defaults.set(u"useLocalSummarisation"_s, useLocal);
-        FakeSystem system(false);
+        FakeSystemModel system;
         SummarisationManager manager(defaults, system);
         EXPECT_EQ(manager.localAvailabilityStatus.value(), u"Requires macOS 26.0+"_s);
         EXPECT_FALSE(manager.localAvailable.value());
-        system.isOffered = true;
+        system.offers = true;
         manager.checkLocalAvailability();
         EXPECT_EQ(manager.localAvailabilityStatus.value(), u"available"_s);
         EXPECT_TRUE(manager.localAvailable.value());
@@ -38,7 +32,7 @@ TEST(SummarisationManagerTest, TheVersionAloneSettlesAvailability) {
 
 TEST(SummarisationManagerTest, ChoicesAreTheStoresOwn) {
     MemoryUserDefaults defaults;
-    FakeSystem system(false);
+    FakeSystemModel system;
     SummarisationManager manager(defaults, system);
     EXPECT_TRUE(manager.useLocal());
     EXPECT_TRUE(manager.cloudFallback());
@@ -132,7 +126,7 @@ protected:
     static ChatServer::Answer fail(const ChatServer::Request&) { return {{}, ChatServer::Answer::Kind::Raw, 500}; }
 
     MemoryUserDefaults defaults;
-    FakeSystem system{false};
+    FakeSystemModel system;
     std::optional<QString> key = u"k3y"_s;
     SummaryService service{defaults, system, [this](const StopToken&) { return key; }};
 };

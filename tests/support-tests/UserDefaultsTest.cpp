@@ -1,6 +1,7 @@
 #include "support/UserDefaults.h"
 
 #include "support/DateTexts.h"
+#include "support/Files.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -25,14 +26,9 @@ TEST(UserDefaultsTest, ValuesSurviveAndChangesOfAnotherProcessAreSeen) {
     EXPECT_EQ(FileUserDefaults(path).data(DefaultsKeys::recordingsFolderBookmark), bytes);
     EXPECT_TRUE(FileUserDefaults(path).boolean(DefaultsKeys::autoCreateNote));
 
-    QFile file(path);
-    ASSERT_TRUE(file.open(QFile::ReadWrite));
-    QByteArray text = file.readAll();
+    QByteArray text = test::contentsOf(path);
     ASSERT_TRUE(text.contains("corvane.autoCreateNote=true"));
-    text.replace("corvane.autoCreateNote=true", "corvane.autoCreateNote=no, never");
-    file.seek(0);
-    file.write(text);
-    file.close();
+    test::makeFile(path, text.replace("corvane.autoCreateNote=true", "corvane.autoCreateNote=no, never"));
     EXPECT_FALSE(defaults.boolean(DefaultsKeys::autoCreateNote));
 
     defaults.remove(DefaultsKeys::recordingsFolderBookmark);
@@ -41,12 +37,9 @@ TEST(UserDefaultsTest, ValuesSurviveAndChangesOfAnotherProcessAreSeen) {
 
 TEST(UserDefaultsTest, HandEditedValuesAreReadAsFarAsTheyMakeSense) {
     const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("settings.conf"));
-    QFile file(path);
-    ASSERT_TRUE(file.open(QFile::WriteOnly));
-    file.write("[General]\na=True\nb=1\nc=maybe\nd=one, two\ne=\nbroken line\n[Other\nf=2\n");
-    file.close();
-    const FileUserDefaults defaults(path);
+    const FileUserDefaults defaults(
+        test::makeFile(folder.filePath(QStringLiteral("settings.conf")),
+                       "[General]\na=True\nb=1\nc=maybe\nd=one, two\ne=\nbroken line\n[Other\nf=2\n"));
     EXPECT_TRUE(defaults.boolean(QStringLiteral("a")));
     EXPECT_TRUE(defaults.boolean(QStringLiteral("b")));
     EXPECT_TRUE(defaults.boolean(QStringLiteral("c"), true));

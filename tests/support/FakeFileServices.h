@@ -14,7 +14,6 @@ public:
     std::optional<std::filesystem::path> home;
     Result<std::optional<std::int64_t>> free = std::optional<std::int64_t>(1'000'000'000);
     bool creates = true;
-    bool makesBookmarks = true;
     bool resolves = true;
     bool stale = false;
     bool grantsAccess = true;
@@ -28,7 +27,6 @@ public:
     }
     Result<std::optional<std::int64_t>> freeBytes(const std::filesystem::path&) override { return free; }
     Result<QByteArray> makeBookmark(const std::filesystem::path& folder) override {
-        if (!makesBookmarks) return Failure{PlatformError{1, {}}};
         return QByteArray("bookmark:" + QByteArray(folder.c_str()));
     }
     Result<ResolvedBookmark> resolveBookmark(const QByteArray& bookmark) override {

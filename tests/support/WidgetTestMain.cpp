@@ -10,6 +10,14 @@ public:
     WidgetApplication(int& argc, char** argv) : QApplication(argc, argv) { quillet::Theme::shared().install(); }
 };
 
+QtMessageHandler usualHandler = nullptr; ///< NOLINT
+
+/// A symbol that does not exist is drawn as a box and complained of, which no test of a window shall overlook.
+void failWithoutSymbol(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+    if (message.startsWith(QLatin1String("There is no symbol"))) ADD_FAILURE() << message.toStdString();
+    usualHandler(type, context, message);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -21,5 +29,6 @@ int main(int argc, char** argv) {
     // No bus of the user's is spoken to, neither by us nor by the toolkit.
     qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
     qputenv("NO_AT_BRIDGE", "1");
+    usualHandler = qInstallMessageHandler(failWithoutSymbol);
     return quillet::test::runTests<WidgetApplication>(argc, argv);
 }

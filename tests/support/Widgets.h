@@ -1,5 +1,7 @@
 #pragma once
 
+#include "widgets/Theme.h"
+
 #include <QAccessible>
 #include <QEventLoop>
 #include <QPixmap>
@@ -39,6 +41,14 @@ Widget* find(const QWidget& root, const QString& name) {
 
 /// Whether a text is to be read somewhere in the window, in whole.
 inline bool shows(const QWidget& root, const QString& text) { return !findAll(root, text).empty(); }
+
+/// Gives the usual look back at the end of a test that changed it.
+struct UsualLook {
+    ~UsualLook() {
+        Theme::shared().setTextScale(1);
+        Theme::shared().setColorScheme(std::nullopt);
+    }
+};
 
 /// Lets a change of size or text run its course through nested layouts, which takes turns of a real event loop: a busy
 /// machine may need all of a time limit for the first of them.

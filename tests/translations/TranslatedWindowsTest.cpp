@@ -47,8 +47,9 @@ public:
     /// Whether a window may scroll at the usual text size.
     enum class Page { Fits, MayScroll };
     /// In German, and in the words of this platform.
-    static void expectRoom(Page page, const std::function<void(const Look&)>& showAll) {
-        for (const char* const language : {"de", "en"}) {
+    static void expectRoom(Page page, const std::function<void(const Look&)>& showAll,
+                           const std::vector<const char*>& languages = {"de", "en"}) {
+        for (const char* const language : languages) {
             SCOPED_TRACE(language);
             removeAll();
             installTranslations(*QCoreApplication::instance(), {QLatin1String(language)});
@@ -141,7 +142,7 @@ TEST(TranslatedShell, itsIconItsMenuAndItsWindowsTitlesAreTranslatable) {
          .control = desk.control,
          .defaults = desk.defaults,
          .notifications = desk.notifications,
-         .updaterManager = std::make_unique<UpdaterManager>(std::make_shared<FakeDesktop>()),
+         .updaterManager = std::make_unique<UpdaterManager>(std::make_shared<FakeExternalPrograms>()),
          .makeStatusItem = [&](StatusItem::Handlers) { return std::make_unique<NamedStatusItem>(iconNames); },
          .makeMenuView = [&desk] { return new MenuView(desk.makeMenuModel()); },
          .makeSettingsView = [](const QString&) { return new QWidget; },
@@ -229,7 +230,7 @@ protected:
             .model = model, .notesChoice = choice, .soundChoice = sound, .makeTemplatesTab = [this](QWidget* parent) {
                 return new TemplatesTabView(templates, parent);
             }});
-        view->resize(720, 520);
+        view->resize(size);
         view->show();
         ASSERT_TRUE(settle());
         ASSERT_TRUE(waitFor([this] { return !sound->isLoading.value(); }));
@@ -245,6 +246,7 @@ protected:
         notes->asks = false;
         defaults.set(DefaultsKeys::notesApplication, QStringLiteral("markdown"));
         defaults.set(DefaultsKeys::microphoneDevice, QStringLiteral("Work"));
+        files->setCustomRecordingsDirectory("/srv/a-rather-long-path-without-spaces/that-goes-on/and-on/recordings");
         open();
         look(*view, "settings-general");
         model->openNewFolderSheet();
@@ -306,6 +308,7 @@ protected:
     ~TranslatedSettings() override { view.reset(); }
 
     Languages languages;
+    QSize size{720, 520};
     std::shared_ptr<NotesChoiceModel> choice;
     std::shared_ptr<FakeSoundDevices> server = std::make_shared<FakeSoundDevices>();
     std::shared_ptr<SoundChoiceModel> sound;
@@ -348,6 +351,15 @@ TEST_F(TranslatedSettings, summariesHaveRoomForTheirTexts) {
 }
 TEST_F(TranslatedSettings, templatesHaveRoomForTheirTexts) {
     Languages::expectRoom(Languages::Page::MayScroll, [this](const Look& look) { showTemplates(look); });
+}
+
+TEST_F(TranslatedSettings, theSmallestWindowHasRoomForEnglish) {
+    size = {620, 460};
+    const auto showBoth = [this](const Look& look) {
+        showGeneral(look);
+        showSummaries(look);
+    };
+    Languages::expectRoom(Languages::Page::MayScroll, showBoth, {"en"});
 }
 
 class TranslatedIntroduction : public OnboardingFixture {

@@ -68,9 +68,9 @@ NotesServices& sharedNotes() {
     return notes;
 }
 
-const std::shared_ptr<Desktop>& sharedDesktop() {
-    static const std::shared_ptr<Desktop> desktop = makeDesktop();
-    return desktop;
+const std::shared_ptr<ExternalPrograms>& sharedExternalPrograms() {
+    static const std::shared_ptr<ExternalPrograms> programs = makeExternalPrograms();
+    return programs;
 }
 
 void installSharedInstances() {
@@ -124,7 +124,7 @@ QWidget* makeSharedOnboardingView() {
     const auto launch = SharedInstance<LaunchManager>::get();
     return new OnboardingView(std::make_shared<OnboardingModel>(
         OnboardingServices{.permissions = SharedInstance<PermissionManager>::get(),
-                           .desktop = sharedDesktop(),
+                           .programs = sharedExternalPrograms(),
                            .settingsStore = [] { return SharedInstance<SettingsStore>::get(); },
                            .notes = sharedNotes().integrator,
                            .defaults = defaults(),

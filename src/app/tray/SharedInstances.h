@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/NotesServices.h"
-#include "platform/Desktop.h"
+#include "platform/ExternalPrograms.h"
 
 #include <QString>
 #include <QWidget>
@@ -17,7 +17,7 @@ void installSharedInstances();
 
 /// What the shared instances are made of beside each other.
 [[nodiscard]] NotesServices& sharedNotes();
-[[nodiscard]] const std::shared_ptr<Desktop>& sharedDesktop();
+[[nodiscard]] const std::shared_ptr<ExternalPrograms>& sharedExternalPrograms();
 
 /// The contents of the two windows, made anew for each.
 /// section: the name of the one to begin with; empty for the first.

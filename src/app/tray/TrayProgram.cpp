@@ -93,7 +93,7 @@ std::unique_ptr<AppDelegate> TrayProgram::makeDelegate() {
                               .control = *m_control,
                               .defaults = UserDefaults::standard(),
                               .notifications = NotificationCenter::standard(),
-                              .updaterManager = std::make_unique<UpdaterManager>(sharedDesktop()),
+                              .updaterManager = std::make_unique<UpdaterManager>(sharedExternalPrograms()),
                               .makeStatusItem = makeStatusItem,
                               .makeMenuView =
                                   [this] {

@@ -45,7 +45,6 @@ public:
     explicit LevelMeter(const QString& name, QWidget* parent = nullptr);
     /// From 0 to 1; falls back slowly from a louder value, as meters do.
     void setLevel(double level);
-    [[nodiscard]] double shownLevel() const { return m_shown; }
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override;
 

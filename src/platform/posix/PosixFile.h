@@ -28,12 +28,6 @@ private:
     int m_fd;
 };
 
-/// A file name and the folder that it is looked up in, so that a folder renamed in between does no harm.
-struct FolderEntry {
-    int folderFd;
-    const char* name;
-};
-
 /// Reads and writes an open descriptor. Serves both recordings being written and recordings under repair.
 class PosixFile : public RecordingFile {
 public:

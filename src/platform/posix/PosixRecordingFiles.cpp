@@ -152,16 +152,14 @@ Result<std::unique_ptr<RecordingFile>> markAsBeingWritten(const std::filesystem:
 Result<RecordingGlance> glanceAtRecording(const std::filesystem::path& path, std::size_t headBytes) {
     struct stat status {};
     if (lstat(path.c_str(), &status) != 0) return failure(errno);
-    if (!S_ISREG(status.st_mode)) return RecordingGlance{RecordingGlance::Kind::NotAFile, {}, 0};
+    if (!S_ISREG(status.st_mode)) return RecordingGlance{RecordingGlance::Kind::NotAFile, {}};
     UniqueFd fd(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     if (!fd) return failure(errno);
     // Before reading: some network file systems forbid everybody else to read a locked byte.
-    if (isBeingWritten(fd.get())) return RecordingGlance{RecordingGlance::Kind::BeingWritten, {}, 0};
+    if (isBeingWritten(fd.get())) return RecordingGlance{RecordingGlance::Kind::BeingWritten, {}};
 
     PosixFile file(std::move(fd), UniqueFd(), {});
-    const auto size = file.size();
-    if (!size) return Failure{size.error()};
-    RecordingGlance glance{RecordingGlance::Kind::Readable, std::vector<std::byte>(headBytes), *size};
+    RecordingGlance glance{RecordingGlance::Kind::Readable, std::vector<std::byte>(headBytes)};
     const auto got = file.readAt(0, glance.head);
     if (!got) return Failure{got.error()};
     glance.head.resize(*got);

@@ -2,9 +2,9 @@
 
 #include "support/Require.h"
 #include "templates/Placeholders.h"
-#include "templates/ui/FlowLayout.h"
 #include "templates/ui/TextArea.h"
 #include "widgets/Controls.h"
+#include "widgets/FlowRow.h"
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -79,7 +79,7 @@ void TemplateEditorSheet::addFields() {
 }
 
 void TemplateEditorSheet::addPlaceholders() {
-    auto* const flow = new FlowLayout(Theme::shared().scaled(8), Theme::shared().scaled(6));
+    auto* const flow = new FlowRow(Theme::shared().scaled(8));
     auto* const ground = new TokenGround(this);
     for (const Placeholder& placeholder : placeholderReference()) {
         QPushButton* const button = makeButton(placeholder.text, ButtonRole::Plain, {}, this);

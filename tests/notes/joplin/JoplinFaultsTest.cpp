@@ -168,9 +168,7 @@ TEST_F(JoplinFaultsTest, anHourOfSoundPassesThroughLittleMemory) {
     GTEST_SKIP() << "a sanitizer keeps freed memory";
 #endif
     const auto peakKiB = [] {
-        QFile status(u("/proc/self/status"));
-        if (!status.open(QFile::ReadOnly)) return qint64{0};
-        const QByteArray text = status.readAll();
+        const QByteArray text = contentsOf(u("/proc/self/status"));
         const qsizetype at = text.indexOf("VmHWM:") + 6;
         return text.mid(at, text.indexOf("kB", at) - at).trimmed().toLongLong();
     };

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "notes/joplin/JoplinNotesApplication.h"
+#include "support/Files.h"
 #include "support/WaitFor.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <atomic>
@@ -33,14 +33,8 @@ public:
     JoplinUser() { write("talk.m4a", QByteArray(300'000, 'a') + QByteArray("\0\r\n--x\xff", 8)); }
 
     QString path(const char* name) const { return m_folder.filePath(u(name)); }
-    void write(const char* name, const QByteArray& bytes) const {
-        QFile file(path(name));
-        if (!file.open(QFile::WriteOnly) || file.write(bytes) != bytes.size()) qFatal("cannot write %s", name);
-    }
-    QByteArray read(const char* name) const {
-        QFile file(path(name));
-        return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
-    }
+    void write(const char* name, const QByteArray& bytes) const { makeFile(path(name), bytes); }
+    QByteArray read(const char* name) const { return contentsOf(path(name)); }
     std::shared_ptr<FileJoplinSecrets> secrets() const {
         return std::make_shared<FileJoplinSecrets>(path("data/joplin.json").toStdString());
     }

@@ -1,10 +1,9 @@
 #pragma once
 
 #include "notes/vault/VaultNotesApplication.h"
+#include "support/Files.h"
 
-#include <QDir>
 #include <QDirIterator>
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -26,17 +25,8 @@ protected:
     }
     QString path(const QString& relative) const { return m_folder.filePath(relative); }
     QString path(const char* relative) const { return path(QString::fromUtf8(relative)); }
-    static void write(const QString& file, const QByteArray& bytes) {
-        QDir().mkpath(QFileInfo(file).path());
-        QFile out(file);
-        ASSERT_TRUE(out.open(QFile::WriteOnly)) << qPrintable(file);
-        ASSERT_EQ(out.write(bytes), bytes.size());
-    }
-    static QByteArray read(const QString& file) {
-        QFile in(file);
-        EXPECT_TRUE(in.open(QFile::ReadOnly)) << qPrintable(file);
-        return in.readAll();
-    }
+    static void write(const QString& file, const QByteArray& bytes) { makeFile(file, bytes); }
+    static QByteArray read(const QString& file) { return contentsOf(file); }
     QByteArray read(const char* relative) const { return read(path(relative)); }
 
     NoteDraft draft(const QString& title,

@@ -1,5 +1,5 @@
 #include "notes/vault/TestVault.h"
-#include "notes/vault/ThreadConditions.h"
+#include "support/ThreadConditions.h"
 
 #include <QElapsedTimer>
 

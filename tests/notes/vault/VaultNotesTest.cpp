@@ -96,71 +96,39 @@ TEST_F(VaultTest, takenNamesAreLeftAloneAndCounted) {
 }
 
 TEST_F(VaultTest, eachKindOfVaultGetsItsOwnPlacesAndLinks) {
+    using Traces = std::vector<std::pair<const char*, const char*>>;
+    const Traces nothing;
+    const auto obsidian = [](const char* settings) { return Traces{{".obsidian/app.json", settings}}; };
+    const Traces logseq{{"logseq/config.edn", "{}"}, {"pages/x.md", ""}};
+    const Traces zettlr{{".ztr-directory", "{}"}};
+    const char* const inFolder = R"({"attachmentFolderPath":"files/audio"})";
+    const char* const beside = R"({"attachmentFolderPath":"./"})";
+    const char* const below = R"({"attachmentFolderPath":"./in"})";
+    const char* const outside = R"({"attachmentFolderPath":"../../x"})";
+    const auto top = std::nullopt;
+    const auto work = std::optional(u("Work"));
     const struct {
-        const char* name;
-        std::vector<std::pair<const char*, const char*>> traces;
+        Traces traces;
         std::optional<QString> folder;
         const char* note;
         const char* recording;
         const char* player;
         bool frontMatter;
     } rows[] = {
-        {"plain", {}, u("Work"), "Work/A b.md", "attachments/A b.m4a", "[Recording](../attachments/A%20b.m4a)", false},
-        {"obsidian", {{".obsidian/x", ""}}, {}, "A b.md", "A b.m4a", "![[A b.m4a]]", true},
-        {"obsidian with a folder",
-         {{".obsidian/app.json", R"({"attachmentFolderPath":"files/audio"})"}},
-         u("Work"),
-         "Work/A b.md",
-         "files/audio/A b.m4a",
-         "![[files/audio/A b.m4a]]",
-         true},
-        {"obsidian beside the note",
-         {{".obsidian/app.json", R"({"attachmentFolderPath":"./"})"}},
-         u("Work"),
-         "Work/A b.md",
-         "Work/A b.m4a",
-         "![[Work/A b.m4a]]",
-         true},
-        {"obsidian below the note",
-         {{".obsidian/app.json", R"({"attachmentFolderPath":"./in"})"}},
-         u("Work"),
-         "Work/A b.md",
-         "Work/in/A b.m4a",
-         "![[Work/in/A b.m4a]]",
-         true},
-        {"obsidian out of the vault",
-         {{".obsidian/app.json", R"({"attachmentFolderPath":"../../x"})"}},
-         {},
-         "A b.md",
-         "A b.m4a",
-         "![[A b.m4a]]",
-         true},
-        {"obsidian broken", {{".obsidian/app.json", "{{{"}}, {}, "A b.md", "A b.m4a", "![[A b.m4a]]", true},
-        {"logseq",
-         {{"logseq/config.edn", "{}"}, {"pages/x.md", ""}},
-         {},
-         "pages/A b.md",
-         "assets/A b.m4a",
-         "![A b.m4a](../assets/A%20b.m4a)",
-         false},
-        {"logseq folder",
-         {{"logseq/config.edn", "{}"}, {"pages/x.md", ""}},
-         u("Work"),
-         "pages/Work/A b.md",
-         "assets/A b.m4a",
-         "![A b.m4a](../../assets/A%20b.m4a)",
-         false},
-        {"zettlr",
-         {{".ztr-directory", "{}"}},
-         {},
-         "A b.md",
-         "attachments/A b.m4a",
-         "[Recording](attachments/A%20b.m4a)",
-         true},
+        {nothing, work, "Work/A b.md", "attachments/A b.m4a", "[Recording](../attachments/A%20b.m4a)", false},
+        {{{".obsidian/x", ""}}, top, "A b.md", "A b.m4a", "![[A b.m4a]]", true},
+        {obsidian(inFolder), work, "Work/A b.md", "files/audio/A b.m4a", "![[files/audio/A b.m4a]]", true},
+        {obsidian(beside), work, "Work/A b.md", "Work/A b.m4a", "![[Work/A b.m4a]]", true},
+        {obsidian(below), work, "Work/A b.md", "Work/in/A b.m4a", "![[Work/in/A b.m4a]]", true},
+        {obsidian(outside), top, "A b.md", "A b.m4a", "![[A b.m4a]]", true},
+        {obsidian("{{{"), top, "A b.md", "A b.m4a", "![[A b.m4a]]", true},
+        {logseq, top, "pages/A b.md", "assets/A b.m4a", "![A b.m4a](../assets/A%20b.m4a)", false},
+        {logseq, work, "pages/Work/A b.md", "assets/A b.m4a", "![A b.m4a](../../assets/A%20b.m4a)", false},
+        {zettlr, top, "A b.md", "attachments/A b.m4a", "[Recording](attachments/A%20b.m4a)", true},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        chosen = path(row.name);
+        chosen = path(u("vault of row %1").arg(&row - rows));
+        SCOPED_TRACE(chosen.toStdString());
         QDir().mkpath(chosen);
         for (const auto& [file, contents] : row.traces) write(chosen + u'/' + u(file), contents);
         NoteDraft note = draft(u("A b"), u("# A \"b\" — today\n\nText"));

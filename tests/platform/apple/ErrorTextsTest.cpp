@@ -38,14 +38,6 @@ TEST(ErrorTextsTest, microphoneStatusesAreThoseOfThePlatform) {
     for (const auto& [raw, expected] : rows) EXPECT_EQ(authorizationStatus(raw), expected) << raw;
 }
 
-TEST(ErrorTextsTest, eachPermissionHasItsPane) {
-    const std::pair<SettingsPlace, const char*> rows[] = {
-        {SettingsPlace::ScreenCapture, "x-apple.systempreferences:com.apple.preference.security?Privacy_ScreenCapture"},
-        {SettingsPlace::Microphone, "x-apple.systempreferences:com.apple.preference.security?Privacy_Microphone"},
-        {SettingsPlace::Automation, "x-apple.systempreferences:com.apple.preference.security?Privacy_Automation"}};
-    for (const auto& [place, expected] : rows) EXPECT_EQ(settingsAddress(place), QString::fromUtf8(expected));
-}
-
 TEST(FirstAnswerTest, theClockAndTheServiceAreToldApart) {
     std::vector<int> answers;
     const auto held = std::make_shared<int>(0);

@@ -1,6 +1,7 @@
 #include "platform/linux/AutostartEntry.h"
 
-#include <QFile>
+#include "support/Files.h"
+
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
@@ -19,22 +20,13 @@ protected:
     AutostartEntry entry{base / "config" / "autostart", [this] { return program; }};
 
     std::filesystem::path makeProgram(const char* name) const {
-        const auto path = base / name;
-        QFile script(QString::fromStdString(path.string()));
-        EXPECT_TRUE(script.open(QFile::WriteOnly));
-        script.write("#!/bin/sh\necho \"$0\" \"$@\"\n");
-        script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        const auto path = test::makeFile(base / name, "#!/bin/sh\necho \"$0\" \"$@\"\n");
+        QFile(path).setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         return path;
     }
-    QByteArray contents() const {
-        QFile reader(QString::fromStdString(file.string()));
-        return reader.open(QFile::ReadOnly) ? reader.readAll() : QByteArray();
-    }
+    QByteArray contents() const { return test::contentsOf(file); }
     void edit(const QByteArray& before, const QByteArray& after) const {
-        const QByteArray changed = contents().replace(before, after);
-        QFile writer(QString::fromStdString(file.string()));
-        ASSERT_TRUE(writer.open(QFile::WriteOnly));
-        writer.write(changed);
+        test::makeFile(file, contents().replace(before, after));
     }
 };
 
@@ -99,8 +91,7 @@ TEST_F(AutostartEntryTest, TheEntryFollowsAProgramThatMoves) {
 }
 
 TEST_F(AutostartEntryTest, AFolderThatCannotBeMadeFailsAndLeavesNothing) {
-    QFile inTheWay(QString::fromStdString((base / "config").string()));
-    ASSERT_TRUE(inTheWay.open(QFile::WriteOnly));
+    test::makeFile(base / "config"); // in the way
     const auto registered = entry.registerItem();
     ASSERT_FALSE(registered);
     EXPECT_FALSE(registered.error().description.isEmpty());
@@ -117,18 +108,13 @@ TEST_F(AutostartEntryTest, AnyPathIsStartedByTheDesktopsOwnRules) {
         program = makeProgram(name);
         ASSERT_TRUE(entry.registerItem());
         const auto started = base / "started";
-        {
-            QFile script(QString::fromStdString(program.string()));
-            ASSERT_TRUE(script.open(QFile::WriteOnly));
-            script.write("#!/bin/sh\nprintf '%s' \"$*\" > '" + QByteArray::fromStdString(started.string()) + "'\n");
-        }
+        test::makeFile(program,
+                       "#!/bin/sh\nprintf '%s' \"$*\" > '" + QByteArray::fromStdString(started.string()) + "'\n");
         ASSERT_EQ(
             QProcess::execute(QStringLiteral("gio"), {QStringLiteral("launch"), QString::fromStdString(file.string())}),
             0);
-        QFile output(QString::fromStdString(started.string()));
-        for (int wait = 0; wait < 200 && output.size() == 0; ++wait) QThread::msleep(10);
-        ASSERT_TRUE(output.open(QFile::ReadOnly));
-        EXPECT_EQ(output.readAll(), QByteArray(kStartedAtLoginArgument));
+        for (int wait = 0; wait < 200 && QFile(started).size() == 0; ++wait) QThread::msleep(10);
+        EXPECT_EQ(test::contentsOf(started), QByteArray(kStartedAtLoginArgument));
         std::filesystem::remove(started);
     }
 }

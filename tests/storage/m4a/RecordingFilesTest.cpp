@@ -1,19 +1,12 @@
 #include "platform/RecordingFiles.h"
 
 #include "storage/m4a/TestRecordings.h"
+#include "support/ThreadConditions.h"
 
 #include <gtest/gtest.h>
 
-#include <cstddef>
-#include <fcntl.h>
-#include <initializer_list>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
-#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace quillet::test {
 namespace {
@@ -129,38 +122,20 @@ TEST(RecordingFilesTest, reserveTakesSpaceUntilTheFileIsCut) {
     EXPECT_LE(after.st_blocks * 512, 8192);
 }
 
-bool forbidSystemCalls(std::initializer_list<long> numbers) {
-    std::vector<sock_filter> program = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr))};
-    for (const long number : numbers) {
-        program.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<std::uint32_t>(number), 0, 1));
-        program.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EINVAL));
-    }
-    program.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
-    const sock_fprog filter{static_cast<unsigned short>(program.size()), program.data()};
-    return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
-}
-
 /// File systems without a rename that never replaces, and without hard links.
 TEST(RecordingFilesTest, olderFileSystemsLoseNothingEither) {
-    constexpr int kNoFilter = 77;
-    for (const bool withLinks : {true, false}) {
+    const FailingCall noCarefulRename{__NR_renameat2, EINVAL};
+    const FailingCall noHardLinks{__NR_linkat, EPERM};
+    for (const auto& lacking : {std::vector{noCarefulRename}, std::vector{noCarefulRename, noHardLinks}}) {
         const TemporaryFolder folder;
         writeFile(folder / "a.m4a", text("old"));
         writeFile(folder / "a (earlier).m4a", text("older"));
-        const pid_t child = fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
-            const bool filtered =
-                withLinks ? forbidSystemCalls({SYS_renameat2}) : forbidSystemCalls({SYS_renameat2, SYS_linkat});
-            if (!filtered) _exit(kNoFilter);
+        const std::string failure = runWithFailingCalls(lacking, [&folder] {
             const auto file = createRecordingFile(folder / "a.m4a");
-            const bool busy = !createRecordingFile(folder / "a.m4a").ok();
-            _exit(file.ok() && (*file)->writeAt(0, text("new")).ok() && busy ? 0 : 1);
-        }
-        int status = 0;
-        ASSERT_EQ(waitpid(child, &status, 0), child);
-        if (WEXITSTATUS(status) == kNoFilter) GTEST_SKIP() << "system calls cannot be filtered here";
-        EXPECT_EQ(status, 0);
+            EXPECT_TRUE(file.ok() && (*file)->writeAt(0, text("new")).ok());
+            EXPECT_FALSE(createRecordingFile(folder / "a.m4a").ok()) << "it is being written";
+        });
+        if (!failure.empty()) GTEST_SKIP() << failure;
         EXPECT_EQ(folder.names(), (Names{"a (earlier 2).m4a", "a (earlier).m4a", "a.m4a"}));
         EXPECT_EQ(readFile(folder / "a (earlier 2).m4a"), text("old"));
         EXPECT_EQ(readFile(folder / "a (earlier).m4a"), text("older"));

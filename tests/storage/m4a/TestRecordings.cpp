@@ -1,6 +1,5 @@
 #include "storage/m4a/TestRecordings.h"
 
-#include "platform/AudioFileReader.h"
 #include "platform/linux/ffmpeg/RecordingPipeline.h"
 #include "storage/m4a/Boxes.h"
 
@@ -58,18 +57,6 @@ ByteVector unfinishedRecording(std::int64_t blocks) {
     }
     EXPECT_TRUE((*pipeline)->drain().ok());
     return disk.bytes;
-}
-
-std::vector<float> decode(const std::filesystem::path& file) {
-    const auto reader = openAudioFile(file);
-    if (!reader) return {};
-    std::vector<float> samples;
-    std::vector<float> piece(std::size_t{3000} * static_cast<std::size_t>((*reader)->channels()));
-    while (const std::size_t frames = (*reader)->read(piece)) {
-        const auto count = static_cast<std::ptrdiff_t>(frames) * (*reader)->channels();
-        samples.insert(samples.end(), piece.begin(), piece.begin() + count);
-    }
-    return samples;
 }
 
 std::vector<float> decode(const ByteVector& file) {

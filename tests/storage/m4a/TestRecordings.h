@@ -2,6 +2,7 @@
 
 #include "capture/MediaTime.h"
 #include "storage/m4a/MemoryFile.h"
+#include "support/Sound.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -20,8 +21,7 @@ double worstBlockDb(const std::vector<float>& decoded, const std::vector<float>&
 /// What a process that was killed after so many blocks leaves behind at best: fragments, the last of them complete.
 ByteVector unfinishedRecording(std::int64_t blocks);
 
-/// Interleaved samples of a whole file; empty when it cannot be opened.
-std::vector<float> decode(const std::filesystem::path& file);
+/// Interleaved samples of what would be a file.
 std::vector<float> decode(const ByteVector& file);
 
 /// Where each packet of a file ends, and how many frames its time line has, by libavformat's reading.

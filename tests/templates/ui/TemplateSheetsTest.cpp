@@ -2,12 +2,10 @@
 #include "support/WaitFor.h"
 #include "support/Widgets.h"
 #include "templates/Placeholders.h"
-#include "templates/TemplateManager.h"
 #include "templates/TemplateNames.h"
 #include "templates/ui/PreviewSheet.h"
 #include "templates/ui/TemplateEditorSheet.h"
 #include "templates/ui/TemplateSaveDialog.h"
-#include "widgets/Theme.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -28,10 +26,6 @@ using test::find;
 
 class TemplateSheetsTest : public testing::Test {
 protected:
-    ~TemplateSheetsTest() override {
-        Theme::shared().setColorScheme(std::nullopt);
-        Theme::shared().setTextScale(1);
-    }
     TemplateEditorSheet& edit(const std::optional<MeetingTemplate>& one) {
         sheet = std::make_unique<EditTemplateSheet>(one, onSave, onCancel, nullptr);
         return show();
@@ -197,33 +191,6 @@ TEST(TemplateNamesTest, NamesAreMadeToFit) {
     EXPECT_EQ(templateFileName(QStringLiteral("Plain name.json")), QStringLiteral("Plain name.json"));
     const QString longest = templateFileName(QStringLiteral("é").repeated(5000) + QStringLiteral(".json"));
     EXPECT_EQ(longest, QStringLiteral("é").repeated(125) + QStringLiteral(".json"));
-}
-
-TEST_F(TemplateSheetsTest, TheyLookRight) {
-    const struct {
-        const char* suffix;
-        ColorScheme scheme;
-        double scale;
-    } looks[] = {{"light", ColorScheme::Light, 1}, {"dark", ColorScheme::Dark, 1}, {"200", ColorScheme::Light, 2}};
-    for (const auto& look : looks) {
-        Theme::shared().setColorScheme(look.scheme);
-        Theme::shared().setTextScale(look.scale);
-        makeNew();
-        QTest::keyClicks(&name(), QStringLiteral("Weekly product review"));
-        for (const Placeholder& placeholder : placeholderReference()) {
-            const auto* const one = find<QPushButton>(*sheet, placeholder.text);
-            EXPECT_GE(one->width(), one->sizeHint().width());
-            EXPECT_TRUE(sheet->rect().contains(one->geometry()));
-        }
-        const QString suffix = QString::fromLatin1(look.suffix);
-        test::keepPicture(*sheet, QStringLiteral("template-new-") + suffix);
-        MemoryUserDefaults defaults;
-        PreviewSheet preview(
-            TemplateManager(defaults).previewTemplate(MeetingTemplate::builtInTemplates().front()), [] {}, nullptr);
-        preview.setAttribute(Qt::WA_DeleteOnClose, false);
-        preview.show();
-        test::keepPicture(preview, QStringLiteral("template-preview-") + suffix);
-    }
 }
 
 } // namespace

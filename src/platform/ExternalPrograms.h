@@ -6,11 +6,11 @@
 
 namespace quillet {
 
-/// What the desktop shows for us in programs of its own choice. Main thread, never blocks. Failures are the desktop's
-/// to show: there is nothing that the program could do about them.
-class Desktop {
+/// What other programs show for us: the user's browser, the system's settings. Main thread, never blocks. Failures are
+/// theirs to show: there is nothing that the program could do about them.
+class ExternalPrograms {
 public:
-    virtual ~Desktop() = default;
+    virtual ~ExternalPrograms() = default;
 
     /// In the user's browser, or whatever the user chose for such addresses.
     virtual void openUrl(const QUrl& url) = 0;
@@ -18,6 +18,6 @@ public:
     virtual bool openLanguageModelSettings() = 0;
 };
 
-[[nodiscard]] std::unique_ptr<Desktop> makeDesktop();
+[[nodiscard]] std::unique_ptr<ExternalPrograms> makeExternalPrograms();
 
 } // namespace quillet

@@ -1,4 +1,4 @@
-#include "platform/Desktop.h"
+#include "platform/ExternalPrograms.h"
 #import "platform/macos/MacSupport.h"
 
 #import <AppKit/AppKit.h>
@@ -6,7 +6,7 @@
 namespace quillet {
 namespace {
 
-class MacDesktop final : public Desktop {
+class MacExternalPrograms final : public ExternalPrograms {
 public:
     void openUrl(const QUrl& url) override { open(QString::fromLatin1(url.toEncoded())); }
     bool openLanguageModelSettings() override {
@@ -22,6 +22,6 @@ private:
 
 } // namespace
 
-std::unique_ptr<Desktop> makeDesktop() { return std::make_unique<MacDesktop>(); }
+std::unique_ptr<ExternalPrograms> makeExternalPrograms() { return std::make_unique<MacExternalPrograms>(); }
 
 } // namespace quillet

@@ -1,4 +1,4 @@
-#include "notes/vault/ThreadConditions.h"
+#include "support/ThreadConditions.h"
 
 #include <array>
 #include <cerrno>
