@@ -146,5 +146,16 @@ TEST_F(TemplateManagerTest, ThePreviewTellsOfTheSampleMeeting) {
               QStringLiteral("[Full transcript would appear here with speaker labels...]").repeated(2));
 }
 
+TEST_F(TemplateManagerTest, FiftyMegabytesOfStoredTemplatesAreReadAndRefused) {
+    std::vector<MeetingTemplate> many(1000, custom("large"));
+    for (MeetingTemplate& each : many) each.content = QStringLiteral("ü{{date}}\n").repeated(4200);
+    const QByteArray json = TemplateRecords::encode(many);
+    ASSERT_GT(json.size(), 50'000'000);
+    defaults.set(DefaultsKeys::customTemplates, json);
+    EXPECT_EQ(TemplateManager(defaults).customTemplates.value(), many);
+    defaults.set(DefaultsKeys::customTemplates, json.chopped(1));
+    EXPECT_TRUE(TemplateManager(defaults).customTemplates.value().empty());
+}
+
 } // namespace
 } // namespace quillet

@@ -11,7 +11,10 @@
 #include <cmath>
 #include <functional>
 #include <future>
+#include <spawn.h>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 
 namespace quillet::test {
 namespace {
@@ -327,6 +330,44 @@ TEST(M4aAssetWriterTest, livesUntilTheCompletionHasReturnedAndEndsAnywhere) {
         EXPECT_EQ(seen.get_future().get(), Status::Completed);
         EXPECT_TRUE(eventually([&] { return weak.expired(); }));
     }
+}
+
+TEST(M4aAssetWriterTest, aKilledProcessLosesLessThanASecond) {
+    constexpr std::int64_t kKillAfter = 160; // blocks: 3.4 s, somewhere between two fragments
+    const TemporaryFolder folder;
+    int ticks[2];
+    ASSERT_EQ(pipe(ticks), 0);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, ticks[1], STDOUT_FILENO);
+    std::string program = QUILLET_RECORD_UNTIL_KILLED;
+    std::string file = (folder / "a.m4a").string();
+    char* const arguments[] = {program.data(), file.data(), nullptr};
+    pid_t child = 0;
+    ASSERT_EQ(posix_spawn(&child, program.c_str(), &actions, nullptr, arguments, environ), 0);
+    posix_spawn_file_actions_destroy(&actions);
+    close(ticks[1]);
+    std::int64_t appended = 0;
+    char tick = 0;
+    while (appended < kKillAfter && read(ticks[0], &tick, 1) == 1) ++appended;
+    const bool seenBeingWritten = recoverRecordings(folder.path()).at(0).kind == RecoveryOutcome::Kind::BeingWritten;
+
+    kill(child, SIGKILL);
+    ASSERT_EQ(waitpid(child, nullptr, 0), child);
+    while (read(ticks[0], &tick, 1) == 1) ++appended;
+    close(ticks[0]);
+
+    ASSERT_GE(appended, kKillAfter);
+    EXPECT_TRUE(seenBeingWritten);
+    const auto outcomes = recoverRecordings(folder.path());
+    ASSERT_EQ(outcomes.size(), 1U);
+    ASSERT_EQ(outcomes[0].kind, RecoveryOutcome::Kind::Repaired) << outcomes[0].reason.toStdString();
+    const std::vector<float> decoded = decode(folder / "a.m4a");
+    const auto kept = static_cast<std::int64_t>(decoded.size() / kBlockSamples);
+    EXPECT_GT(kept, appended - kSampleRateHz / kBlockFrames);
+    EXPECT_DOUBLE_EQ(outcomes[0].durationSeconds, static_cast<double>(kept * kBlockFrames) / kSampleRateHz);
+    EXPECT_LT(worstBlockDb(decoded, testSound(appended)), -15);
+    RecordProperty("lostBlocks", static_cast<int>(appended - kept));
 }
 
 } // namespace
