@@ -333,7 +333,7 @@ TEST_F(TranslatedSettings, folderDialogsAreTranslatable) {
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     const MarkingTranslator marking;
     for (const FolderQuestion& question : chooser.questions) {
-        makeFolderChooser()(question, [](const auto&) {});
+        makeFolderChooser(nullptr)(question, [](const auto&) {});
         for (QWidget* const window : QApplication::topLevelWidgets()) {
             if (!qobject_cast<QFileDialog*>(window)) continue;
             EXPECT_TRUE(isMarked(window->windowTitle())) << window->windowTitle().toStdString();
