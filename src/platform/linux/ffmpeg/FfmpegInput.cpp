@@ -2,11 +2,14 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <string>
 
 namespace quillet {
 namespace {
 
 constexpr int kBufferBytes = 64 * 1024;
+constexpr int kPacketBytes = 64 * 1024;
+constexpr int kProbedPackets = 2;
 
 Failure<PlatformError> clause(const QString& text, int code = 0) { return Failure{PlatformError{code, text}}; }
 
@@ -43,8 +46,16 @@ Result<void> FfmpegInput::openFormat(const std::filesystem::path& path) {
     m_format->io_open = &openNothingElse;
     // One packet of a WAV file is 4 KiB unless told otherwise, which makes reading it twice as dear; and 2,500 of them
     // are looked through for disguised DTS. Demuxers for lists of files go round io_open, but not round the whitelist.
-    libav::Options options{{"max_size", "65536"}, {"max_probe_packets", "2"}, {"protocol_whitelist", "none"}};
+    const std::string packetBytes = std::to_string(kPacketBytes), probedPackets = std::to_string(kProbedPackets);
+    libav::Options options{{"max_size", packetBytes.c_str()},
+                           {"max_probe_packets", probedPackets.c_str()},
+                           {"protocol_whitelist", "none"}};
     int error = avformat_open_input(&m_format, path.filename().c_str(), nullptr, options.get());
+    // A header that announces plain samples says all that there is to know about them, and the packets that are looked
+    // through for DTS are enough; the library would keep six seconds of sound in memory to be sure.
+    if (error >= 0 && m_format->nb_streams == 1 &&
+        av_get_exact_bits_per_sample(m_format->streams[0]->codecpar->codec_id) > 0)
+        m_format->probesize = kProbedPackets * kPacketBytes;
     if (error >= 0) error = avformat_find_stream_info(m_format, nullptr);
     if (error == AVERROR(EIO)) return cannotRead(EIO);
     // Below the certainty that a file's name alone gives, the library takes any text for speech in some raw format.
