@@ -48,6 +48,10 @@
         <translation>Die Aufnahmedatei konnte nicht eingerichtet werden.</translation>
     </message>
     <message>
+        <source>The recording ended because its file has reached the largest size that its folder allows.</source>
+        <translation>Die Aufnahme wurde beendet, weil ihre Datei so groß ist, wie es ihr Ordner zulässt.</translation>
+    </message>
+    <message>
         <source>Could not create Recordings folder: </source>
         <translation>Der Aufnahmeordner konnte nicht angelegt werden: </translation>
     </message>

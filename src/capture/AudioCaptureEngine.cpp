@@ -135,12 +135,14 @@ void AudioCaptureEngine::performStopRecording() {
         setRecordingOnMain(false, std::nullopt);
         return;
     }
-    m_stream->stopCapture([weak = weak_from_this()](const std::optional<PlatformError>&) {
-        if (const auto engine = weak.lock()) engine->streamDidStop();
+    m_stream->stopCapture([weak = weak_from_this(), raw = m_stream.get()](const std::optional<PlatformError>&) {
+        if (const auto engine = weak.lock()) engine->streamDidStop(raw);
     });
 }
 
-void AudioCaptureEngine::streamDidStop() {
+/// Comes twice when the user stops a recording that a full disk is ending already.
+void AudioCaptureEngine::streamDidStop(const SystemAudioStream* stream) {
+    if (stream != m_stream.get()) return;
     m_stream.reset();
     m_mixer.tearDownMixer();
     finalizeWriter();

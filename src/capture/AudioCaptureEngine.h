@@ -87,8 +87,9 @@ public:
     [[nodiscard]] bool canTakeBlocks(std::int64_t blocks) const;
     [[nodiscard]] SerialQueue& queue() { return m_queue; }
 
-    /// Waits until no recording is being finished any more, its note included. Not on the main thread while its event
-    /// loop is needed by the note.
+    /// Waits until no recording is being finished any more, its note included, and whatever went wrong with it is on
+    /// its way to the main thread. Not on the capture queue, nor on the main thread while its event loop is needed by
+    /// the note.
     void waitUntilFinished();
 
 private:
@@ -99,7 +100,7 @@ private:
     void continueWithContent(const Result<std::optional<ShareableContent>>& content);
     void streamDidStart(const std::optional<PlatformError>& error);
     void performStopRecording();
-    void streamDidStop();
+    void streamDidStop(const SystemAudioStream* stream);
 
     bool prepareForBlocks() override;
     bool isReadyForBlock() override;
@@ -107,7 +108,7 @@ private:
     bool setupWriterAndInputFromFirstMixedBlock();
     bool setupWriter(const std::filesystem::path& candidate);
     static std::optional<SampleBuffer> createPCMSampleBuffer(const MixedBlock& block, FramePos ptsFrame);
-    void writingWasInterrupted(const AssetWriter* writer);
+    void writingWasInterrupted(const AssetWriter* writer, const PlatformError& error);
     void finalizeWriter();
     void writerDidFinish(AssetWriterStatus status, const std::filesystem::path& recording, bool makeNote);
 

@@ -4,6 +4,7 @@
 #include "capture/AudioCaptureEngine.h"
 #include "support/MainThread.h"
 
+#include <cerrno>
 #include <system_error>
 
 namespace quillet {
@@ -45,6 +46,7 @@ bool AudioCaptureEngine::setupWriterAndInputFromFirstMixedBlock() {
     const auto fallback = m_host->generateFileURLInApplicationSupport();
     if (!fallback || fallback.value() == m_outputURL || !setupWriter(*fallback)) return false;
     setOutputURL(*fallback);
+    m_host->recordingStartsIn(fallback->parent_path());
     return true;
 }
 
@@ -55,9 +57,9 @@ bool AudioCaptureEngine::setupWriter(const std::filesystem::path& candidate) {
         (*writer)->cancelWriting();
         return false;
     }
-    (*writer)->setInterruptionHandler([weak = weak_from_this(), raw = writer->get()](const PlatformError&) {
+    (*writer)->setInterruptionHandler([weak = weak_from_this(), raw = writer->get()](const PlatformError& error) {
         if (const auto engine = weak.lock())
-            engine->onQueue([raw](AudioCaptureEngine& self) { self.writingWasInterrupted(raw); });
+            engine->onQueue([raw, error](AudioCaptureEngine& self) { self.writingWasInterrupted(raw, error); });
     });
     (*writer)->startWriting();
     (*writer)->startSession({0, kSampleRateHz});
@@ -74,9 +76,11 @@ std::optional<SampleBuffer> AudioCaptureEngine::createPCMSampleBuffer(const Mixe
 }
 
 /// The disk is full or gone: the file ends here. Going on would show a recording that is none.
-void AudioCaptureEngine::writingWasInterrupted(const AssetWriter* writer) {
+void AudioCaptureEngine::writingWasInterrupted(const AssetWriter* writer, const PlatformError& error) {
     alertOnMain(&Host::showDiskFull);
-    setErrorOnMain(RecordingFileManagerError::insufficientDiskSpace(0).errorDescription());
+    setErrorOnMain(error.code == EFBIG ? QStringLiteral("The recording ended because its file has reached the largest "
+                                                        "size that its folder allows.")
+                                       : RecordingFileManagerError::insufficientDiskSpace(0).errorDescription());
     if (writer == m_assetWriter.get()) performStopRecording(); // else that recording has been stopped already
 }
 
@@ -114,8 +118,11 @@ void AudioCaptureEngine::writerDidFinish(AssetWriterStatus status, const std::fi
 }
 
 void AudioCaptureEngine::waitUntilFinished() {
-    std::unique_lock lock(m_finishingMutex);
-    m_finishingDone.wait(lock, [this] { return m_finishing == 0; });
+    {
+        std::unique_lock lock(m_finishingMutex);
+        m_finishingDone.wait(lock, [this] { return m_finishing == 0; });
+    }
+    m_queue.sync([] {}); // a file that ended early says so by way of this queue
 }
 
 } // namespace quillet

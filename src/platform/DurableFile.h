@@ -21,7 +21,7 @@ public:
     /// After a failure any part of the bytes may have arrived.
     [[nodiscard]] virtual Result<void> writeAt(std::int64_t offset, std::span<const std::byte> bytes) = 0;
     /// Makes sure that writing up to this offset will not run out of space, without changing the size. Succeeds, and
-    /// promises nothing, where the file system has no such service.
+    /// promises nothing, where the file system has no such service. EFBIG when the file may not become that long.
     [[nodiscard]] virtual Result<void> reserve(std::int64_t upTo) = 0;
     /// Sets the size and gives back whatever is reserved beyond it.
     [[nodiscard]] virtual Result<void> truncate(std::int64_t size) = 0;

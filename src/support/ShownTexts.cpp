@@ -20,6 +20,8 @@ constexpr const char* kTexts[] = {
     QT_TRANSLATE_NOOP("Messages", "Failed to add stream output: "),
     QT_TRANSLATE_NOOP("Messages", "Stream start failed: "),
     QT_TRANSLATE_NOOP("Messages", "Failed to setup audio writer."),
+    QT_TRANSLATE_NOOP("Messages",
+                      "The recording ended because its file has reached the largest size that its folder allows."),
     // The recordings folder
     QT_TRANSLATE_NOOP("Messages", "Could not create Recordings folder: "),
     QT_TRANSLATE_NOOP("Messages", "Not enough disk space to record. Free some space and try again."),

@@ -169,6 +169,7 @@ TEST_F(AudioCaptureEngineTest, AFileThatCannotBeMadeIsMadeInTheDefaultFolder) {
     stop();
     EXPECT_EQ(engine->outputURL.value(), std::filesystem::path("/support/Meeting.m4a"));
     EXPECT_TRUE(host->has("complete /support/Meeting.m4a"));
+    EXPECT_TRUE(host->has("starts in /support")) << "leftovers there are repaired as well";
 }
 
 TEST_F(AudioCaptureEngineTest, AFileThatCannotBeMadeAnywhereIsTriedOnceAndSaid) {
@@ -268,7 +269,22 @@ TEST_F(AudioCaptureEngineTest, AFullDiskEndsTheRecordingAndSaysSo) {
     writers->files.at(0)->interrupted(PlatformError::fromErrno(EIO)); // a late word about the file of before
     settle();
     EXPECT_TRUE(engine->isRecording.value());
-    stop();
+
+    // The user stops at the same moment.
+    int ends = 0;
+    QObject watcher;
+    engine->isRecording.subscribe(&watcher, [&ends](bool recording) { ends += recording ? 0 : 1; });
+    engine->queue().sync([this] {
+        writers->files.at(1)->interrupted(PlatformError::fromErrno(EFBIG));
+        engine->stopRecording();
+    });
+    settle();
+    engine->waitUntilFinished();
+    settle();
+    EXPECT_EQ(ends, 1) << "a second end would be taken for that of the next recording";
+    EXPECT_EQ(engine->lastError.value(),
+              QStringLiteral("The recording ended because its file has reached the largest size that its folder "
+                             "allows."));
 }
 
 TEST_F(AudioCaptureEngineTest, ARecordingThatIsAbandonedEndsItsSources) {

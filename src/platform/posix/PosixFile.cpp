@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <ctime>
 #include <fcntl.h>
+#include <sys/resource.h>
 
 namespace quillet {
 namespace {
@@ -17,6 +18,13 @@ Failure<PlatformError> failure(int error) { return Failure{PlatformError::fromEr
 /// Says that a service is missing here, not that it failed.
 bool isUnsupported(int error) {
     return error == EOPNOTSUPP || error == ENOSYS || error == EINVAL || error == ENODEV || error == EPERM;
+}
+
+/// Whether this process may make a file of that size, as far as it is told. A file system's own limit shows when space
+/// is asked for beyond it.
+bool isAllowedSize(std::int64_t size) {
+    rlimit limit{};
+    return getrlimit(RLIMIT_FSIZE, &limit) != 0 || static_cast<rlim_t>(size) <= limit.rlim_cur;
 }
 
 // Systems older than these locks judge by the time of the last change alone.
@@ -72,6 +80,7 @@ Result<void> PosixFile::writeAt(std::int64_t offset, std::span<const std::byte> 
 
 Result<void> PosixFile::reserve(std::int64_t upTo) {
     if (upTo <= m_reservedUpTo) return {};
+    if (!isAllowedSize(upTo)) return failure(EFBIG);
     const auto have = size();
     if (!have) return Failure{have.error()};
     const std::int64_t from = std::max(m_reservedUpTo, *have);
