@@ -17,7 +17,7 @@ int settings(const QStringList& arguments);
 int summarise(const QStringList& arguments);
 int templates(const QStringList& arguments);
 
-/// One line on standard output or standard error.
+/// One line on standard output or standard error. What standard output does not take is complained of.
 void print(const QString& line);
 void complain(const QString& sentence);
 

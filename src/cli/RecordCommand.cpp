@@ -31,6 +31,13 @@ constexpr FrameCount kNoticeableSilence = 10s;
 
 fs::path toPath(const QString& text) { return QFile::encodeName(text).toStdString(); }
 QString toText(const fs::path& path) { return QFile::decodeName(path.c_str()); }
+/// Absolute, as far as there is a working folder, and without a slash at the end.
+fs::path wholePath(const fs::path& folder) {
+    std::error_code error;
+    const fs::path absolute = fs::absolute(folder, error);
+    const fs::path& path = error ? folder : absolute;
+    return path.has_filename() ? path : path.parent_path();
+}
 double seconds(FrameCount frames) { return std::chrono::duration<double>(frames).count(); }
 
 /// One recording from the command line, from start to exit status. Main thread.
@@ -40,7 +47,7 @@ public:
 
     int run() {
         if (!openSources()) return Failed;
-        if (!m_options.folder.isEmpty()) m_files.setCustomRecordingsDirectory(fs::absolute(toPath(m_options.folder)));
+        if (m_wantedFolder) m_files.setCustomRecordingsDirectory(m_wantedFolder);
         const TerminationRequests signals([this] { m_control->stop(); });
         observe();
         m_control->start();
@@ -59,9 +66,11 @@ private:
     void showProgress();
     void finish();
     void report(const fs::path& path);
-    [[nodiscard]] QStringList warnings(const CaptureStatistics& statistics) const;
+    [[nodiscard]] QStringList warnings(const CaptureStatistics& statistics, const fs::path& path) const;
 
     const RecordOptions m_options;
+    const std::optional<fs::path> m_wantedFolder =
+        m_options.folder.isEmpty() ? std::nullopt : std::optional(wholePath(toPath(m_options.folder)));
     MemoryUserDefaults m_folderForThisRun;
     RecordingFileManager m_files{FileServices::standard(),
                                  m_options.folder.isEmpty() ? UserDefaults::standard() : m_folderForThisRun};
@@ -154,7 +163,11 @@ void RecordSession::phaseChanged(RecordingControl::Phase phase) {
             MainThread::post([this] { finish(); });
         });
     } else if (phase == Phase::Idle && m_error) {
-        complain(shownText(*m_error));
+        const bool outputIsMissing = *m_error == QLatin1String("No display available for system audio capture.");
+        complain(outputIsMissing && !m_options.system.device.isEmpty()
+                     ? QStringLiteral("There is no output named “%1”; “quillet devices” lists those that there are.")
+                           .arg(m_options.system.device)
+                     : shownText(*m_error));
         QCoreApplication::exit(Failed);
     }
 }
@@ -187,11 +200,15 @@ void RecordSession::showProgress() {
 
 void RecordSession::finish() {
     m_progress.finish();
-    if (m_saved) {
+    std::error_code ignored;
+    if (m_saved && fs::exists(*m_saved, ignored)) {
         report(*m_saved);
         return QCoreApplication::exit(Done);
     }
-    if (!m_error) {
+    if (m_saved) {
+        complain(QStringLiteral("The recording is not there any more: somebody moved or deleted %1 meanwhile.")
+                     .arg(toText(*m_saved)));
+    } else if (!m_error) {
         complain(m_engine->statistics().mixed.count() == 0
                      ? QStringLiteral("Nothing was recorded: the recording ended before any sound had arrived.")
                      : QStringLiteral("The recording could not be finished; “quillet recover” may still repair it."));
@@ -199,8 +216,9 @@ void RecordSession::finish() {
     QCoreApplication::exit(Failed);
 }
 
-QStringList RecordSession::warnings(const CaptureStatistics& statistics) const {
+QStringList RecordSession::warnings(const CaptureStatistics& statistics, const fs::path& path) const {
     QStringList sentences;
+    std::error_code ignored;
     const auto addSilence = [&](const QString& source, const SourceStatistics& side) {
         if (side.longestSilence >= kNoticeableSilence)
             sentences += QStringLiteral("The %1 delivered only digital silence for %2 s.")
@@ -217,19 +235,19 @@ QStringList RecordSession::warnings(const CaptureStatistics& statistics) const {
             QStringLiteral("The recording was saved, but no note could be made: %1 “quillet notes create” with "
                            "the recording makes it later.")
                 .arg(m_noteOutcome->reason);
+    if (m_wantedFolder && !fs::equivalent(*m_wantedFolder, path.parent_path(), ignored))
+        sentences += QStringLiteral("The folder %1 could not be used; the recording is in %2.")
+                         .arg(m_options.folder, toText(path.parent_path()));
     if (m_error) sentences += shownText(*m_error);
     return sentences;
 }
 
 void RecordSession::report(const fs::path& path) {
     const CaptureStatistics statistics = m_engine->statistics();
-    const QStringList sentences = warnings(statistics);
+    const QStringList sentences = warnings(statistics, path);
     for (const QString& sentence : sentences) {
         if (!m_error || sentence != shownText(*m_error)) complain(sentence);
     }
-    if (!m_options.folder.isEmpty() && path.parent_path() != fs::absolute(toPath(m_options.folder)).lexically_normal())
-        complain(QStringLiteral("The folder %1 could not be used; the recording is in %2.")
-                     .arg(m_options.folder, toText(path.parent_path())));
     if (!m_options.json) return print(toText(path));
     const QJsonObject result{
         {QStringLiteral("path"), toText(path)},

@@ -54,6 +54,11 @@ int recover(const QStringList& arguments) {
             complain(QStringLiteral("%1 is not a folder.").arg(QFile::decodeName(folder.c_str())));
             return Failed;
         }
+        if (fs::directory_iterator(folder, error); error) {
+            complain(QStringLiteral("%1 cannot be read: %2.")
+                         .arg(QFile::decodeName(folder.c_str()), PlatformError::fromErrno(error.value()).description));
+            allRepaired = false;
+        }
         for (const RecoveryOutcome& outcome : recoverRecordings(folder)) {
             print(describe(outcome));
             allRepaired = allRepaired && outcome.kind != RecoveryOutcome::Kind::NotRepaired;

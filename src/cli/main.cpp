@@ -73,18 +73,26 @@ bool asksForTheWindows(int argc, char** argv) {
 
 } // namespace
 
-void print(const QString& line) { QTextStream(stdout) << line << '\n'; }
+void print(const QString& line) {
+    const QByteArray bytes = line.toUtf8() + '\n';
+    const auto size = static_cast<std::size_t>(bytes.size());
+    if (std::fwrite(bytes.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0) return;
+    complain(QStringLiteral("This could not be written to standard output: ") + line);
+}
 void complain(const QString& sentence) { QTextStream(stderr) << "quillet: " << sentence << '\n'; }
 
 } // namespace quillet::cli
 
 int main(int argc, char** argv) {
-    quillet::keepNewFilesPrivate();
+    quillet::prepareProcess();
     // Without a command this is the tray application, a program of its own with its windows.
     if (quillet::cli::asksForTheWindows(argc, argv)) quillet::becomeCompanion("quillet-tray", argv);
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("quillet"));
     QCoreApplication::setApplicationVersion(QStringLiteral(QUILLET_VERSION));
     quillet::installPlatformWording(application); // the commands speak English
-    return quillet::cli::run(QCoreApplication::arguments());
+    const int status = quillet::cli::run(QCoreApplication::arguments());
+    // A recording that is saved counts as such, wherever its path went.
+    const bool sayingIsAll = QCoreApplication::arguments().value(1) != QLatin1String("record");
+    return status == quillet::cli::Done && sayingIsAll && std::ferror(stdout) ? quillet::cli::Failed : status;
 }

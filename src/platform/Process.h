@@ -6,8 +6,10 @@
 
 namespace quillet {
 
-/// Files and folders that this process makes from now on are their owner's only. Before any thread is started.
-void keepNewFilesPrivate();
+/// Readies the process, first thing in main(). From then on the files and folders that it makes are their owner's only;
+/// what is printed to a standard stream that the caller has closed goes nowhere, instead of into whichever file would
+/// get its number; and a limit on the size of files is an error of the write that meets it, not the end of the process.
+void prepareProcess();
 
 /// Whether standard error is shown on a terminal that can rewrite a line.
 [[nodiscard]] bool standardErrorIsTerminal();
@@ -16,8 +18,9 @@ void keepNewFilesPrivate();
 /// private folder. Returns only when there is none. Before any thread is started.
 void becomeCompanion(const char* program, char** arguments);
 
-/// Calls the handler on the main thread each time the user or the system asks the process to end (Ctrl-C, termination).
-/// One for the life of the process, made on the main thread after the application object.
+/// Calls the handler on the main thread each time the user or the system asks the process to end (Ctrl-C, termination,
+/// the terminal going away unless the process was told to outlive it). While it lives, nobody reading what is printed
+/// any more is no reason to end. One for the life of the process, made on the main thread after the application object.
 class TerminationRequests : public QObject {
 public:
     explicit TerminationRequests(std::function<void()> handler);

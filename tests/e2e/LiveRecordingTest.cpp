@@ -83,6 +83,9 @@ TEST_P(LiveRecordingTest, TheRecordingGoesOnWhileTheServerRestarts) {
 }
 
 TEST_P(LiveRecordingTest, WithoutServerOrDevicesTheReasonIsOneSentence) {
+    EXPECT_EQ(quillet.run({u"record"_s, u"--system"_s, u"nosuch"_s, u"--duration"_s, u"2"_s}), 1);
+    EXPECT_TRUE(quillet.errors.contains(u"no output named “nosuch”"_s)) << quillet.errors.toStdString();
+
     server->control({u"set-default-source"_s, u"speakers.monitor"_s});
     server->control({u"unload-module"_s, u"module-remap-source"_s});
     EXPECT_EQ(quillet.run({u"record"_s, u"--duration"_s, u"2"_s}), 1);

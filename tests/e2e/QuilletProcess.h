@@ -34,6 +34,14 @@ public:
         process.start(QStringLiteral(QUILLET_BINARY), arguments);
         ASSERT_TRUE(process.waitForStarted());
     }
+    /// From a shell, as the script's "$@".
+    void startByShell(const QString& script, const QStringList& arguments) {
+        process.setProcessEnvironment(m_environment);
+        process.start(QStringLiteral("/bin/sh"),
+                      QStringList{QStringLiteral("-c"), script, QStringLiteral("sh"), QStringLiteral(QUILLET_BINARY)} +
+                          arguments);
+        ASSERT_TRUE(process.waitForStarted());
+    }
     /// The exit status; -1 when it did not end in time or was killed.
     int finish(int deadlineMs = 60000) {
         if (!process.waitForFinished(deadlineMs)) return -1;

@@ -3,6 +3,8 @@
 #include "support/WavFile.h"
 
 #include <QElapsedTimer>
+#include <QFile>
+#include <QJsonArray>
 
 #include <csignal>
 #include <gmock/gmock.h>
@@ -138,15 +140,17 @@ TEST_F(RecordCommandTest, ARecordingAlwaysFindsAFolder) {
     } rows[] = {
         {"a missing one is made", quillet.folder(u"new/deep er"_s), true},
         {"any script", quillet.folder(u"会議 – مقابلة 🎙"_s), true},
+        {"a slash at the end, and detours", quillet.folder(u"new/../new/./deep er/"_s), true},
         {"a file in its place", asFile, false},
         {"where nobody may write", u"/proc/quillet"_s, false},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        ASSERT_EQ(quillet.run(recordFiles({u"--as-fast-as-possible"_s, u"--folder"_s, row.folder})), 0);
-        const QFileInfo saved(quillet.output.trimmed());
-        EXPECT_EQ(saved.path(), row.usable ? row.folder : quillet.defaultFolder());
-        EXPECT_EQ(quillet.errors.contains(u"could not be used"_s), !row.usable);
+        ASSERT_EQ(quillet.run(recordFiles({u"--as-fast-as-possible"_s, u"--json"_s, u"--folder"_s, row.folder})), 0);
+        const QFileInfo saved(quillet.json()[u"path"_s].toString());
+        EXPECT_EQ(saved.canonicalPath(), QDir(row.usable ? row.folder : quillet.defaultFolder()).canonicalPath());
+        EXPECT_EQ(quillet.errors.contains(u"could not be used"_s), !row.usable) << quillet.errors.toStdString();
+        EXPECT_EQ(quillet.json()[u"warnings"_s].toArray().size(), row.usable ? 0 : 1);
         EXPECT_FALSE(decode(saved.filePath()).empty());
     }
     EXPECT_EQ(quillet.run({u"record"_s, u"--help"_s}), 0);
@@ -190,6 +194,36 @@ TEST_F(RecordCommandTest, InterruptAndTerminateFinishTheFileCleanly) {
         EXPECT_EQ(decode(result[u"path"_s].toString()).size(),
                   2U * static_cast<std::size_t>(result[u"frames"_s].toInt()));
     }
+}
+
+TEST_F(RecordCommandTest, WhatBecomesOfItsTerminalAndItsReadersIsNoneOfItsBusiness) {
+    const QString folder = quillet.folder(u"alone"_s);
+    quillet.startByShell(u"trap '' HUP; exec \"$@\" <&- >&- 2>&-"_s, recordFiles({u"--folder"_s, folder}));
+    ASSERT_FALSE(waitForFile(folder, 20000).isEmpty());
+    const auto pid = static_cast<pid_t>(quillet.process.processId());
+    for (const int number : {0, 1, 2})
+        EXPECT_EQ(QFile::symLinkTarget(u"/proc/%1/fd/%2"_s.arg(pid).arg(number)), u"/dev/null"_s);
+    ::kill(pid, SIGHUP);
+    EXPECT_EQ(quillet.finish(), 0);
+    EXPECT_EQ(decode(QDir(folder).entryInfoList(QDir::Files).at(0).filePath()).size(), 2U * 141 * 1024);
+
+    for (const QString& script :
+         {u"{ \"$@\"; echo \"status $?\" >&2; } | true"_s, u"\"$@\" >/dev/full; echo \"status $?\" >&2"_s}) {
+        quillet.startByShell(script, recordFiles({u"--as-fast-as-possible"_s, u"--folder"_s, folder}));
+        quillet.finish();
+        EXPECT_TRUE(quillet.errors.contains(folder + u"/Meeting_"_s)) << quillet.errors.toStdString();
+        EXPECT_TRUE(quillet.errors.endsWith(u"status 0\n"_s)) << quillet.errors.toStdString();
+    }
+}
+
+TEST_F(RecordCommandTest, ARecordingThatSomebodyDeletesIsNotCalledSaved) {
+    const QString folder = quillet.folder(u"deleted"_s);
+    quillet.start(recordFiles({u"--folder"_s, folder}));
+    ASSERT_FALSE(waitForFile(folder, 20000).isEmpty());
+    ASSERT_TRUE(QDir(folder).removeRecursively());
+    EXPECT_EQ(quillet.finish(), 1);
+    EXPECT_TRUE(quillet.errors.contains(u"moved or deleted"_s)) << quillet.errors.toStdString();
+    EXPECT_TRUE(quillet.output.isEmpty());
 }
 
 TEST_F(RecordCommandTest, AKilledRecordingIsRepairedUpToItsLastSecond) {
@@ -253,6 +287,25 @@ TEST_F(RecordCommandTest, AFullVolumeEndsInAFileThatPlaysAndASentence) {
         << quillet.errors.toStdString();
     filler.remove();
     umount2(volume.toUtf8().constData(), MNT_DETACH);
+}
+
+TEST_F(RecordCommandTest, ALimitOnTheSizeOfFilesEndsInAFinishedFileAndASentence) {
+    writeWav(system(), 2, 48000, 10 * 48000, [](qint64 frame, int) { return ((frame * 7919) % 8192) / 8192.0 - 0.5; });
+    const QString folder = quillet.folder(u"limited"_s);
+    const QStringList arguments = recordFiles({u"--as-fast-as-possible"_s, u"--folder"_s, folder});
+    const QString sentence = u"its file has reached the largest size"_s;
+
+    quillet.startByShell(u"ulimit -f 900; exec \"$@\""_s, arguments); // of 512 bytes
+    EXPECT_EQ(quillet.finish(), 0);
+    EXPECT_TRUE(quillet.errors.contains(sentence)) << quillet.errors.toStdString();
+    const QString saved = quillet.output.trimmed();
+    EXPECT_GT(decode(saved).size(), 2U * 48000);
+    ASSERT_EQ(quillet.run({u"recover"_s, u"--folder"_s, folder}), 0);
+    EXPECT_TRUE(quillet.output.isEmpty()) << "nothing was left to finish";
+
+    quillet.startByShell(u"ulimit -f 0; exec \"$@\""_s, arguments);
+    EXPECT_EQ(quillet.finish(), 1);
+    EXPECT_TRUE(quillet.errors.contains(sentence)) << quillet.errors.toStdString();
 }
 
 } // namespace

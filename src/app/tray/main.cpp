@@ -9,7 +9,7 @@
 #include <cstdlib>
 
 int main(int argc, char** argv) {
-    quillet::keepNewFilesPrivate();
+    quillet::prepareProcess();
     if (const QString why = quillet::whyNoDisplay(); !why.isEmpty()) {
         std::fprintf(stderr, "quillet: %s “quillet record” records without one.\n", qUtf8Printable(why));
         return EXIT_FAILURE;

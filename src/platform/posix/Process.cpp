@@ -5,6 +5,7 @@
 #include <QSocketNotifier>
 
 #include <csignal>
+#include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,9 +21,31 @@ void noteSignal(int) {
     [[maybe_unused]] const auto written = write(signalPipe[1], &byte, 1);
 }
 
+/// Unlike an ignored signal, one that is caught does its usual work again in the programs that this one starts.
+void letPass(int) {}
+
+void handle(int signal, void (*handler)(int)) {
+    struct sigaction action {};
+    action.sa_handler = handler;
+    action.sa_flags = SA_RESTART;
+    sigaction(signal, &action, nullptr);
+}
+
+bool isIgnored(int signal) {
+    struct sigaction present {};
+    return sigaction(signal, nullptr, &present) == 0 && present.sa_handler == SIG_IGN;
+}
+
 } // namespace
 
-void keepNewFilesPrivate() { umask(077); }
+void prepareProcess() {
+    umask(077);
+    int number = 0;
+    do number = open("/dev/null", O_RDWR);
+    while (number >= 0 && number <= STDERR_FILENO);
+    if (number >= 0) close(number);
+    handle(SIGXFSZ, letPass);
+}
 
 bool standardErrorIsTerminal() { return isatty(STDERR_FILENO) == 1; }
 
@@ -44,14 +67,15 @@ TerminationRequests::TerminationRequests(std::function<void()> handler) {
         }
         handler();
     });
-    struct sigaction action {};
-    action.sa_handler = noteSignal;
-    action.sa_flags = SA_RESTART;
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaction(signal, &action, nullptr);
+    for (const int signal : {SIGINT, SIGTERM}) handle(signal, noteSignal);
+    if (!isIgnored(SIGHUP)) handle(SIGHUP, noteSignal);
+    handle(SIGPIPE, letPass);
 }
 
 TerminationRequests::~TerminationRequests() {
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, SIG_DFL);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
+        if (!isIgnored(signal)) std::signal(signal, SIG_DFL);
+    }
     for (int& end : signalPipe) close(std::exchange(end, -1));
 }
 
