@@ -55,9 +55,9 @@ bool AudioCaptureEngine::setupWriter(const std::filesystem::path& candidate) {
         (*writer)->cancelWriting();
         return false;
     }
-    (*writer)->setInterruptionHandler([weak = weak_from_this(), raw = writer->get()](const PlatformError&) {
+    (*writer)->setInterruptionHandler([weak = weak_from_this(), number = ++m_writersMade](const PlatformError&) {
         if (const auto engine = weak.lock())
-            engine->onQueue([raw](AudioCaptureEngine& self) { self.writingWasInterrupted(raw); });
+            engine->onQueue([number](AudioCaptureEngine& self) { self.writingWasInterrupted(number); });
     });
     (*writer)->startWriting();
     (*writer)->startSession({0, kSampleRateHz});
@@ -74,10 +74,10 @@ std::optional<SampleBuffer> AudioCaptureEngine::createPCMSampleBuffer(const Mixe
 }
 
 /// The disk is full or gone: the file ends here. Going on would show a recording that is none.
-void AudioCaptureEngine::writingWasInterrupted(const AssetWriter* writer) {
+void AudioCaptureEngine::writingWasInterrupted(std::int64_t writerNumber) {
     alertOnMain(&Host::showDiskFull);
     setErrorOnMain(RecordingFileManagerError::insufficientDiskSpace(0).errorDescription());
-    if (writer == m_assetWriter.get()) performStopRecording(); // else that recording has been stopped already
+    if (m_assetWriter && writerNumber == m_writersMade) performStopRecording(); // else that one has stopped already
 }
 
 void AudioCaptureEngine::finalizeWriter() {
