@@ -39,8 +39,9 @@ LinuxPermissionServices::LinuxPermissionServices(std::shared_ptr<MicrophoneSourc
     : m_microphone(std::move(microphone)) {}
 
 bool LinuxPermissionServices::preflightScreenCaptureAccess() {
+    const bool denied = m_denied; // the last answer, however quick the next one is
     if (!m_asking.exchange(true)) ask({});
-    return !m_denied;
+    return !denied;
 }
 
 AuthorizationStatus LinuxPermissionServices::microphoneAuthorizationStatus() {
