@@ -6,6 +6,8 @@
 #include "platform/StandardFolders.h"
 #include "platform/SystemNotes.h"
 
+#include <utility>
+
 namespace quillet {
 namespace {
 
@@ -76,10 +78,17 @@ std::shared_ptr<NotesApplication> makeNotesApplication(const UserDefaults& defau
     return std::make_shared<ChosenNotesApplication>(defaults);
 }
 
-NotesServices::NotesServices(const UserDefaults& defaults, std::function<bool()> isAutomationGranted)
-    : application(makeNotesApplication(defaults)),
+NotesServices::NotesServices(const UserDefaults& userDefaults, std::function<bool()> isAutomationGranted)
+    : defaults(userDefaults),
+      application(makeNotesApplication(defaults)),
       integrator(application, defaults, std::move(isAutomationGranted)),
       pending(dataFolder()),
       recordings(integrator, pending) {}
+
+std::optional<CreateNoteResult> NotesServices::makeNote(const std::filesystem::path& recording, WallTime completedAt) {
+    if (const auto outcome = recordings.makeNote(recording, completedAt)) return toCreateNoteResult(*outcome);
+    const bool isChosen = defaults.string(DefaultsKeys::notesApplication).has_value() || !systemNotes();
+    return isChosen ? std::optional(CreateNoteResult{}) : std::nullopt;
+}
 
 } // namespace quillet

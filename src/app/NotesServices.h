@@ -6,7 +6,9 @@
 #include "platform/NotesApplication.h"
 #include "support/UserDefaults.h"
 
+#include <filesystem>
 #include <memory>
+#include <optional>
 
 namespace quillet {
 
@@ -19,6 +21,12 @@ struct NotesServices {
     /// isAutomationGranted is asked on the main thread, before anything is listed without the user asking for it.
     NotesServices(const UserDefaults& defaults, std::function<bool()> isAutomationGranted);
 
+    /// For a recording that has just ended. That there is no notes application is nothing to report where the system
+    /// brings one and nobody chose another, and a failure elsewhere. Blocks; a worker's.
+    [[nodiscard]] std::optional<CreateNoteResult> makeNote(const std::filesystem::path& recording,
+                                                           WallTime completedAt);
+
+    const UserDefaults& defaults;
     const std::shared_ptr<NotesApplication> application;
     const NoteIntegrator integrator;
     PendingNotes pending;

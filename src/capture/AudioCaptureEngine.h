@@ -108,7 +108,7 @@ private:
     bool setupWriterAndInputFromFirstMixedBlock();
     bool setupWriter(const std::filesystem::path& candidate);
     static std::optional<SampleBuffer> createPCMSampleBuffer(const MixedBlock& block, FramePos ptsFrame);
-    void writingWasInterrupted(const AssetWriter* writer, const PlatformError& error);
+    void writingWasInterrupted(std::int64_t writerNumber, const PlatformError& error);
     void finalizeWriter();
     void writerDidFinish(AssetWriterStatus status, const std::filesystem::path& recording, bool makeNote);
 
@@ -129,6 +129,7 @@ private:
     std::unique_ptr<MicrophoneSession> m_captureSession;
     std::shared_ptr<SystemAudioStream> m_stream;
     std::shared_ptr<AssetWriter> m_assetWriter;
+    std::int64_t m_writersMade = 0;    ///< names the newest; an address could be that of an earlier one
     std::int64_t m_writerCapacity = 0; ///< blocks in its queue when that is full
     std::optional<std::filesystem::path> m_outputURL;
     bool m_hasReceivedFirstBuffer = false;

@@ -57,9 +57,9 @@ bool AudioCaptureEngine::setupWriter(const std::filesystem::path& candidate) {
         (*writer)->cancelWriting();
         return false;
     }
-    (*writer)->setInterruptionHandler([weak = weak_from_this(), raw = writer->get()](const PlatformError& error) {
+    (*writer)->setInterruptionHandler([weak = weak_from_this(), number = ++m_writersMade](const PlatformError& error) {
         if (const auto engine = weak.lock())
-            engine->onQueue([raw, error](AudioCaptureEngine& self) { self.writingWasInterrupted(raw, error); });
+            engine->onQueue([number, error](AudioCaptureEngine& self) { self.writingWasInterrupted(number, error); });
     });
     (*writer)->startWriting();
     (*writer)->startSession({0, kSampleRateHz});
@@ -76,12 +76,12 @@ std::optional<SampleBuffer> AudioCaptureEngine::createPCMSampleBuffer(const Mixe
 }
 
 /// The disk is full or gone: the file ends here. Going on would show a recording that is none.
-void AudioCaptureEngine::writingWasInterrupted(const AssetWriter* writer, const PlatformError& error) {
+void AudioCaptureEngine::writingWasInterrupted(std::int64_t writerNumber, const PlatformError& error) {
     alertOnMain(&Host::showDiskFull);
     setErrorOnMain(error.code == EFBIG ? QStringLiteral("The recording ended because its file has reached the largest "
                                                         "size that its folder allows.")
                                        : RecordingFileManagerError::insufficientDiskSpace(0).errorDescription());
-    if (writer == m_assetWriter.get()) performStopRecording(); // else that recording has been stopped already
+    if (m_assetWriter && writerNumber == m_writersMade) performStopRecording(); // else that one has stopped already
 }
 
 void AudioCaptureEngine::finalizeWriter() {

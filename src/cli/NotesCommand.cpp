@@ -29,7 +29,7 @@ QString settingNow(const char* key) {
 QString accessText(NotesAccess access) {
     switch (access) {
     case NotesAccess::NotDetermined:
-        return QStringLiteral("not asked yet; see quillet notes authorise");
+        return QStringLiteral("not asked yet, or not running; see quillet notes authorise");
     case NotesAccess::Granted:
         return QStringLiteral("granted");
     case NotesAccess::Denied:
@@ -40,7 +40,11 @@ QString accessText(NotesAccess access) {
 
 int status(NotesServices& notes) {
     const NotesAccess access = notes.application->probeAccess();
-    print(QStringLiteral("application   %1").arg(settingNow("corvane.notesApplication")));
+    const QString application = settingNow("corvane.notesApplication");
+    print(QStringLiteral("application   %1").arg(application));
+    if (const QString vault = settingNow("corvane.notesVaultFolder");
+        application == QLatin1String("vault") && !vault.isEmpty())
+        print(QStringLiteral("vault         %1").arg(vault));
     print(QStringLiteral("available     %1")
               .arg(notes.application->isAvailable() ? QStringLiteral("yes") : QStringLiteral("no")));
     print(QStringLiteral("access        %1").arg(accessText(access)));
@@ -63,14 +67,22 @@ int folders(NotesServices& notes) {
 
 int test(NotesServices& notes, const QString& name) {
     const bool exists = notes.application->testFolderConnection(name);
-    if (!exists) complain(QStringLiteral("There is no folder “%1”.").arg(name));
-    return exists ? Done : Failed;
+    if (exists) return Done;
+    // An application that does not answer has no folders either.
+    const bool isOpen = notes.application->probeAccess() == NotesAccess::Granted;
+    complain(isOpen ? QStringLiteral("There is no folder “%1”.").arg(name)
+                    : QStringLiteral("The notes application does not let us look; see quillet notes status."));
+    return Failed;
 }
 
 int authorise(NotesServices& notes) {
     if (notes.application->asksForConsent())
         complain(QStringLiteral("Please allow Quillet in your notes application; waiting for your answer."));
     const bool granted = notes.application->requestAccess();
+    if (!granted && notes.application->probeAccess() == NotesAccess::NotDetermined) {
+        complain(QStringLiteral("There was no answer: the notes application is not running, or nobody confirmed."));
+        return Failed;
+    }
     print(granted ? QStringLiteral("granted") : QStringLiteral("denied"));
     return granted ? Done : Failed;
 }

@@ -1,5 +1,6 @@
 #include "cli/Commands.h"
 #include "settings/SettingsCatalogue.h"
+#include "templates/TemplateNames.h"
 
 namespace quillet::cli {
 namespace {
@@ -10,9 +11,17 @@ constexpr auto kUsage = "Usage: quillet settings list\n"
                         "       quillet settings unset KEY";
 
 int list(const UserDefaults& defaults) {
+    constexpr int kCharacters = 200; // stored templates may take megabytes, and any number of lines
     for (const SettingInfo& setting : settingsCatalogue())
-        print(QStringLiteral("%1 = %2   (%3)").arg(setting.key, settingText(setting, defaults), setting.summary));
+        print(QStringLiteral("%1 = %2   (%3)")
+                  .arg(setting.key, templateNameForOneLine(settingText(setting, defaults), kCharacters),
+                       setting.summary));
     return Done;
+}
+
+int outcome(bool isStored) {
+    if (!isStored) complain(QStringLiteral("The settings could not be written."));
+    return isStored ? Done : Failed;
 }
 
 int set(UserDefaults& defaults, const SettingInfo& setting, const QString& text) {
@@ -21,13 +30,7 @@ int set(UserDefaults& defaults, const SettingInfo& setting, const QString& text)
         complain(value.error());
         return WrongUsage;
     }
-    defaults.set(setting.key, *value);
-    MemoryUserDefaults wanted;
-    wanted.set(setting.key, *value);
-    // A store that cannot be written says nothing; what reads back tells.
-    if (settingText(setting, defaults) == settingText(setting, wanted)) return Done;
-    complain(QStringLiteral("The settings could not be written."));
-    return Failed;
+    return outcome(defaults.set(setting.key, *value));
 }
 
 } // namespace
@@ -55,11 +58,8 @@ int settings(const QStringList& arguments) {
         return WrongUsage;
     }
     if (isSet) return set(defaults, *setting, arguments.at(3));
-    if (isUnset) {
-        defaults.remove(setting->key);
-    } else {
-        print(settingText(*setting, defaults));
-    }
+    if (isUnset) return outcome(defaults.remove(setting->key));
+    print(settingText(*setting, defaults));
     return Done;
 }
 

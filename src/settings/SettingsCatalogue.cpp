@@ -1,9 +1,9 @@
 #include "settings/SettingsCatalogue.h"
 
 #include "support/ServiceAddress.h"
+#include "templates/TemplateRecords.h"
 
 #include <QDir>
-#include <QJsonDocument>
 #include <QUuid>
 
 #include <algorithm>
@@ -39,7 +39,7 @@ const std::vector<SettingInfo>& catalogue() {
             entry("corvane.joplinToken", Type::Secret, "",
                   "Joplin's authorisation token, for a Joplin without a screen"),
             entry("corvane.includeConsentTimestamp", Type::Bool, "false", "end notes with the participants' consent"),
-            entry("corvane.customTemplates", Type::Json, "", "note templates of your own"),
+            entry("corvane.customTemplates", Type::Templates, "", "note templates of your own"),
             entry("corvane.selectedTemplateId", Type::Uuid, "", "the template in use"),
             entry("useLocalSummarisation", Type::Bool, "true", "summarise on this device"),
             entry("cloudFallbackEnabled", Type::Bool, "true", "summarise in the cloud where the device cannot"),
@@ -115,9 +115,9 @@ Result<QVariant, QString> parseSetting(const SettingInfo& setting, const QString
         if (id.isNull()) return Failure{QStringLiteral("%1 is a UUID.").arg(setting.key)};
         return QVariant(id.toString(QUuid::WithoutBraces).toUpper());
     }
-    case Type::Json:
-        if (!QJsonDocument::fromJson(text.toUtf8()).isArray())
-            return Failure{QStringLiteral("%1 is a JSON array.").arg(setting.key)};
+    case Type::Templates:
+        if (const auto decoded = TemplateRecords::decodeList(text.toUtf8()); !decoded)
+            return Failure{QStringLiteral("%1 is a JSON array of templates. %2").arg(setting.key, decoded.error())};
         return QVariant(text.toUtf8());
     }
     return Failure{QString()};
@@ -127,11 +127,12 @@ QString settingText(const SettingInfo& setting, const UserDefaults& defaults) {
     if (setting.type == Type::Bool)
         return defaults.boolean(setting.key, setting.absent == QLatin1String("true")) ? QStringLiteral("true")
                                                                                       : QStringLiteral("false");
-    const bool isBytes = setting.type == Type::Folder || setting.type == Type::Json;
+    const bool isBytes = setting.type == Type::Folder || setting.type == Type::Templates;
     const auto bytes = isBytes ? defaults.data(setting.key) : std::nullopt;
     const auto stored =
         isBytes ? (bytes ? std::optional(QString::fromUtf8(*bytes)) : std::nullopt) : defaults.string(setting.key);
-    if (!stored || !parseSetting(setting, *stored)) return setting.absent;
+    const bool isShownAnyway = setting.type == Type::Templates;
+    if (!stored || (!isShownAnyway && !parseSetting(setting, *stored))) return setting.absent;
     return setting.type == Type::Secret ? QStringLiteral("(set)") : *stored;
 }
 

@@ -24,7 +24,7 @@ struct SettingInfo {
         CloudAddress, ///< of a service elsewhere
         Tokens,       ///< how much a language model can hold
         Secret,       ///< never shown
-        Json          ///< the text of a JSON array
+        Templates     ///< as JSON
     };
     QString key;
     Type type = Type::Text;
@@ -41,7 +41,7 @@ struct SettingInfo {
 /// The value to store for a text; the error is a sentence for the user.
 [[nodiscard]] Result<QVariant, QString> parseSetting(const SettingInfo& setting, const QString& text);
 /// What is stored, as parseSetting() takes it ("(set)" for a secret); what counts instead when nothing (or nothing
-/// sensible) is stored.
+/// sensible) is stored. Templates are shown also when they cannot be read, so that they can be mended.
 [[nodiscard]] QString settingText(const SettingInfo& setting, const UserDefaults& defaults);
 
 } // namespace quillet

@@ -87,7 +87,7 @@ void AnswerReader::add(const QByteArray& bytes) {
     m_pending += bytes;
     if (m_form == Form::Unknown) {
         const QByteArray start = m_pending.trimmed();
-        if (start.isEmpty()) return;
+        if (start.isEmpty()) return m_pending.clear(); // lest an endless blank be looked at again and again
         // Fields of an event have names; comments begin with a colon.
         m_form = start.startsWith('{') || start.startsWith('[') || start.startsWith('<') ? Form::Whole : Form::Events;
     }

@@ -38,21 +38,30 @@ QVariant FileUserDefaults::value(const QString& key) const {
     return settings.value(key);
 }
 
-void FileUserDefaults::set(const QString& key, const QVariant& value) {
+bool FileUserDefaults::set(const QString& key, const QVariant& value) {
     const QString folder = QFileInfo(m_path).path();
     if (!QFileInfo::exists(folder)) {
         QDir().mkpath(folder);
         QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
-    QSettings settings(m_path, QSettings::IniFormat);
-    settings.setValue(key, value);
-    settings.sync();
+    return change(key, value);
 }
 
-void FileUserDefaults::remove(const QString& key) {
+bool FileUserDefaults::remove(const QString& key) { return change(key, QVariant()); }
+
+bool FileUserDefaults::change(const QString& key, const QVariant& value) {
     QSettings settings(m_path, QSettings::IniFormat);
-    settings.remove(key);
-    settings.sync();
+    const auto put = [&](const QVariant& wanted) {
+        wanted.isValid() ? settings.setValue(key, wanted) : settings.remove(key);
+        settings.sync();
+    };
+    const QVariant before = settings.value(key);
+    if (!before.isValid() && !value.isValid()) return true;
+    put(value);
+    // A damaged file, though it is written well, hides the error that tells.
+    if (settings.status() != QSettings::AccessError && settings.isWritable()) return true;
+    put(before); // what could not be written would be read back by the rest of the process as if it were stored
+    return false;
 }
 
 QStringList FileUserDefaults::keys() const {

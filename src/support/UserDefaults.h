@@ -19,8 +19,9 @@ public:
     [[nodiscard]] std::optional<QString> string(const QString& key) const;
     [[nodiscard]] std::optional<QByteArray> data(const QString& key) const;
 
-    virtual void set(const QString& key, const QVariant& value) = 0;
-    virtual void remove(const QString& key) = 0;
+    /// False when the change could not be stored: what was there before goes on counting.
+    virtual bool set(const QString& key, const QVariant& value) = 0;
+    virtual bool remove(const QString& key) = 0;
     [[nodiscard]] virtual QStringList keys() const = 0;
 
     /// The user's own store.
@@ -62,22 +63,30 @@ inline const QString selectedTemplateId = QStringLiteral("corvane.selectedTempla
 class FileUserDefaults final : public UserDefaults {
 public:
     explicit FileUserDefaults(QString path) : m_path(std::move(path)) {}
-    void set(const QString& key, const QVariant& value) override;
-    void remove(const QString& key) override;
+    bool set(const QString& key, const QVariant& value) override;
+    bool remove(const QString& key) override;
     [[nodiscard]] QStringList keys() const override;
 
 protected:
     [[nodiscard]] QVariant value(const QString& key) const override;
 
 private:
+    bool change(const QString& key, const QVariant& value);
+
     const QString m_path;
 };
 
 /// Settings that end with the process: for tests and for a run whose choices are not to be kept. One thread only.
 class MemoryUserDefaults final : public UserDefaults {
 public:
-    void set(const QString& key, const QVariant& value) override { m_values.insert(key, value); }
-    void remove(const QString& key) override { m_values.remove(key); }
+    bool set(const QString& key, const QVariant& value) override {
+        m_values.insert(key, value);
+        return true;
+    }
+    bool remove(const QString& key) override {
+        m_values.remove(key);
+        return true;
+    }
     [[nodiscard]] QStringList keys() const override { return m_values.keys(); }
 
 protected:

@@ -24,5 +24,18 @@ TEST(NotesServicesTest, AChoiceOfTheNotesApplicationCountsAtOnce) {
     }
 }
 
+TEST(NotesServicesTest, AVaultThatIsGoneIsAFailureAndTheNoteIsKeptForLater) {
+    MemoryUserDefaults defaults;
+    defaults.set(DefaultsKeys::notesVaultFolder, QByteArray("/nonexistent/drive/vault"));
+    NotesServices notes(defaults, [] { return true; });
+    const std::filesystem::path recording = "/nonexistent/Meeting.m4a";
+
+    const auto result = notes.makeNote(recording, std::chrono::system_clock::now());
+
+    ASSERT_TRUE(result.has_value()) << "nothing would be said";
+    EXPECT_FALSE(result->success);
+    EXPECT_TRUE(notes.pending.find(recording).has_value());
+}
+
 } // namespace
 } // namespace quillet

@@ -1,6 +1,9 @@
 #include "e2e/QuilletProcess.h"
 #include "support/Files.h"
 
+#include <QDir>
+#include <QFile>
+
 #include <gtest/gtest.h>
 
 namespace quillet {
@@ -85,7 +88,9 @@ TEST_F(TemplatesCommandTest, EveryRefusalIsOneSentence) {
 TEST_F(TemplatesCommandTest, UnreadableStoredTemplatesAreSaidAndNotOverwritten) {
     const QString key = QStringLiteral("corvane.customTemplates");
     const QString broken = QStringLiteral("[{\"name\":\"precious\"}]");
-    ASSERT_EQ(quillet.run({QStringLiteral("settings"), QStringLiteral("set"), key, broken}), 0);
+    ASSERT_EQ(quillet.run({QStringLiteral("settings"), QStringLiteral("set"), key, broken}), 2);
+    ASSERT_TRUE(QDir().mkpath(quillet.folder(QStringLiteral("config/quillet"))));
+    fileWith("config/quillet/quillet.conf", R"ini(corvane.customTemplates="@ByteArray([{\"name\":\"precious\"}])")ini");
     for (const QStringList& change : {QStringList{QStringLiteral("add"), QStringLiteral("x"), fileWith("x", "")},
                                       QStringList{QStringLiteral("delete"), QStringLiteral("x")}}) {
         EXPECT_EQ(run(change), 1);

@@ -23,7 +23,8 @@ TEST(SettingsCatalogueTest, ValuesAreCheckedByTheirType) {
         {"corvane.selectedTemplateId", "{2f1d7b4e-0c3f-4a7e-9a53-5d1b8f7f6a10}",
          "2F1D7B4E-0C3F-4A7E-9A53-5D1B8F7F6A10"},
         {"corvane.selectedTemplateId", "first", nullptr},
-        {"corvane.customTemplates", "[{\"name\":\"x\"}]", "[{\"name\":\"x\"}]"},
+        {"corvane.customTemplates", "[ ]", "[ ]"},
+        {"corvane.customTemplates", "[{\"name\":\"x\"}]", nullptr},
         {"corvane.customTemplates", "{}", nullptr},
         {"corvane.joplinPort", "41184", "41184"},
         {"corvane.joplinPort", "80000", nullptr},
@@ -58,6 +59,11 @@ TEST(SettingsCatalogueTest, WhatMakesNoSenseCountsAsAbsent) {
     EXPECT_EQ(settingText(*findSetting(QStringLiteral("corvane.notesApplication")), defaults), QStringLiteral("vault"));
     EXPECT_EQ(settingText(*findSetting(QStringLiteral("useLocalSummarisation")), defaults), QStringLiteral("true"));
     EXPECT_EQ(settingText(*findSetting(QStringLiteral("corvane.selectedTemplateId")), defaults), QString());
+
+    const QByteArray truncated = R"([{"name":"x")";
+    defaults.set(QStringLiteral("corvane.customTemplates"), truncated);
+    EXPECT_EQ(settingText(*findSetting(QStringLiteral("corvane.customTemplates")), defaults).toUtf8(), truncated)
+        << "what is there to be mended is shown";
 }
 
 } // namespace

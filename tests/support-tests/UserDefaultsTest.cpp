@@ -35,6 +35,19 @@ TEST(UserDefaultsTest, ValuesSurviveAndChangesOfAnotherProcessAreSeen) {
     EXPECT_FALSE(FileUserDefaults(path).data(DefaultsKeys::recordingsFolderBookmark).has_value());
 }
 
+TEST(UserDefaultsTest, WhatCannotBeStoredIsSaidAndDoesNotReadBack) {
+    const QString key = QStringLiteral("key");
+    const QTemporaryDir folder;
+    QFile inTheWay(folder.filePath(QStringLiteral("quillet"))); // keeps everybody out, the superuser included
+    ASSERT_TRUE(inTheWay.open(QFile::WriteOnly));
+    FileUserDefaults defaults(inTheWay.fileName() + QStringLiteral("/settings.conf"));
+
+    EXPECT_FALSE(defaults.set(key, QStringLiteral("new")));
+    EXPECT_FALSE(defaults.string(key).has_value()) << "it would pass for stored in this process only";
+    EXPECT_TRUE(defaults.remove(key)) << "nothing to remove";
+    EXPECT_EQ(defaults.keys(), QStringList());
+}
+
 TEST(UserDefaultsTest, HandEditedValuesAreReadAsFarAsTheyMakeSense) {
     const QTemporaryDir folder;
     const FileUserDefaults defaults(

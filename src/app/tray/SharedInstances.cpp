@@ -45,14 +45,11 @@ std::shared_ptr<AudioCaptureEngine> makeEngine() {
                                                 {{QStringLiteral("isMicrophone"), kind == SoundDevice::Kind::Input}});
         });
     // The note is made with the services of the first recording: they are not needed before one has ended.
-    auto host = std::make_shared<RecordingHost>(
-        *SharedInstance<RecordingFileManager>::get(), defaults(), *SharedInstance<RecorderUIModel>::get(),
-        NotificationCenter::standard(),
-        [](const std::filesystem::path& recording, WallTime recordedAt) -> std::optional<CreateNoteResult> {
-            const auto outcome = sharedNotes().recordings.makeNote(recording, recordedAt);
-            if (!outcome) return std::nullopt;
-            return toCreateNoteResult(*outcome);
-        });
+    auto host = std::make_shared<RecordingHost>(*SharedInstance<RecordingFileManager>::get(), defaults(),
+                                                *SharedInstance<RecorderUIModel>::get(), NotificationCenter::standard(),
+                                                [](const std::filesystem::path& recording, WallTime completedAt) {
+                                                    return sharedNotes().makeNote(recording, completedAt);
+                                                });
     return AudioCaptureEngine::create({.systemAudio = std::move(live.systemAudio),
                                        .microphone = std::move(live.microphone),
                                        .writers = makeAssetWriterFactory()},

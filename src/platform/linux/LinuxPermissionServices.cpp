@@ -11,14 +11,27 @@
 namespace quillet {
 namespace {
 
-/// Programs that show sound settings, the desktop's own before the one that works everywhere.
-const QStringList kSoundSettings[] = {
-    {QStringLiteral("gnome-control-center"), QStringLiteral("sound")},
-    {QStringLiteral("systemsettings"), QStringLiteral("kcm_pulseaudio")},
-    {QStringLiteral("cinnamon-settings"), QStringLiteral("sound")},
-    {QStringLiteral("mate-volume-control")},
-    {QStringLiteral("pavucontrol")},
+/// A program that shows sound settings, and the desktop that it belongs to; none for one that is at home everywhere.
+struct SoundSettings {
+    QString desktop;
+    QStringList command;
+    bool worksElsewhere = true;
 };
+
+const SoundSettings kSoundSettings[] = {
+    {QString(), {QStringLiteral("pavucontrol")}},
+    {QString(), {QStringLiteral("pavucontrol-qt")}},
+    // It ends at once on another desktop, without a word to anybody.
+    {QStringLiteral("GNOME"), {QStringLiteral("gnome-control-center"), QStringLiteral("sound")}, false},
+    {QStringLiteral("KDE"), {QStringLiteral("systemsettings"), QStringLiteral("kcm_pulseaudio")}},
+    {QStringLiteral("MATE"), {QStringLiteral("mate-volume-control")}},
+    {QStringLiteral("X-Cinnamon"), {QStringLiteral("cinnamon-settings"), QStringLiteral("sound")}},
+};
+
+bool start(const QStringList& command) {
+    const QString program = QStandardPaths::findExecutable(command.constFirst());
+    return !program.isEmpty() && QProcess::startDetached(program, command.mid(1));
+}
 
 } // namespace
 
@@ -26,8 +39,9 @@ LinuxPermissionServices::LinuxPermissionServices(std::shared_ptr<MicrophoneSourc
     : m_microphone(std::move(microphone)) {}
 
 bool LinuxPermissionServices::preflightScreenCaptureAccess() {
+    const bool denied = m_denied; // the last answer, however quick the next one is
     if (!m_asking.exchange(true)) ask({});
-    return !m_denied;
+    return !denied;
 }
 
 AuthorizationStatus LinuxPermissionServices::microphoneAuthorizationStatus() {
@@ -52,9 +66,13 @@ void LinuxPermissionServices::openSettings(SettingsPlace place) {
         return NotificationCenter::standard().post(Notifications::openSettingsRequested,
                                                    {{QStringLiteral("section"), QStringLiteral("General")}});
     }
-    for (const QStringList& command : kSoundSettings) {
-        const QString program = QStandardPaths::findExecutable(command.constFirst());
-        if (!program.isEmpty() && QProcess::startDetached(program, command.mid(1))) return;
+    const QStringList desktops =
+        qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(QLatin1Char(':'), Qt::SkipEmptyParts);
+    for (const SoundSettings& own : kSoundSettings) {
+        if (desktops.contains(own.desktop) && start(own.command)) return;
+    }
+    for (const SoundSettings& any : kSoundSettings) {
+        if (any.worksElsewhere && start(any.command)) return;
     }
 }
 

@@ -7,10 +7,16 @@ namespace {
 /// The platform's store for this program, which `defaults` and other programs may read and change as well.
 class MacStandardDefaults final : public UserDefaults {
 public:
-    void set(const QString& key, const QVariant& value) override {
-        if (const id object = fromVariant(value)) [store() setObject:object forKey:toNSString(key)];
+    // The platform writes later, and says nothing about it.
+    bool set(const QString& key, const QVariant& value) override {
+        const id object = fromVariant(value);
+        if (object) [store() setObject:object forKey:toNSString(key)];
+        return object;
     }
-    void remove(const QString& key) override { [store() removeObjectForKey:toNSString(key)]; }
+    bool remove(const QString& key) override {
+        [store() removeObjectForKey:toNSString(key)];
+        return true;
+    }
 
     /// Ours only: the store also answers for what is set for all programs.
     QStringList keys() const override {

@@ -3,6 +3,9 @@
 #include "support/FakeHardware.h"
 #include "support/WaitFor.h"
 
+#include <QFile>
+#include <QTemporaryDir>
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -34,6 +37,47 @@ TEST(LinuxPermissionServicesTest, OnlyARefusalTakesAccessAway) {
         EXPECT_EQ(services.preflightScreenCaptureAccess(), row.granted);
         EXPECT_EQ(services.microphoneAuthorizationStatus() == AuthorizationStatus::Authorized, row.granted);
         EXPECT_EQ(microphone->starts, 0) << "no stream is opened to find out";
+    }
+}
+
+TEST(LinuxPermissionServicesTest, TheSettingsOfTheDesktopAtHandAreOpened) {
+    const struct {
+        const char* desktop;
+        QStringList installed;
+        const char* opened;
+    } rows[] = {
+        {"ubuntu:GNOME",
+         {QStringLiteral("pavucontrol"), QStringLiteral("gnome-control-center"), QStringLiteral("systemsettings")},
+         "gnome-control-center sound"},
+        {"KDE",
+         {QStringLiteral("pavucontrol"), QStringLiteral("gnome-control-center"), QStringLiteral("systemsettings")},
+         "systemsettings kcm_pulseaudio"},
+        {"XFCE",
+         {QStringLiteral("gnome-control-center"), QStringLiteral("systemsettings"), QStringLiteral("pavucontrol")},
+         "pavucontrol"},
+        {"", {QStringLiteral("gnome-control-center"), QStringLiteral("mate-volume-control")}, "mate-volume-control"},
+    };
+    const QByteArray path = qgetenv("PATH");
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.desktop);
+        const QTemporaryDir programs;
+        const QString opened = programs.filePath(QStringLiteral("opened"));
+        for (const QString& name : row.installed) {
+            QFile program(programs.filePath(name));
+            ASSERT_TRUE(program.open(QFile::WriteOnly));
+            program.write("#!/bin/sh\necho \"${0##*/}\" \"$@\" > '" + opened.toUtf8() + ".new'\nPATH='" + path +
+                          "' mv '" + opened.toUtf8() + ".new' '" + opened.toUtf8() + "'\n");
+            program.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
+        }
+        qputenv("PATH", programs.path().toUtf8());
+        qputenv("XDG_CURRENT_DESKTOP", row.desktop);
+        LinuxPermissionServices(std::make_shared<FakeMicrophone>()).openSettings(SettingsPlace::Microphone);
+        qputenv("PATH", path);
+        qunsetenv("XDG_CURRENT_DESKTOP");
+        ASSERT_TRUE(waitFor([&] { return QFile::exists(opened); }));
+        QFile file(opened);
+        ASSERT_TRUE(file.open(QFile::ReadOnly));
+        EXPECT_EQ(file.readAll().trimmed(), row.opened);
     }
 }
 
