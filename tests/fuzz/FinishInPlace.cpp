@@ -1,4 +1,5 @@
 #include "storage/m4a/FinishInPlace.h"
+
 #include "storage/m4a/MemoryFile.h"
 
 #include <cstdint>

@@ -1,6 +1,7 @@
+#include "summarisation/ModelReply.h"
+
 #include "summarisation/ChatProtocol.h"
 #include "summarisation/MeetingSummary.h"
-#include "summarisation/ModelReply.h"
 
 #include <cstdint>
 #include <cstdlib>
