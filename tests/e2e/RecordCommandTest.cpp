@@ -303,9 +303,11 @@ TEST_F(RecordCommandTest, ALimitOnTheSizeOfFilesEndsInAFinishedFileAndASentence)
     ASSERT_EQ(quillet.run({u"recover"_s, u"--folder"_s, folder}), 0);
     EXPECT_TRUE(quillet.output.isEmpty()) << "nothing was left to finish";
 
+#ifndef __SANITIZE_THREAD__ // it writes to a file of its own before main() and dies of the limit
     quillet.startByShell(u"ulimit -f 0; exec \"$@\""_s, arguments);
     EXPECT_EQ(quillet.finish(), 1);
     EXPECT_TRUE(quillet.errors.contains(sentence)) << quillet.errors.toStdString();
+#endif
 }
 
 } // namespace
