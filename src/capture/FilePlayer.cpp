@@ -132,7 +132,9 @@ FilePlayer::FilePlayer(Files files, Pace pace, std::optional<FrameCount> length)
     m_microphone.ended = !m_microphone.reader;
 }
 
-FilePlayer::~FilePlayer() {
+FilePlayer::~FilePlayer() { stop(); }
+
+void FilePlayer::stop() {
     {
         const std::lock_guard lock(m_mutex);
         m_stopping = true;

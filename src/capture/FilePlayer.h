@@ -44,6 +44,10 @@ public:
     static std::shared_ptr<FilePlayer> create(Files files, Pace pace, std::optional<FrameCount> length);
     ~FilePlayer();
 
+    /// Plays no further. Waits for the capture queue, which must still be alive: call it before letting the queue go,
+    /// not on the queue. Idempotent.
+    void stop();
+
     /// Before the recording starts.
     void setCallbacks(Callbacks callbacks) { m_callbacks = std::move(callbacks); }
 

@@ -44,6 +44,12 @@ double seconds(FrameCount frames) { return std::chrono::duration<double>(frames)
 class RecordSession final : public QObject {
 public:
     explicit RecordSession(RecordOptions options) : m_options(std::move(options)) {}
+    /// The files may have more to play than was recorded, and the engine's queue ends with the engine.
+    ~RecordSession() override {
+        if (m_player) m_player->stop();
+    }
+    RecordSession(const RecordSession&) = delete;
+    RecordSession& operator=(const RecordSession&) = delete;
 
     int run() {
         if (!openSources()) return Failed;
