@@ -4,6 +4,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
+
 namespace quillet::chat {
 namespace {
 
@@ -86,10 +88,12 @@ void AnswerReader::add(const QByteArray& bytes) {
     }
     m_pending += bytes;
     if (m_form == Form::Unknown) {
-        const QByteArray start = m_pending.trimmed();
-        if (start.isEmpty()) return m_pending.clear(); // lest an endless blank be looked at again and again
+        // Gone at once, lest an endless blank be looked at again and again.
+        const auto isBlank = [](char byte) { return byte == ' ' || (byte >= '\t' && byte <= '\r'); };
+        m_pending.erase(m_pending.cbegin(), std::find_if_not(m_pending.cbegin(), m_pending.cend(), isBlank));
+        if (m_pending.isEmpty()) return;
         // Fields of an event have names; comments begin with a colon.
-        m_form = start.startsWith('{') || start.startsWith('[') || start.startsWith('<') ? Form::Whole : Form::Events;
+        m_form = QByteArrayView("{[<").contains(m_pending.front()) ? Form::Whole : Form::Events;
     }
     if (m_form == Form::Whole) return;
     qsizetype begin = 0;
