@@ -106,7 +106,7 @@ TEST_F(VaultTest, eachKindOfVaultGetsItsOwnPlacesAndLinks) {
     const char* const below = R"({"attachmentFolderPath":"./in"})";
     const char* const outside = R"({"attachmentFolderPath":"../../x"})";
     const auto top = std::nullopt;
-    const auto work = std::optional(u("Work"));
+    const auto work = std::optional(u("Team"));
     const struct {
         Traces traces;
         std::optional<QString> folder;
@@ -115,15 +115,15 @@ TEST_F(VaultTest, eachKindOfVaultGetsItsOwnPlacesAndLinks) {
         const char* player;
         bool frontMatter;
     } rows[] = {
-        {nothing, work, "Work/A b.md", "attachments/A b.m4a", "[Recording](../attachments/A%20b.m4a)", false},
+        {nothing, work, "Team/A b.md", "attachments/A b.m4a", "[Recording](../attachments/A%20b.m4a)", false},
         {{{".obsidian/x", ""}}, top, "A b.md", "A b.m4a", "![[A b.m4a]]", true},
-        {obsidian(inFolder), work, "Work/A b.md", "files/audio/A b.m4a", "![[files/audio/A b.m4a]]", true},
-        {obsidian(beside), work, "Work/A b.md", "Work/A b.m4a", "![[Work/A b.m4a]]", true},
-        {obsidian(below), work, "Work/A b.md", "Work/in/A b.m4a", "![[Work/in/A b.m4a]]", true},
+        {obsidian(inFolder), work, "Team/A b.md", "files/audio/A b.m4a", "![[files/audio/A b.m4a]]", true},
+        {obsidian(beside), work, "Team/A b.md", "Team/A b.m4a", "![[Team/A b.m4a]]", true},
+        {obsidian(below), work, "Team/A b.md", "Team/in/A b.m4a", "![[Team/in/A b.m4a]]", true},
         {obsidian(outside), top, "A b.md", "A b.m4a", "![[A b.m4a]]", true},
         {obsidian("{{{"), top, "A b.md", "A b.m4a", "![[A b.m4a]]", true},
         {logseq, top, "pages/A b.md", "assets/A b.m4a", "![A b.m4a](../assets/A%20b.m4a)", false},
-        {logseq, work, "pages/Work/A b.md", "assets/A b.m4a", "![A b.m4a](../../assets/A%20b.m4a)", false},
+        {logseq, work, "pages/Team/A b.md", "assets/A b.m4a", "![A b.m4a](../../assets/A%20b.m4a)", false},
         {zettlr, top, "A b.md", "attachments/A b.m4a", "[Recording](attachments/A%20b.m4a)", true},
     };
     for (const auto& row : rows) {
@@ -169,20 +169,20 @@ TEST_F(VaultTest, aMillionBytesOfUserTextStayAsTheyAre) {
 }
 
 TEST_F(VaultTest, aFolderIsExactlyTheOneNamedAndNeverOutsideTheVault) {
-    for (const char* folder : {"vault/Work", "vault/work 2", "vault/.hidden", "vault/Work/Sub", "outside"})
+    for (const char* folder : {"vault/Team", "vault/team 2", "vault/.hidden", "vault/Team/Sub", "outside"})
         QDir().mkpath(path(folder));
     ASSERT_TRUE(QFile::link(path("outside"), path("vault/Link")));
     write(path("vault/File"), "no folder");
     VaultNotesApplication application = make();
 
-    EXPECT_THAT(application.fetchFolders(), ElementsAre(u("Work"), u("work 2")));
+    EXPECT_THAT(application.fetchFolders(), ElementsAre(u("Team"), u("team 2")));
     const struct {
         QString name;
         bool exists;
         bool usable;
     } rows[] = {
-        {u("Work"), true, true},
-        {u(" Work\r\n"), true, true},
+        {u("Team"), true, true},
+        {u(" Team\r\n"), true, true},
         {u("WORK"), false, true},
         {u("Link"), false, false},
         {u("File"), false, false},
@@ -190,7 +190,7 @@ TEST_F(VaultTest, aFolderIsExactlyTheOneNamedAndNeverOutsideTheVault) {
         {u(".."), false, false},
         {u("../outside"), false, false},
         {path("outside"), false, false},
-        {u("Work/Sub"), false, false},
+        {u("Team/Sub"), false, false},
         {u("a\\b"), false, true},
         {u("CON"), false, true},
         {u("q\"'`$()"), false, true},
