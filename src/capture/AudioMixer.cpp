@@ -1,5 +1,6 @@
 #include "capture/AudioMixer.h"
 
+#include "capture/FourSamples.h"
 #include "support/Require.h"
 
 #include <cmath>
@@ -55,38 +56,52 @@ bool isFloatPcm(const AudioStreamDescription& format, std::uint32_t channels) {
            format.channelsPerFrame == channels && format.bytesPerFrame == channels * sizeof(float);
 }
 
-/// Mixes a stretch of samples and measures both sources. The squares are summed in eight lanes: a fixed order that the
-/// compiler can keep in vector registers, so that the same input gives the same bits in every build.
-struct StretchMixer {
-    static constexpr std::size_t kLanes = 8;
-    float systemGain;
-    float micGain;
-    std::array<float, kLanes> systemSquares{}, micSquares{}, systemPeaks{}, micPeaks{};
+/// What a stretch of samples adds up to, in eight lanes: a fixed order, so that the same input gives the same bits in
+/// every build.
+struct Measures {
+    static constexpr std::size_t kVectors = 2;
+    static constexpr std::size_t kLanes = 4 * kVectors;
+    using Lanes = std::array<FourSamples, kVectors>;
+    Lanes systemSquares{}, micSquares{}, systemPeaks{}, micPeaks{};
+};
+static_assert(2 * kBlockFrames % Measures::kLanes == 0 && 2 * AudioMixer::kRingFrames % Measures::kLanes == 0,
+              "a block is whole lanes, also where the ring wraps");
 
-    void mix(const float* system, const float* mic, float* out, std::size_t samples) {
-        std::size_t i = 0;
-        for (; i + kLanes <= samples; i += kLanes) {
-            for (std::size_t lane = 0; lane < kLanes; ++lane)
-                mixOne(system[i + lane], mic[i + lane], out[i + lane], lane);
-        }
-        for (; i < samples; ++i) mixOne(system[i], mic[i], out[i], i % kLanes);
-    }
-
-private:
-    void mixOne(float system, float mic, float& out, std::size_t lane) {
-        out = std::min(std::max((systemGain * system + micGain * mic) * kMixFactor, -1.0F), 1.0F);
-        systemSquares[lane] += system * system;
-        micSquares[lane] += mic * mic;
-        systemPeaks[lane] = std::max(systemPeaks[lane], std::abs(system));
-        micPeaks[lane] = std::max(micPeaks[lane], std::abs(mic));
-    }
+struct Gains {
+    float system;
+    float mic;
 };
 
-template <std::size_t N>
-float sum(const std::array<float, N>& lanes) {
+/// Mixes a stretch of samples and measures both sources.
+void mixStretch(const float* system, const float* mic, float* out, std::size_t samples, Gains gains, Measures& total) {
+    Measures sums = total; // a copy that stays in registers, for the output might overlap the original
+    for (std::size_t i = 0; i < samples; i += Measures::kLanes) {
+        for (std::size_t v = 0; v < Measures::kVectors; ++v) {
+            const FourSamples a = loadFour(system + i + 4 * v);
+            const FourSamples b = loadFour(mic + i + 4 * v);
+            const FourSamples mixed = (gains.system * a + gains.mic * b) * kMixFactor;
+            storeFour(out + i + 4 * v, smaller(larger(mixed, allFour(-1.0F)), allFour(1.0F)));
+            sums.systemSquares[v] += a * a;
+            sums.micSquares[v] += b * b;
+            sums.systemPeaks[v] = larger(magnitude(a), sums.systemPeaks[v]);
+            sums.micPeaks[v] = larger(magnitude(b), sums.micPeaks[v]);
+        }
+    }
+    total = sums;
+}
+
+float sum(const Measures::Lanes& lanes) {
     float total = 0;
-    for (const float lane : lanes) total += lane;
+    for (const FourSamples& four : lanes)
+        for (std::size_t i = 0; i < 4; ++i) total += four[i];
     return total;
+}
+
+float largest(const Measures::Lanes& lanes) {
+    float found = 0;
+    for (const FourSamples& four : lanes)
+        for (std::size_t i = 0; i < 4; ++i) found = std::max(found, four[i]);
+    return found;
 }
 
 float blockRms(float sumOfSquares) {
@@ -230,21 +245,22 @@ void AudioMixer::drainMixedBlocks() {
 }
 
 void AudioMixer::mixBlock(float systemGain, float micGain) {
-    StretchMixer mixer{.systemGain = systemGain, .micGain = micGain};
+    Measures sums;
     for (std::int64_t done = 0; done < kBlockFrames;) {
         // Both rings have the same capacity, so that both wrap at the same frame.
         const FloatRing::Run system = m_systemRing->runAt(m_lastDrainedFrame + done, kBlockFrames - done);
         const FloatRing::Run mic = m_micRing->runAt(m_lastDrainedFrame + done, kBlockFrames - done);
-        mixer.mix(system.samples, mic.samples, m_block.data() + 2 * done, static_cast<std::size_t>(2 * system.frames));
+        mixStretch(system.samples, mic.samples, m_block.data() + 2 * done, static_cast<std::size_t>(2 * system.frames),
+                   {.system = systemGain, .mic = micGain}, sums);
         done += system.frames;
     }
-    const float systemRms = blockRms(sum(mixer.systemSquares));
-    const float micRms = blockRms(sum(mixer.micSquares));
+    const float systemRms = blockRms(sum(sums.systemSquares));
+    const float micRms = blockRms(sum(sums.micSquares));
     updateAutoGains(systemRms, micRms);
 
     const FrameCount length(kBlockFrames);
-    m_meters.system.addBlock(*std::max_element(mixer.systemPeaks.begin(), mixer.systemPeaks.end()), systemRms, length);
-    m_meters.microphone.addBlock(*std::max_element(mixer.micPeaks.begin(), mixer.micPeaks.end()), micRms, length);
+    m_meters.system.addBlock(largest(sums.systemPeaks), systemRms, length);
+    m_meters.microphone.addBlock(largest(sums.micPeaks), micRms, length);
 }
 
 void AudioMixer::updateAutoGains(float systemBlockRMS, float micBlockRMS) {

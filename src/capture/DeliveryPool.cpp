@@ -1,21 +1,35 @@
 #include "capture/DeliveryPool.h"
 
+#include "capture/FourSamples.h"
 #include "support/Require.h"
 
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cmath>
+#include <limits>
 
 namespace quillet {
 
+namespace {
+
+float sanitized(float sample) {
+    const float finite = std::abs(sample) <= std::numeric_limits<float>::max() ? sample : 0.0F; // NaN compares false
+    return std::clamp(finite, -kLargestSample, kLargestSample);
+}
+
+FourSamples sanitized(FourSamples samples) {
+    const FourSamples finite =
+        magnitude(samples) <= allFour(std::numeric_limits<float>::max()) ? samples : FourSamples{};
+    return smaller(larger(finite, allFour(-kLargestSample)), allFour(kLargestSample));
+}
+
+} // namespace
+
 void copySanitized(std::span<const float> from, std::span<float> to) {
-    // min and max written so that a NaN fails the comparison; the loop vectorises.
-    for (std::size_t i = 0; i < from.size(); ++i) {
-        const float sample = from[i];
-        const float finite = std::abs(sample) <= 3.4028234e38F ? sample : 0.0F;
-        to[i] = std::clamp(finite, -kLargestSample, kLargestSample);
-    }
+    std::size_t i = 0;
+    for (; i + 4 <= from.size(); i += 4) storeFour(to.data() + i, sanitized(loadFour(from.data() + i)));
+    for (; i < from.size(); ++i) to[i] = sanitized(from[i]);
 }
 
 class DeliveryPool::Buffer final : public SerialQueue::Item {

@@ -9,10 +9,11 @@
 namespace quillet {
 namespace {
 
-/// At full speed a batch of 0.5 s goes over to the capture queue at once: a hop per tick would cost more than mixing.
-constexpr std::int64_t kTicksPerFastBatch = 25;
-/// How long to wait when the file writer's queue is full; it holds many seconds, so it does not run dry meanwhile.
-constexpr std::chrono::milliseconds kWriterPause{5};
+/// At full speed that many go through the capture queue at once, 1 s: waking it for every tick would cost more than
+/// mixing does.
+constexpr std::int64_t kTicksPerFastBatch = 50;
+/// How long to wait when the file writer's queue is full; what it then holds keeps it busy for about that long.
+constexpr std::chrono::milliseconds kWriterPause{10};
 
 std::int64_t roundUp(std::int64_t value, std::int64_t step) { return (value + step - 1) / step * step; }
 
@@ -21,29 +22,19 @@ std::int64_t roundUp(std::int64_t value, std::int64_t step) { return (value + st
 /// A stretch of ticks on its way through the capture queue.
 class FilePlayer::Batch final : public SerialQueue::Item {
 public:
-    enum class Outcome { Delivered, WriterIsFull };
-
-    explicit Batch(FilePlayer& owner) : player(owner) {}
+    Batch(FilePlayer& owner, std::int64_t mostTicks) : player(owner), ticks(mostTicks) {}
 
     void run() override {
         const std::int64_t blocks = ticks * kTickFrames / kBlockFrames + 1;
-        outcome = Outcome::WriterIsFull;
-        if (!player.m_callbacks.canTakeBlocks || player.m_callbacks.canTakeBlocks(blocks)) {
-            for (std::int64_t tick = 0; tick < ticks; ++tick) {
-                player.deliver(player.m_system, tick, firstTick + tick);
-                player.deliver(player.m_microphone, tick, firstTick + tick);
-            }
-            outcome = Outcome::Delivered;
-        }
+        const bool taken = !player.m_callbacks.canTakeBlocks || player.m_callbacks.canTakeBlocks(blocks);
+        const Outcome outcome = taken ? player.deliverTicks(ticks) : Outcome::WriterIsFull;
         const std::lock_guard lock(player.m_mutex);
-        player.m_batchUnderWay = false;
+        player.m_outcome = outcome;
         player.m_changed.notify_all();
     }
 
     FilePlayer& player;
-    std::int64_t firstTick = 0;
-    std::int64_t ticks = 0;
-    Outcome outcome = Outcome::Delivered;
+    const std::int64_t ticks;
 };
 
 // ---- the two sources ------------------------------------------------------------------------------------------------
@@ -152,40 +143,43 @@ void FilePlayer::laneStarted(SerialQueue& queue) {
         const auto now = hostNow().time_since_epoch();
         m_begin = HostFramePos(std::chrono::duration_cast<FrameCount>(now));
     }
-    const std::int64_t ticksPerBatch = m_pace == Pace::RealTime ? 1 : kTicksPerFastBatch;
-    m_thread = std::thread([this, &queue, ticksPerBatch] { play(queue, ticksPerBatch); });
+    m_thread = std::thread([this, &queue] { play(queue); });
 }
 
-void FilePlayer::play(SerialQueue& queue, std::int64_t ticksPerBatch) {
+void FilePlayer::play(SerialQueue& queue) {
     const auto begin = std::chrono::steady_clock::now();
-    Batch batch(*this);
-    for (std::int64_t tick = 0; tick * kTickFrames < framesToPlay(); tick += batch.ticks) {
-        batch.firstTick = tick;
-        batch.ticks = ticksPerBatch;
-        fill(m_system, batch.ticks);
-        fill(m_microphone, batch.ticks);
-        // Only now is it known whether a file ended in here: the last batch stops where the last block is full.
-        batch.ticks = std::min(batch.ticks, roundUp(framesToPlay(), kTickFrames) / kTickFrames - tick);
-        if (m_pace == Pace::RealTime) {
+    const bool paced = m_pace == Pace::RealTime;
+    Batch batch(*this, paced ? 1 : kTicksPerFastBatch);
+    Outcome outcome = Outcome::Delivered;
+    while (outcome == Outcome::Delivered) {
+        if (paced) {
+            // Ahead of its time and on this thread: a slow disk must not keep a live device on the queue waiting.
+            if (!readTick()) break;
             std::unique_lock lock(m_mutex);
-            m_changed.wait_until(lock, begin + FrameCount((tick + 1) * kTickFrames), [this] { return m_stopping; });
+            m_changed.wait_until(lock, begin + FrameCount((m_tick + 1) * kTickFrames), [this] { return m_stopping; });
         }
-        if (!handOver(queue, batch)) return;
+        outcome = handOver(queue, batch);
     }
+    if (outcome == Outcome::Stopped) return;
     queue.async([weak = weak_from_this()] {
         if (const auto self = weak.lock(); self && self->m_callbacks.didEnd) self->m_callbacks.didEnd();
     });
 }
 
-/// Reads the next ticks of one side; behind its end, silence.
-void FilePlayer::fill(Lane& lane, std::int64_t ticks) {
+/// Reads what both sides play next. False, and there is nothing to deliver, when the schedule has ended.
+bool FilePlayer::readTick() {
+    fill(m_system);
+    fill(m_microphone);
+    return m_tick * kTickFrames < framesToPlay(); // known only now: a file may have ended just here
+}
+
+/// Reads the next tick of one side; behind its end, silence.
+void FilePlayer::fill(Lane& lane) {
     if (!lane.reader) return;
     const auto channels = static_cast<std::size_t>(lane.reader->channels());
-    lane.samples.resize(static_cast<std::size_t>(ticks * kTickFrames) * channels);
-    std::size_t wanted = static_cast<std::size_t>(ticks * kTickFrames);
-    if (m_length)
-        wanted = static_cast<std::size_t>(
-            std::clamp<std::int64_t>(m_length->count() - lane.playedFrames, 0, static_cast<std::int64_t>(wanted)));
+    lane.samples.resize(static_cast<std::size_t>(kTickFrames) * channels);
+    const std::int64_t left = m_length ? m_length->count() - lane.playedFrames : kTickFrames;
+    const auto wanted = static_cast<std::size_t>(std::clamp<std::int64_t>(left, 0, kTickFrames));
     std::size_t got = 0;
     while (!lane.ended && got < wanted) {
         const std::size_t frames =
@@ -206,29 +200,37 @@ std::int64_t FilePlayer::framesToPlay() const {
     return roundUp(std::max(m_system.playedFrames, m_microphone.playedFrames), kBlockFrames);
 }
 
-/// Passes the batch through the capture queue and waits for it. False when the player is to stop.
-bool FilePlayer::handOver(SerialQueue& queue, Batch& batch) {
+/// Passes the batch through the capture queue and waits until the writer has taken it.
+FilePlayer::Outcome FilePlayer::handOver(SerialQueue& queue, Batch& batch) {
     std::unique_lock lock(m_mutex);
     while (!m_stopping) {
-        m_batchUnderWay = true;
+        m_outcome.reset();
         queue.post(batch);
-        m_changed.wait(lock, [this] { return !m_batchUnderWay; });
-        if (batch.outcome == Batch::Outcome::Delivered) return !m_stopping;
+        m_changed.wait(lock, [this] { return m_outcome.has_value(); });
+        if (*m_outcome != Outcome::WriterIsFull) return m_stopping ? Outcome::Stopped : *m_outcome;
         m_changed.wait_for(lock, kWriterPause, [this] { return m_stopping; });
     }
-    return false;
+    return Outcome::Stopped;
 }
 
-void FilePlayer::deliver(Lane& lane, std::int64_t tickInBatch, std::int64_t tick) {
+/// At full speed the files are read here, tick by tick: samples that stay in this processor's cache on their way from
+/// the file into the mix cost half of what they cost when another thread reads them by the second.
+FilePlayer::Outcome FilePlayer::deliverTicks(std::int64_t ticks) {
+    for (std::int64_t i = 0; i < ticks; ++i) {
+        if (m_pace == Pace::AsFastAsPossible && !readTick()) return Outcome::Ended;
+        deliver(m_system);
+        deliver(m_microphone);
+        ++m_tick;
+    }
+    return Outcome::Delivered;
+}
+
+void FilePlayer::deliver(Lane& lane) {
     if (!lane.handler) return;
-    const auto channels = static_cast<std::size_t>(lane.reader->channels());
-    const std::size_t samplesPerTick = static_cast<std::size_t>(kTickFrames) * channels;
-    const auto samples = std::span<const float>(lane.samples)
-                             .subspan(static_cast<std::size_t>(tickInBatch) * samplesPerTick, samplesPerTick);
-    const HostFramePos at = m_begin + FrameCount(tick * kTickFrames);
+    const HostFramePos at = m_begin + FrameCount(m_tick * kTickFrames);
     const bool setsFrameZero = &lane == &m_system && std::exchange(m_firstSystemBuffer, false);
-    lane.handler({.data = std::as_bytes(samples),
-                  .description = channels == 1 ? &kMonoFloat : &kInterleavedStereoFloat,
+    lane.handler({.data = std::as_bytes(std::span<const float>(lane.samples)),
+                  .description = lane.reader->channels() == 1 ? &kMonoFloat : &kInterleavedStereoFloat,
                   .presentationTime = setsFrameZero ? MediaTime::atFrame(at) : MediaTime::insideFrame(at),
                   .sampleCount = kTickFrames});
 }

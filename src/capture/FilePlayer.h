@@ -62,23 +62,29 @@ private:
     class MicrophoneHandle;
     class Batch;
 
+    enum class Outcome { Delivered, WriterIsFull, Ended, Stopped };
+
     /// One side: its file, and where its samples go once it has been started.
     struct Lane {
         std::unique_ptr<AudioFileReader> reader;
         SampleHandler handler; ///< capture queue; empty before the start and after the stop
-        bool ended = false;    ///< player's thread
+        bool ended = false;
         std::int64_t playedFrames = 0;
-        std::vector<float> samples; ///< a batch of ticks
+        std::vector<float> samples; ///< of the tick that is due
     };
 
     FilePlayer(Files files, Pace pace, std::optional<FrameCount> length);
     void laneStarted(SerialQueue& queue);
-    void play(SerialQueue& queue, std::int64_t ticksPerBatch);
-    void fill(Lane& lane, std::int64_t ticks);
+    void play(SerialQueue& queue);
+    bool readTick();
+    void fill(Lane& lane);
     [[nodiscard]] std::int64_t framesToPlay() const;
-    bool handOver(SerialQueue& queue, Batch& batch);
-    void deliver(Lane& lane, std::int64_t tickInBatch, std::int64_t tick);
+    Outcome handOver(SerialQueue& queue, Batch& batch);
+    Outcome deliverTicks(std::int64_t ticks);
+    void deliver(Lane& lane);
 
+    // The player's thread waits while a batch is on the capture queue: what both use, they use in turns.
+    std::int64_t m_tick = 0; ///< that is due
     Lane m_system;
     Lane m_microphone;
     const Pace m_pace;
@@ -90,8 +96,8 @@ private:
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    bool m_stopping = false;      ///< under the mutex
-    bool m_batchUnderWay = false; ///< under the mutex
+    bool m_stopping = false;          ///< under the mutex
+    std::optional<Outcome> m_outcome; ///< of the last batch; under the mutex
     std::thread m_thread;
 };
 
