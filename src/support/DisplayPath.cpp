@@ -6,7 +6,7 @@ namespace quillet {
 
 QString displayPath(const std::filesystem::path& path, const std::optional<std::filesystem::path>& home) {
     // Byte for byte, also for names that are no valid UTF-8.
-    const QString shown = QFile::decodeName(path.c_str());
+    QString shown = QFile::decodeName(path.c_str());
     if (!home || *home == "/") return shown;
     const QString homePath = QFile::decodeName(home->c_str());
     if (shown == homePath) return QStringLiteral("~");
