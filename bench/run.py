@@ -13,10 +13,12 @@ import platform
 import re
 import shutil
 import signal
+import statistics
 import subprocess
 import time
 from statistics import median
 
+import notes
 import peers
 from measure import Failed, interleaved, progress, run
 
@@ -341,13 +343,37 @@ class Bench:
         self.row("Tray: wake-ups per s and CPU %, recording, popover shut",
                  f"{recording['wakeups'] / seconds:.0f}, {recording['cpu_ms'] / seconds / 10:.1f} %")
 
+    # -- g) notes -----------------------------------------------------------------------------------------------------
+
+    def notes_made(self):
+        seconds = 600 if self.options.quick else HOUR_S
+        command = self.record(self.speech("notes", seconds), self.empty("notes"))
+        progress(f"recording {seconds} s")
+        recording = self.check_recording(run(command, self.log).output, seconds)
+        length = f"{seconds // 60} min" if seconds < HOUR_S else f"{seconds // HOUR_S} h"
+        what = f"Recording of {length} ({recording.stat().st_size >> 20} MiB) to its note"
+        self.note_row(f"{what} in a vault, s; cp of the file (ours / theirs)",
+                      *notes.in_vault(self.quillet, recording, self.empty("vault-notes"), self.log))
+        if why := notes.Joplin.why_unavailable(self.options.joplin):
+            self.failed(f"{what} in Joplin", why)
+            return
+        version, ours, theirs = notes.in_joplin(self.quillet, recording, self.empty("joplin-notes"),
+                                                self.options.joplin, self.log)
+        self.note_row(f"{what} in Joplin {version}, s; curl's upload of the file alone (ours / theirs)", ours, theirs)
+
+    def note_row(self, what, ours, theirs):
+        is_hour = not self.options.quick
+        self.row(what, notes.times(ours), notes.times(theirs) if theirs else "not installed",
+                 min(ours) / min(theirs) if theirs else None, "median < 1 s" if is_hour else "",
+                 statistics.median(ours) < 1 if is_hour else None)
+
     # -- all of it ----------------------------------------------------------------------------------------------------
 
     def run_all(self):
         self.ours_per_hour = 0.0
         steps = {"processor time": self.processor_time, "quality": self.quality,
                  "memory and finishing": self.memory_and_finishing, "mixing": self.mixing, "live": self.live,
-                 "tray": self.tray}
+                 "tray": self.tray, "notes": self.notes_made}
         for name, step in steps.items():
             if self.options.only and name not in self.options.only:
                 continue
@@ -384,7 +410,8 @@ Processor time is user and system time of the whole process over two {minutes}-m
 AAC at 256 kbit/s in an MP4 file. Coding noise is compared with what the encoder was given, by a simple model of
 masking (bench/Quality.cpp says which); nobody listened. Wake-ups are voluntary context switches of all threads. The
 tray application runs on an X server without a window manager, beside a panel that answers at once (bench/TrayMeter.cpp);
-"its share" of memory counts pages that several processes use in part.\
+"its share" of memory counts pages that several processes use in part. Notes are timed as the whole process of
+`quillet notes create`, and what arrived is compared byte by byte; Joplin runs without a screen.\
 """
 
 
@@ -395,7 +422,7 @@ def first_line(command):
 
 def main():
     parser = argparse.ArgumentParser()
-    for name in ("build", "scripts", "conversation", "sound_servers", "work", "log"):
+    for name in ("build", "scripts", "conversation", "sound_servers", "joplin", "work", "log"):
         parser.add_argument("--" + name.replace("_", "-"), type=pathlib.Path, required=True)
     parser.add_argument("--quick", action="store_true")
     parser.add_argument("--only", action="append", help="a step by its name; may be given again")

@@ -10,6 +10,10 @@ constexpr int kMaxPages = 1000; ///< of a hundred folders each: whoever has more
 
 QString textOf(const QJsonObject& object, const char* key) { return object.value(QLatin1String(key)).toString(); }
 
+qint64 sizeOf(const QJsonObject& resource) {
+    return static_cast<qint64>(resource.value(QLatin1String("size")).toDouble(-1));
+}
+
 /// Whether the answer speaks of the item that the request was about.
 Result<void, Fault> confirmed(const Result<QJsonObject, Fault>& answer, const QString& id) {
     if (!answer) return Failure{answer.error()};
@@ -106,7 +110,7 @@ Result<std::optional<qint64>, Fault> Client::resourceBytes(const QString& id) {
                                        authorised({{QStringLiteral("fields"), QStringLiteral("id,size")}}));
     if (!answer && answer.error() == Fault::NotFound) return std::optional<qint64>();
     if (auto same = confirmed(answer, id); !same) return Failure{same.error()};
-    return std::optional(static_cast<qint64>(answer->value(QLatin1String("size")).toDouble(-1)));
+    return std::optional(sizeOf(*answer));
 }
 
 Result<void, Fault> Client::makeNote(const QString& id, const QString& title, const QString& folderId) {
@@ -124,9 +128,12 @@ Result<void, Fault> Client::setBody(const QString& noteId, const QString& body) 
 Result<void, Fault> Client::makeResource(const QString& id, const QString& title, QFile& file, const QString& suffix) {
     const QJsonObject properties{{QLatin1String("id"), id}, {QLatin1String("title"), title}};
     // Joplin takes the kind of the file from the name in the form; the title is what its user sees.
-    return confirmed(m_http.upload(m_limits.upload, QStringLiteral("/resources"), authorised(), properties, file,
-                                   QLatin1String("recording") + suffix),
-                     id);
+    const auto answer = m_http.upload(m_limits.upload, QStringLiteral("/resources"), authorised(), properties, file,
+                                      QLatin1String("recording") + suffix);
+    if (auto same = confirmed(answer, id); !same) return same;
+    // A recording that arrived in part would pass for the whole one.
+    if (sizeOf(*answer) != file.size()) return Failure{Fault::Garbage};
+    return {};
 }
 
 void Client::removeNote(const QString& id) { remove(QStringLiteral("/notes/") + id); }

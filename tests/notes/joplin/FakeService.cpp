@@ -12,6 +12,13 @@ constexpr qint64 kReadAtOnce = 1024 * 1024;
 
 QByteArray json(const QJsonObject& object) { return QJsonDocument(object).toJson(QJsonDocument::Compact); }
 
+/// Of the file at the end of a form.
+qint64 fileBytes(const FakeService::Request& request) {
+    const qsizetype begin = request.body.indexOf("\r\n\r\n", request.body.indexOf("filename=")) + 4;
+    const qsizetype boundary = request.body.indexOf("\r\n"); // with the dashes before it
+    return request.bodyBytes - begin - boundary - 6;
+}
+
 } // namespace
 
 FakeService::FakeService(Script theScript) : script(std::move(theScript)) {
@@ -117,7 +124,8 @@ FakeService::Answer FakeService::asJoplin(const Request& request) {
     if (request.verb == "PUT") return reply(json({{QStringLiteral("id"), request.path.section(u'/', -1)}}));
     // Both kinds of body name the id; the form's has it among other things.
     const qsizetype id = request.body.indexOf("\"id\":\"") + 6;
-    return reply("{\"id\":\"" + request.body.mid(id, 32) + "\"}");
+    return reply("{\"id\":\"" + request.body.mid(id, 32) + "\",\"size\":" + QByteArray::number(fileBytes(request)) +
+                 "}");
 }
 
 } // namespace quillet::test

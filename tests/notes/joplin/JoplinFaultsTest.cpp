@@ -147,6 +147,19 @@ TEST_F(JoplinFaultsTest, anUploadThatStopsHalfwayIsGivenUp) {
     }
 }
 
+TEST_F(JoplinFaultsTest, aRecordingThatArrivedInPartMakesNoNote) {
+    service.script = [](const Request& request) {
+        Answer answer = FakeService::asJoplin(request);
+        if (request.path == u"/resources") answer.body.replace("\"size\":3", "\"size\":2");
+        return answer;
+    };
+
+    EXPECT_FALSE(create(user.draft()).success);
+
+    EXPECT_EQ(service.count(u("POST /notes")), 0);
+    EXPECT_EQ(service.journal().filter(u("DELETE /resources/")).size(), 1) << "the part is taken back";
+}
+
 TEST_F(JoplinFaultsTest, aSlowUploadThatGoesOnIsNotGivenUp) {
     user.write("talk.m4a", QByteArray(60'000'000, 'a'));
     service.stallAfterBodyBytes = 0;
