@@ -51,7 +51,7 @@ protected:
     }
 
     JoplinUser user;
-    joplin::Limits limits{.ping = milliseconds(1'000), .answer = milliseconds(5'000), .upload = milliseconds(1'000)};
+    joplin::Limits limits{.ping = milliseconds(5'000), .answer = milliseconds(5'000), .upload = milliseconds(2'000)};
     FakeService service{FakeService::asJoplin};
     std::vector<quint16> ports{service.serverPort()};
 };
@@ -79,7 +79,7 @@ TEST_F(JoplinFaultsTest, everyBadAnswerToEveryStepEndsInASentenceAndATidyService
             if (!service.isListening()) service.revive();
             service.requests.clear();
             spoil(u(step), fault);
-            limits.answer = milliseconds(fault.kind == Answer::Kind::Stall ? 1'000 : 5'000);
+            limits.ping = limits.answer = milliseconds(fault.kind == Answer::Kind::Stall ? 1'000 : 5'000);
 
             const NoteOutcome outcome = create(draft);
 
@@ -96,6 +96,7 @@ TEST_F(JoplinFaultsTest, everyBadAnswerToEveryStepEndsInASentenceAndATidyService
 }
 
 TEST_F(JoplinFaultsTest, theTokenGoesToJoplinOnly) {
+    limits.ping = milliseconds(1'000); // one of the strangers never answers
     FakeService joplin(FakeService::asJoplin);
     ports = {service.serverPort(), joplin.serverPort()};
     const std::pair<const char*, Answer> strangers[] = {
@@ -164,14 +165,14 @@ TEST_F(JoplinFaultsTest, aSlowUploadThatGoesOnIsNotGivenUp) {
     user.write("talk.m4a", QByteArray(60'000'000, 'a'));
     service.stallAfterBodyBytes = 0;
     QTimer reader; // takes twice as long over all of it as one step may take
-    QObject::connect(&reader, &QTimer::timeout, &service, [this] { service.letOn(3'000'000); });
+    QObject::connect(&reader, &QTimer::timeout, &service, [this] { service.letOn(1'500'000); });
     reader.start(100);
     QElapsedTimer timer;
     timer.start();
 
     const NoteOutcome outcome = create(user.draft());
 
-    EXPECT_GT(timer.elapsed(), 1'000);
+    EXPECT_GT(timer.elapsed(), limits.upload.count());
 
     EXPECT_TRUE(outcome.success) << qPrintable(outcome.reason);
 }
