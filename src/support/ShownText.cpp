@@ -13,7 +13,7 @@ QString translated(const QString& text) { return QCoreApplication::translate("Me
 } // namespace
 
 QString shownText(const QString& source) {
-    const QString whole = translated(source);
+    QString whole = translated(source);
     if (whole != source) return whole;
     for (const QLatin1String separator : kSeparators) {
         const qsizetype place = source.indexOf(separator);

@@ -32,6 +32,7 @@ constexpr const char* kTexts[] = {
     QT_TRANSLATE_NOOP("Messages",
                       "There isn’t enough free disk space to save the recording. Free some space and try again."),
     QT_TRANSLATE_NOOP("Messages", "Permission Required"),
+    // NOLINTNEXTLINE(bugprone-suspicious-missing-comma): one text on two lines
     QT_TRANSLATE_NOOP("Messages", "Screen capture and microphone access are required to record. Please allow access in "
                                   "System Settings → Privacy & Security."),
     QT_TRANSLATE_NOOP("Messages", "Notes Access Not Allowed"),

@@ -30,7 +30,7 @@ void install(QCoreApplication& application, const QString& name, const QString& 
 
 QString catalogueLanguage(const QStringList& uiLanguages) {
     for (const QString& each : uiLanguages) {
-        const QString language = each.section(u'-', 0, 0).section(u'_', 0, 0);
+        QString language = each.section(u'-', 0, 0).section(u'_', 0, 0);
         // A second choice does not come before the language of the sources.
         if (language == QLatin1String("en") || language == QLatin1String("C")) return {};
         if (QFile::exists(kFolder + u'/' + ours(language) + QStringLiteral(".qm"))) return language;
