@@ -52,13 +52,15 @@ Result<FinishedRecording> finishInPlace(DurableFile& file, const Retries& retrie
     const Walk& walk = *walked;
     const auto from = parseUnfinishedMovie(walk.movie);
     if (!from) return Failure{PlatformError{}};
-    const std::vector<std::byte> movie = buildMovie(*from, walk.samples);
-    const std::int64_t end = walk.soundEnd + static_cast<std::int64_t>(movie.size());
+    const FinishedMovie movie(*from, walk.samples);
+    const std::int64_t end = walk.soundEnd + movie.size();
 
     if (auto room = file.reserve(end); !room) return Failure{room.error()};
     auto done = closeLastDataBox(file, walk, retries);
     if (done) done = coverRest(file, walk, retries);
-    if (done) done = writeDurably(file, walk.soundEnd, movie, retries);
+    if (done)
+        done = writeDurably(
+            file, [&] { return movie.writeTo(file, walk.soundEnd); }, retries);
     if (done) done = file.truncate(end);
     if (!done) {
         // Without the new movie it is the recording in fragments again, and no larger than before.
