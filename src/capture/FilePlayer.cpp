@@ -9,8 +9,8 @@
 namespace quillet {
 namespace {
 
-/// At full speed a batch of 0.5 s goes over to the capture queue at once: a hop per tick would cost more than mixing.
-constexpr std::int64_t kTicksPerFastBatch = 25;
+/// At full speed a batch of 0.2 s goes over to the capture queue at once: a hop per tick would cost more than mixing.
+constexpr std::int64_t kTicksPerFastBatch = 10;
 /// How long to wait when the file writer's queue is full; it holds many seconds, so it does not run dry meanwhile.
 constexpr std::chrono::milliseconds kWriterPause{5};
 
