@@ -48,8 +48,7 @@ void BoxWriter::number(std::uint64_t value, int bytes) {
     for (int shift = (bytes - 1) * 8; shift >= 0; shift -= 8) m_bytes.push_back(static_cast<std::byte>(value >> shift));
 }
 
-void BoxWriter::patchSize(std::size_t start) {
-    const std::size_t size = m_bytes.size() - start;
+void BoxWriter::patchSize(std::size_t start, std::size_t size) {
     for (std::size_t i = 0; i < 4; ++i) m_bytes[start + i] = static_cast<std::byte>(size >> (24 - 8 * i));
 }
 

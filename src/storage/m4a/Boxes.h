@@ -67,14 +67,18 @@ public:
     void zeros(std::size_t count) { m_bytes.resize(m_bytes.size() + count); }
     void bytes(Bytes bytes) { m_bytes.insert(m_bytes.end(), bytes.begin(), bytes.end()); }
 
+    /// Makes room in the boxes around for bytes that somebody else will put here.
+    void leaveOut(std::size_t bytes) { m_leftOut += bytes; }
+
     /// A box whose payload is what the function writes.
     template <typename Payload>
     void box(std::uint32_t type, Payload&& payload) {
         const std::size_t start = m_bytes.size();
+        const std::size_t leftOutBefore = m_leftOut;
         u32(0);
         u32(type);
         payload();
-        patchSize(start);
+        patchSize(start, m_bytes.size() - start + m_leftOut - leftOutBefore);
     }
     /// The same with a version and flags in front.
     template <typename Payload>
@@ -89,15 +93,15 @@ public:
         box(type, [&] { bytes(payload); });
     }
 
-    void reserve(std::size_t bytes) { m_bytes.reserve(bytes); }
     [[nodiscard]] Bytes view() const { return m_bytes; }
     [[nodiscard]] std::vector<std::byte> take() { return std::move(m_bytes); }
 
 private:
     void number(std::uint64_t value, int bytes);
-    void patchSize(std::size_t start);
+    void patchSize(std::size_t start, std::size_t size);
 
     std::vector<std::byte> m_bytes;
+    std::size_t m_leftOut = 0;
 };
 
 } // namespace quillet::m4a

@@ -17,8 +17,13 @@ bool mayPass(const PlatformError& error) {
 
 Result<void> writeDurably(DurableFile& file, std::int64_t offset, std::span<const std::byte> bytes,
                           const Retries& retries) {
+    return writeDurably(
+        file, [&] { return file.writeAt(offset, bytes); }, retries);
+}
+
+Result<void> writeDurably(DurableFile& file, const std::function<Result<void>()>& write, const Retries& retries) {
     for (std::size_t attempt = 0;; ++attempt) {
-        auto done = file.writeAt(offset, bytes);
+        auto done = write();
         if (done) done = file.sync();
         if (done || attempt == retries.size() || !mayPass(done.error())) return done;
         std::this_thread::sleep_for(retries[attempt]);

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <vector>
 
@@ -17,6 +18,9 @@ using Retries = std::vector<std::chrono::milliseconds>;
 /// Writes and waits until the bytes are on the disk. After a failed sync everything is written anew: the system takes
 /// the pages that it could not write for clean and a second sync alone would succeed without them.
 [[nodiscard]] Result<void> writeDurably(DurableFile& file, std::int64_t offset, std::span<const std::byte> bytes,
+                                        const Retries& retries);
+/// The same with a function that writes to the file, always the same.
+[[nodiscard]] Result<void> writeDurably(DurableFile& file, const std::function<Result<void>()>& write,
                                         const Retries& retries);
 
 /// Errors that may pass by themselves: device errors, no space, quota, not now.

@@ -22,13 +22,13 @@ Result<void> closeLastDataBox(DurableFile& file, const Walk& walk, const Retries
     return writeDurably(file, walk.lastDataBox, size.view(), retries);
 }
 
-/// Makes what follows the sound end the walk for good. A torn fragment there, half overwritten by the new movie when
-/// the power fails, might be taken for a whole one otherwise.
-Result<void> coverRest(DurableFile& file, const Walk& walk, const Retries& retries) {
-    const std::int64_t rest = walk.fileSize - walk.soundEnd;
-    if (rest == 0) return {};
+/// Makes what follows the sound end the walk for good, before the new movie is written there. When the power fails
+/// meanwhile, a torn fragment, half overwritten, might be taken for a whole one otherwise, and a long movie without its
+/// beginning for the greater part of the recording behind a damaged spot.
+Result<void> coverRest(DurableFile& file, const Walk& walk, std::int64_t newEnd, const Retries& retries) {
+    const std::int64_t rest = std::max(walk.fileSize, newEnd) - walk.soundEnd;
     BoxWriter header;
-    header.u32(static_cast<std::uint32_t>(std::clamp<std::int64_t>(rest, kBoxHeaderBytes, kLargest32)));
+    header.u32(static_cast<std::uint32_t>(std::min(rest, kLargest32)));
     header.u32(fourCc("free"));
     return writeDurably(file, walk.soundEnd, header.view(), retries);
 }
@@ -52,13 +52,15 @@ Result<FinishedRecording> finishInPlace(DurableFile& file, const Retries& retrie
     const Walk& walk = *walked;
     const auto from = parseUnfinishedMovie(walk.movie);
     if (!from) return Failure{PlatformError{}};
-    const std::vector<std::byte> movie = buildMovie(*from, walk.samples);
-    const std::int64_t end = walk.soundEnd + static_cast<std::int64_t>(movie.size());
+    const FinishedMovie movie(*from, walk.samples);
+    const std::int64_t end = walk.soundEnd + movie.size();
 
     if (auto room = file.reserve(end); !room) return Failure{room.error()};
     auto done = closeLastDataBox(file, walk, retries);
-    if (done) done = coverRest(file, walk, retries);
-    if (done) done = writeDurably(file, walk.soundEnd, movie, retries);
+    if (done) done = coverRest(file, walk, end, retries);
+    if (done)
+        done = writeDurably(
+            file, [&] { return movie.writeTo(file, walk.soundEnd); }, retries);
     if (done) done = file.truncate(end);
     if (!done) {
         // Without the new movie it is the recording in fragments again, and no larger than before.

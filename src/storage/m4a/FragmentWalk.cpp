@@ -14,6 +14,7 @@ constexpr std::uint32_t kMostPacketsPerFragment = 1024;
 constexpr std::uint32_t kLongestFragmentHeader = 512 + 16 * kMostPacketsPerFragment;
 /// Twice what the format lets two channels of one packet take.
 constexpr std::uint32_t kLongestPacket = 2 * 2 * 768;
+static_assert(kLongestPacket <= std::numeric_limits<std::uint16_t>::max());
 /// A month of sound: bounds the memory that a made-up file can ask for.
 constexpr std::size_t kMostPackets = std::size_t{31} * 24 * 3600 * 48000 / kPacketFrames;
 /// Several times what one fragment can leave behind when it is cut off.
@@ -175,7 +176,7 @@ Result<Walker::Step> Walker::takeFragment(std::int64_t& position) {
     while (chunk.packets < fragment->packets && sizes.size() < kMostPackets) {
         const std::uint32_t packet = fragment->packetBytes(chunk.packets);
         if (packet == 0 || packet > kLongestPacket || next + packet > end) break;
-        sizes.push_back(packet);
+        sizes.push_back(static_cast<std::uint16_t>(packet));
         next += packet;
         ++chunk.packets;
     }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 namespace quillet::m4a {
 namespace {
@@ -12,6 +13,8 @@ namespace {
 constexpr std::uint32_t kTimescale = kSampleRateHz;
 /// What does not depend on the recording's length, generously: headers, sample description, user data.
 constexpr std::int64_t kFixedMovieBytes = 2 * kLongestMovieStart;
+constexpr std::size_t kPacketSizeBytes = 4; ///< of an entry in stsz
+constexpr std::size_t kPacketSizesPerWrite = 16 * 1024;
 
 // The 3x3 matrix of an untransformed picture, which sound has as well.
 void identityMatrix(BoxWriter& out) {
@@ -136,8 +139,10 @@ void rollGroups(BoxWriter& out, std::uint32_t packets) {
     });
 }
 
-void sampleTable(BoxWriter& out, const MovieTemplate& from, const SampleTable& samples) {
+/// Leaves out the packet sizes and returns where they belong.
+std::size_t sampleTable(BoxWriter& out, const MovieTemplate& from, const SampleTable& samples) {
     const auto packets = static_cast<std::uint32_t>(samples.packetBytes.size());
+    std::size_t packetSizesFrom = 0;
     out.box(fourCc("stbl"), [&] {
         out.copiedBox(fourCc("stsd"), from.sampleDescription);
         out.fullBox(fourCc("stts"), 0, 0, [&] {
@@ -149,11 +154,13 @@ void sampleTable(BoxWriter& out, const MovieTemplate& from, const SampleTable& s
         out.fullBox(fourCc("stsz"), 0, 0, [&] {
             out.u32(0);
             out.u32(packets);
-            for (const std::uint32_t bytes : samples.packetBytes) out.u32(bytes);
+            packetSizesFrom = out.view().size();
+            out.leaveOut(packets * kPacketSizeBytes);
         });
         chunkOffsets(out, samples.chunks);
         rollGroups(out, packets);
     });
+    return packetSizesFrom;
 }
 
 bool isOurSampleDescription(Bytes description) {
@@ -208,12 +215,10 @@ std::optional<MovieTemplate> parseUnfinishedMovie(Bytes movie) {
     return reader.ok() ? std::optional(result) : std::nullopt;
 }
 
-std::vector<std::byte> buildMovie(const MovieTemplate& from, const SampleTable& samples) {
+FinishedMovie::FinishedMovie(const MovieTemplate& from, const SampleTable& samples) : m_samples(samples) {
     const std::uint64_t mediaFrames = std::uint64_t{samples.packetBytes.size()} * kPacketFrames;
     const Durations durations{mediaFrames, mediaFrames - kPacketFrames + 1};
     BoxWriter out;
-    out.reserve(static_cast<std::size_t>(movieBytesAtMost(static_cast<std::int64_t>(samples.packetBytes.size()),
-                                                          static_cast<std::int64_t>(samples.chunks.size()))));
     out.box(fourCc("moov"), [&] {
         movieHeader(out, durations);
         out.box(fourCc("trak"), [&] {
@@ -225,19 +230,38 @@ std::vector<std::byte> buildMovie(const MovieTemplate& from, const SampleTable& 
                 out.box(fourCc("minf"), [&] {
                     out.copiedBox(fourCc("smhd"), from.soundHeader);
                     out.copiedBox(fourCc("dinf"), from.dataInformation);
-                    sampleTable(out, from, samples);
+                    m_packetSizesFrom = sampleTable(out, from, samples);
                 });
             });
         });
         if (!from.userData.empty()) out.copiedBox(fourCc("udta"), from.userData);
     });
-    return out.take();
+    m_bytes = out.take();
+}
+
+std::int64_t FinishedMovie::size() const {
+    return static_cast<std::int64_t>(m_bytes.size() + m_samples.packetBytes.size() * kPacketSizeBytes);
+}
+
+Result<void> FinishedMovie::writeTo(DurableFile& file, std::int64_t offset) const {
+    const auto write = [&](Bytes bytes) {
+        const std::int64_t at = std::exchange(offset, offset + static_cast<std::int64_t>(bytes.size()));
+        return file.writeAt(at, bytes);
+    };
+    auto done = write(Bytes(m_bytes).first(m_packetSizesFrom));
+    for (std::span rest(m_samples.packetBytes); done && !rest.empty();) {
+        const std::size_t count = std::min(rest.size(), kPacketSizesPerWrite);
+        BoxWriter sizes;
+        for (const std::uint16_t bytes : rest.first(count)) sizes.u32(bytes);
+        done = write(sizes.view());
+        rest = rest.subspan(count);
+    }
+    return done ? write(Bytes(m_bytes).subspan(m_packetSizesFrom)) : done;
 }
 
 std::int64_t movieBytesAtMost(std::int64_t packets, std::int64_t chunks) {
-    constexpr std::int64_t kSizeBytes = 4;       // stsz
     constexpr std::int64_t kChunkBytes = 8 + 12; // co64, and an stsc entry should no two chunks be alike
-    return kFixedMovieBytes + packets * kSizeBytes + chunks * kChunkBytes;
+    return kFixedMovieBytes + packets * std::int64_t{kPacketSizeBytes} + chunks * kChunkBytes;
 }
 
 } // namespace quillet::m4a

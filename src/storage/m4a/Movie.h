@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/DurableFile.h"
 #include "storage/m4a/Boxes.h"
 
 #include <cstdint>
@@ -19,7 +20,7 @@ struct SampleTable {
         std::int64_t offset = 0; ///< from the beginning of the file
         std::uint32_t packets = 0;
     };
-    std::vector<std::uint32_t> packetBytes; ///< of every packet, in order
+    std::vector<std::uint16_t> packetBytes; ///< of every packet, in order; none takes more than a few KiB
     std::vector<Chunk> chunks;              ///< packets in one piece, in order
 };
 
@@ -38,9 +39,24 @@ struct MovieTemplate {
 
 /// The movie box of the finished file. Its edit list leaves out the encoder's first packet (priming) and is one frame
 /// longer than the sound: GStreamer drops the last packet otherwise, and no player makes anything of that one frame.
-[[nodiscard]] std::vector<std::byte> buildMovie(const MovieTemplate& from, const SampleTable& samples);
+/// The table of packet sizes, nine tenths of the box, is made while it is written, so that finishing hours takes
+/// little more memory than minutes.
+class FinishedMovie {
+public:
+    /// The samples have to outlive it.
+    FinishedMovie(const MovieTemplate& from, const SampleTable& samples);
 
-/// Never less than buildMovie() makes of so many packets and chunks.
+    [[nodiscard]] std::int64_t size() const;
+    /// Writes the whole box, without waiting for the disk.
+    [[nodiscard]] Result<void> writeTo(DurableFile& file, std::int64_t offset) const;
+
+private:
+    const SampleTable& m_samples;
+    std::vector<std::byte> m_bytes;    ///< all but the packet sizes
+    std::size_t m_packetSizesFrom = 0; ///< where these belong
+};
+
+/// Never less than FinishedMovie takes for so many packets and chunks.
 [[nodiscard]] std::int64_t movieBytesAtMost(std::int64_t packets, std::int64_t chunks);
 
 /// What the writer names itself in the file, and what parseUnfinishedMovie() looks for.

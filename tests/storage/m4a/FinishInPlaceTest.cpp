@@ -266,9 +266,34 @@ TEST_F(FinishInPlaceTest, randomDamageNeitherCrashesNorLosesWhatPrecedesIt) {
     EXPECT_GT(repaired, 500);
 }
 
+constexpr std::uint32_t kMadeUpPackets = 1000;
+
+/// What is in front of the packets of a made-up fragment, all of one size.
+ByteVector madeUpFragmentStart(std::uint32_t index, std::uint32_t packetBytes) {
+    m4a::BoxWriter out;
+    out.box(fourCc("moof"), [&] {
+        out.box(fourCc("traf"), [&] {
+            out.fullBox(fourCc("tfhd"), 0, 0x20018, [&] {
+                out.u32(1);
+                out.u32(kBlockFrames);
+                out.u32(packetBytes);
+            });
+            out.fullBox(fourCc("tfdt"), 1, 0, [&] { out.u64(std::uint64_t{index} * kMadeUpPackets * kBlockFrames); });
+            out.fullBox(fourCc("trun"), 0, 1, [&] {
+                out.u32(kMadeUpPackets);
+                out.u32(8 + 8 + 24 + 20 + 20 + 8); // moof, traf, tfhd, tfdt, trun, mdat headers
+            });
+        });
+    });
+    out.u32(8 + kMadeUpPackets * packetBytes);
+    out.u32(fourCc("mdat"));
+    return out.take();
+}
+
 /// More than 4 GiB and more than 2^31 frames, without the sound: a sparse file of made-up fragments.
 TEST_F(FinishInPlaceTest, recordingsOfManyHoursGetWideOffsetsAndTimes) {
-    constexpr std::uint32_t kPackets = 1000, kPacketBytes = 2048, kFragments = 2150;
+    constexpr std::uint32_t kFragments = 2150;
+    const auto packetBytes = [](std::uint32_t fragment) { return 2048 + fragment % 5; };
     const TemporaryFolder folder;
     auto created = createRecordingFile(folder / "long.m4a");
     ASSERT_TRUE(created.ok());
@@ -276,36 +301,21 @@ TEST_F(FinishInPlaceTest, recordingsOfManyHoursGetWideOffsetsAndTimes) {
     const std::size_t movie = boxEdges(s_leftover)[1];
     const std::size_t start = boxEdges(s_leftover)[2];
     ASSERT_TRUE(file.writeAt(0, m4a::Bytes(s_leftover).first(start)).ok());
-    const ByteVector sound(kPackets * kPacketBytes, std::byte{0x55});
     auto position = static_cast<std::int64_t>(start);
     for (std::uint32_t i = 0; i < kFragments; ++i) {
-        m4a::BoxWriter out;
-        out.box(fourCc("moof"), [&] {
-            out.box(fourCc("traf"), [&] {
-                out.fullBox(fourCc("tfhd"), 0, 0x20018, [&] {
-                    out.u32(1);
-                    out.u32(kBlockFrames);
-                    out.u32(kPacketBytes);
-                });
-                out.fullBox(fourCc("tfdt"), 1, 0, [&] { out.u64(std::uint64_t{i} * kPackets * kBlockFrames); });
-                out.fullBox(fourCc("trun"), 0, 1, [&] {
-                    out.u32(kPackets);
-                    out.u32(8 + 8 + 24 + 20 + 20 + 8); // moof, traf, tfhd, tfdt, trun, mdat headers
-                });
-            });
-        });
-        out.u32(8 + kPackets * kPacketBytes);
-        out.u32(fourCc("mdat"));
-        if (i + 2 >= kFragments) out.bytes(sound);
-        ASSERT_TRUE(file.writeAt(position, out.view()).ok());
-        position += 8 + 8 + 24 + 20 + 20 + 8 + std::int64_t{kPackets} * kPacketBytes;
+        ByteVector bytes = madeUpFragmentStart(i, packetBytes(i));
+        const std::size_t sound = kMadeUpPackets * packetBytes(i);
+        const auto end = position + static_cast<std::int64_t>(bytes.size() + sound);
+        if (i + 2 >= kFragments) bytes.resize(bytes.size() + sound, std::byte{0x55});
+        ASSERT_TRUE(file.writeAt(position, bytes).ok());
+        position = end;
     }
     ASSERT_GT(position, std::int64_t{1} << 32);
 
     const auto finished = finishInPlace(file, {});
 
     ASSERT_TRUE(finished.ok()) << finished.error().description.toStdString();
-    EXPECT_EQ(finished->blocks, std::int64_t{kFragments} * kPackets - 1);
+    EXPECT_EQ(finished->blocks, std::int64_t{kFragments} * kMadeUpPackets - 1);
     std::vector<std::byte> head(movie + 16);
     ASSERT_TRUE(file.readAt(0, head).ok());
     m4a::ByteReader reader(m4a::Bytes(head).subspan(movie));
@@ -315,13 +325,37 @@ TEST_F(FinishInPlaceTest, recordingsOfManyHoursGetWideOffsetsAndTimes) {
     AVFormatContext* format = nullptr;
     ASSERT_GE(avformat_open_input(&format, (folder / "long.m4a").c_str(), nullptr, nullptr), 0);
     const AVStream* stream = format->streams[0];
-    EXPECT_EQ(stream->nb_frames, std::int64_t{kFragments} * kPackets);
+    EXPECT_EQ(stream->nb_frames, std::int64_t{kFragments} * kMadeUpPackets);
     EXPECT_EQ(stream->duration, finished->blocks * kBlockFrames + 1);
     const AVIndexEntry* last =
         avformat_index_get_entry(format->streams[0], avformat_index_get_entries_count(stream) - 1);
     ASSERT_TRUE(last);
-    EXPECT_EQ(last->pos, position - kPacketBytes);
+    EXPECT_EQ(last->pos, position - packetBytes(kFragments - 1));
     avformat_close_input(&format);
+}
+
+/// The movie box of more than an hour and a half is longer than what a torn fragment can leave behind.
+TEST_F(FinishInPlaceTest, aPowerCutWithinALongMovieBoxLosesNothing) {
+    constexpr std::uint32_t kFragments = 400, kPacketBytes = 4;
+    constexpr std::int64_t kWritten = 1'300'000;
+    ByteVector leftover(s_leftover.begin(), s_leftover.begin() + static_cast<std::ptrdiff_t>(boxEdges(s_leftover)[2]));
+    for (std::uint32_t i = 0; i < kFragments; ++i) {
+        const ByteVector start = madeUpFragmentStart(i, kPacketBytes);
+        leftover.insert(leftover.end(), start.begin(), start.end());
+        leftover.resize(leftover.size() + kMadeUpPackets * kPacketBytes, std::byte{0x55});
+    }
+    MemoryFile straight(leftover);
+    ASSERT_TRUE(finishInPlace(straight, {}).ok());
+    for (unsigned seed = 0; seed < 8; ++seed) {
+        MemoryFile first(leftover);
+        first.disk().bytesUntilFault = kWritten;
+        first.disk().diesAtFault = true;
+        ASSERT_FALSE(finishInPlace(first, {}).ok());
+        MemoryFile second(first.disk().afterPowerCut(seed));
+        const auto finished = finishInPlace(second, {});
+        ASSERT_TRUE(finished.ok()) << finished.error().description.toStdString() << ", " << seed;
+        EXPECT_TRUE(second.disk().bytes == straight.disk().bytes) << seed;
+    }
 }
 
 } // namespace

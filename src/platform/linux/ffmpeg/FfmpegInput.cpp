@@ -7,9 +7,10 @@
 namespace quillet {
 namespace {
 
-constexpr int kBufferBytes = 64 * 1024;
-constexpr int kPacketBytes = 64 * 1024;
+constexpr int kBufferBytes = 16 * 1024;
+constexpr int kPacketBytes = 16 * 1024;
 constexpr int kProbedPackets = 2;
+constexpr int kIndexBytes = 4 * 1024;
 
 Failure<PlatformError> clause(const QString& text, int code = 0) { return Failure{PlatformError{code, text}}; }
 
@@ -46,9 +47,12 @@ Result<void> FfmpegInput::openFormat(const std::filesystem::path& path) {
     m_format->io_open = &openNothingElse;
     // One packet of a WAV file is 4 KiB unless told otherwise, which makes reading it twice as dear; and 2,500 of them
     // are looked through for disguised DTS. Demuxers for lists of files go round io_open, but not round the whitelist.
-    const std::string packetBytes = std::to_string(kPacketBytes), probedPackets = std::to_string(kProbedPackets);
+    // Where each packet was is noted for seeking, in a megabyte for hours, unless that is bounded; nobody seeks here.
+    const std::string packetBytes = std::to_string(kPacketBytes), probedPackets = std::to_string(kProbedPackets),
+                      indexBytes = std::to_string(kIndexBytes);
     libav::Options options{{"max_size", packetBytes.c_str()},
                            {"max_probe_packets", probedPackets.c_str()},
+                           {"indexmem", indexBytes.c_str()},
                            {"protocol_whitelist", "none"}};
     int error = avformat_open_input(&m_format, path.filename().c_str(), nullptr, options.get());
     // A header that announces plain samples says all that there is to know about them, and the packets that are looked

@@ -39,6 +39,9 @@ Result<void> RecordingPipeline::drain() {
 }
 
 Result<void> RecordingPipeline::finish() {
+    // Finishing hours of sound takes as much memory as these, which are of no more use.
+    m_encoder.reset();
+    m_muxer.reset();
     if (auto finished = m_file.finish(); !finished) return Failure{finished.error()};
     return {};
 }

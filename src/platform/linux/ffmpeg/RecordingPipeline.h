@@ -41,8 +41,8 @@ private:
           m_toMuxer([this](AVPacket& packet) { return m_muxer->add(packet); }) {}
 
     m4a::FragmentedFile m_file;
-    const std::unique_ptr<AacEncoder> m_encoder;
-    const std::unique_ptr<FragmentMuxer> m_muxer;
+    std::unique_ptr<AacEncoder> m_encoder;
+    std::unique_ptr<FragmentMuxer> m_muxer;
     const AacEncoder::PacketSink m_toMuxer;
     std::int64_t m_frames = 0;
     int m_blocksSinceFlush = 0;
