@@ -8,6 +8,7 @@
 #include <bit>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 namespace quillet {
 
@@ -83,7 +84,7 @@ std::size_t DeliveryPool::deliver(HostFramePos position, std::span<const float> 
     std::size_t taken = 0;
     const std::size_t total = interleaved.size() / state.channels;
     while (taken < total) {
-        // The first that is free, not the next in turn: usually one is enough, and it stays in the cache.
+        // The first that is free, not the next in turn: usually a few are enough, and they stay in the cache.
         const auto isFree = [](const Buffer& any) { return !any.underWay.load(std::memory_order_acquire); };
         const auto found = std::find_if(state.buffers.begin(), state.buffers.end(), isFree);
         if (found == state.buffers.end()) break;
@@ -97,7 +98,15 @@ std::size_t DeliveryPool::deliver(HostFramePos position, std::span<const float> 
         state.nextStamp = FirstStamp::InsideFrame;
         buffer.owner = m_state;
         buffer.underWay.store(true, std::memory_order_relaxed);
-        state.queue.post(buffer);
+        // All before the first free one are waiting; what lies behind it as well is being taken at this moment.
+        const std::size_t gathered =
+            std::accumulate(state.buffers.begin(), found, buffer.frames,
+                            [](std::size_t frames, const Buffer& waiting) { return frames + waiting.frames; });
+        if (gathered > kFramesThatWait) {
+            state.queue.post(buffer);
+        } else {
+            state.queue.postUnhurried(buffer);
+        }
         taken += buffer.frames;
     }
     return taken;

@@ -31,6 +31,9 @@ public:
     /// Buffers of two of the sound server's usual 1,024 frames, for a capture queue that is starved for two seconds.
     static constexpr std::size_t kBuffers = 48;
     static constexpr std::size_t kFramesPerBuffer = 2048;
+    /// So much waits on the queue for more to come, or for whatever else the queue is woken for: one fragment of the
+    /// sound server's, in however many pieces it arrives. Two fragments share a wake-up, and the first is 20 ms later.
+    static constexpr std::size_t kFramesThatWait = 1024;
 
     DeliveryPool(SerialQueue& queue, SampleHandler handler, int channels, FirstStamp firstStamp);
     ~DeliveryPool();

@@ -45,11 +45,19 @@ SerialQueue::~SerialQueue() {
 void SerialQueue::post(Item& item) {
     State& state = *m_state;
     const std::lock_guard lock(state.mutex); // to the end: the item may be what ends the queue
+    state.append(item);
+    if (!std::exchange(state.hurried, true)) state.wake.notify_one();
+}
+
+void SerialQueue::postUnhurried(Item& item) {
+    const std::lock_guard lock(m_state->mutex);
+    m_state->append(item);
+}
+
+void SerialQueue::State::append(Item& item) {
     item.m_next = nullptr;
-    const bool wasEmpty = state.head == nullptr;
-    (wasEmpty ? state.head : state.tail->m_next) = &item;
-    state.tail = &item;
-    if (wasEmpty) state.wake.notify_one();
+    (head ? tail->m_next : head) = &item;
+    tail = &item;
 }
 
 void SerialQueue::async(std::function<void()> work) { post(*new ClosureItem(std::move(work))); }
@@ -70,8 +78,10 @@ void SerialQueue::loop(State& state, const std::string& label) {
         Item* item = nullptr;
         {
             std::unique_lock lock(state.mutex);
-            state.wake.wait(lock, [&state] { return state.head || state.closing; });
+            // What has come while the thread was awake costs no wake-up.
+            if (!state.head) state.wake.wait(lock, [&state] { return state.hurried || state.closing; });
             if (!state.head) return;
+            state.hurried = false;
             item = std::exchange(state.head, nullptr);
             state.tail = nullptr;
         }

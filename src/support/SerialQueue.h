@@ -37,6 +37,9 @@ public:
     SerialQueue& operator=(const SerialQueue&) = delete;
 
     void post(Item& item);
+    /// As post(), but lets the thread sleep on: the item waits its turn until something else is posted. For work that
+    /// comes in a row, where each wake-up costs more than the wait.
+    void postUnhurried(Item& item);
     void async(std::function<void()> work);
     /// Runs the work on the queue and waits for it; never from the queue itself.
     void sync(const std::function<void()>& work);
@@ -50,7 +53,10 @@ private:
         std::condition_variable wake;
         Item* head = nullptr;
         Item* tail = nullptr;
+        bool hurried = false; ///< something in the list does not wait for more
         bool closing = false;
+
+        void append(Item& item); ///< under the mutex
     };
     static void loop(State& state, const std::string& label);
 

@@ -1,7 +1,10 @@
 #include "capture/DeliveryPool.h"
 
+#include "support/WaitFor.h"
+
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -9,6 +12,8 @@
 
 namespace quillet {
 namespace {
+
+using test::waitFor;
 
 struct Received {
     MediaTime at;
@@ -70,6 +75,29 @@ TEST_F(DeliveryPoolTest, AStarvedQueueTakesWhatItCanAndGoesOnLater) {
     EXPECT_EQ(pool.deliver({}, std::span(threeSeconds).first(100)), 100U);
     queue.sync([] {});
     EXPECT_EQ(received.size(), DeliveryPool::kBuffers + 1);
+}
+
+TEST_F(DeliveryPoolTest, AFragmentInPiecesWaitsForTheNextWhichWakesTheQueueByItself) {
+    std::atomic<int> arrived = 0;
+    int delivered = 0;
+    DeliveryPool pool(
+        queue, [&](const SampleBuffer&) { ++arrived; }, 2, DeliveryPool::FirstStamp::InsideFrame);
+    const auto deliver = [&](std::size_t frames) {
+        EXPECT_EQ(pool.deliver({}, std::vector<float>(2 * frames)), frames);
+        ++delivered;
+    };
+    const auto allArrived = [&] { return arrived == delivered; };
+
+    bool waits = false; // at first the queue's thread may be awake still and take along what comes
+    for (int attempt = 0; attempt < 20 && !waits; ++attempt) {
+        deliver(845);
+        deliver(118);
+        waits = !waitFor(allArrived, 20);
+    }
+    EXPECT_TRUE(waits) << "each fragment wakes the queue";
+    deliver(845);
+    EXPECT_TRUE(waitFor(allArrived));
+    queue.sync([] {}); // nothing is left to arrive after the counters are gone
 }
 
 TEST_F(DeliveryPoolTest, NothingArrivesAfterCloseAlsoWhenThePoolIsGone) {

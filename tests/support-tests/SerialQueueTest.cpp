@@ -39,11 +39,14 @@ TEST(SerialQueueTest, WorkOfManyThreadsRunsOneByOneInTheOrderOfEachThread) {
 
 TEST(SerialQueueTest, DestructionRunsWhatIsQueuedAlsoFromItsOwnThread) {
     CountingItem item;
+    CountingItem unhurried;
     {
         SerialQueue queue("test");
         queue.post(item);
+        queue.postUnhurried(unhurried);
     }
     EXPECT_EQ(item.runs, 1);
+    EXPECT_EQ(unhurried.runs, 1);
 
     std::atomic<bool> ranAfterwards = false;
     auto queue = std::make_shared<SerialQueue>("test");
