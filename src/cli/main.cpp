@@ -94,5 +94,6 @@ int main(int argc, char** argv) {
     const int status = quillet::cli::run(QCoreApplication::arguments());
     // A recording that is saved counts as such, wherever its path went.
     const bool sayingIsAll = QCoreApplication::arguments().value(1) != QLatin1String("record");
-    return status == quillet::cli::Done && sayingIsAll && std::ferror(stdout) ? quillet::cli::Failed : status;
+    quillet::leaveProcess(status == quillet::cli::Done && sayingIsAll && std::ferror(stdout) ? quillet::cli::Failed
+                                                                                             : status);
 }

@@ -11,6 +11,10 @@ namespace quillet {
 /// get its number; and a limit on the size of files is an error of the write that meets it, not the end of the process.
 void prepareProcess();
 
+/// Ends the process, last thing in main(), without the finalisers of the libraries behind it. With 150 of them these
+/// touch more memory, at their end, than a recording needs at its height.
+[[noreturn]] void leaveProcess(int status);
+
 /// Whether standard error is shown on a terminal that can rewrite a line.
 [[nodiscard]] bool standardErrorIsTerminal();
 

@@ -5,6 +5,8 @@
 #include <QSocketNotifier>
 
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
@@ -45,6 +47,15 @@ void prepareProcess() {
     while (number >= 0 && number <= STDERR_FILENO);
     if (number >= 0) close(number);
     handle(SIGXFSZ, letPass);
+}
+
+void leaveProcess(int status) {
+#if defined(__SANITIZE_ADDRESS__)
+    std::exit(status); // among the finalisers is the search for leaks
+#else
+    std::fflush(nullptr);
+    std::_Exit(status);
+#endif
 }
 
 bool standardErrorIsTerminal() { return isatty(STDERR_FILENO) == 1; }
