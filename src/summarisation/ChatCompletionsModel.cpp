@@ -64,12 +64,12 @@ public:
         m_silence.start(m_limits.connect);
         m_whole.start(m_limits.whole);
         {
-            const StopCallback onStop(stopToken, [this] {
-                QMetaObject::invokeMethod(
-                    &m_loop, [this] { stop(Fault::Cancelled); }, Qt::QueuedConnection);
-            });
+            // The loop only ends by that, the token says why: no closure comes here through the toolkit's queue.
+            const StopCallback onStop(stopToken,
+                                      [this] { QMetaObject::invokeMethod(&m_loop, "quit", Qt::QueuedConnection); });
             if (!m_reply.isFinished()) m_loop.exec();
         }
+        if (stopToken.stopRequested()) stop(Fault::Cancelled);
         if (m_stopped) return Failure{*m_stopped};
         read();
         if (m_stopped) return Failure{*m_stopped};

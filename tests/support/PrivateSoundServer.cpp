@@ -5,17 +5,11 @@
 #include <QByteArray>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 
-#include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <csignal>
-#include <fcntl.h>
 #include <numbers>
-#include <poll.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace quillet {
 namespace {
@@ -29,73 +23,39 @@ QString serversFolder() { return qEnvironmentVariable("QUILLET_SOUND_SERVERS"); 
 
 } // namespace
 
-/// A process with pipes to and from it. Not QProcess, whose way of forking leaves the thread sanitizer blind to locks.
+/// A command with pipes to and from it; ends with its owner.
 class PrivateSoundServer::Child {
 public:
-    explicit Child(const QStringList& command) {
-        int input[2];
-        int output[2];
-        require(pipe2(input, O_CLOEXEC) == 0 && pipe2(output, O_CLOEXEC) == 0, "no pipes for a child process");
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_adddup2(&actions, input[0], STDIN_FILENO);
-        posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
-
-        std::vector<std::string> words;
-        for (const QString& word : command) words.push_back(word.toStdString());
-        std::vector<char*> arguments;
-        for (std::string& word : words) arguments.push_back(word.data());
-        arguments.push_back(nullptr);
-        require(posix_spawnp(&m_pid, arguments[0], &actions, nullptr, arguments.data(), environ) == 0,
-                "a child process does not start");
-        posix_spawn_file_actions_destroy(&actions);
-        ::close(input[0]);
-        ::close(output[1]);
-        m_input = input[1];
-        m_output = output[0];
+    explicit Child(QStringList command) {
+        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        const QString program = command.takeFirst();
+        m_process.start(program, command);
+        require(m_process.waitForStarted(), "a child process does not start");
     }
     ~Child() {
-        closeInput();
-        if (m_pid > 0) {
-            ::kill(m_pid, SIGTERM);
-            wait();
-        }
-        ::close(m_output);
+        m_process.terminate();
+        m_process.waitForFinished(kStopLimitMs);
     }
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
 
-    void closeInput() {
-        if (m_input >= 0) ::close(m_input);
-        m_input = -1;
+    void closeInput() { m_process.closeWriteChannel(); }
+    QByteArray line(int limitMs) {
+        while (!m_process.canReadLine() && m_process.waitForReadyRead(limitMs)) continue;
+        return m_process.readLine().trimmed();
     }
-
-    /// What it prints, up to the end or to the stop; nothing more after the time limit.
-    std::string read(char stop, int limitMs) {
-        std::string text;
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(limitMs);
-        while (true) {
-            const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-            pollfd readable{.fd = m_output, .events = POLLIN, .revents = 0};
-            if (poll(&readable, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0))) <= 0) return text;
-            char character = 0;
-            if (::read(m_output, &character, 1) != 1 || character == stop) return text;
-            text.push_back(character);
-        }
+    /// What it has printed when it ends, or when the time is over.
+    QByteArray everything(int limitMs) {
+        m_process.waitForFinished(limitMs);
+        return m_process.readAll();
     }
-
-    /// Its exit status; blocks until it has ended.
-    int wait() {
-        int status = 0;
-        waitpid(m_pid, &status, 0);
-        m_pid = 0;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    [[nodiscard]] bool succeeded() const {
+        return m_process.state() == QProcess::NotRunning && m_process.exitStatus() == QProcess::NormalExit &&
+               m_process.exitCode() == 0;
     }
 
 private:
-    pid_t m_pid = 0;
-    int m_input = -1;
-    int m_output = -1;
+    QProcess m_process;
 };
 
 std::string PrivateSoundServer::whyUnavailable() {
@@ -126,14 +86,14 @@ void PrivateSoundServer::start() {
         QStringLiteral(QUILLET_SCRIPTS "/sound-server"), QStringLiteral("--runtime"), m_runtime.path(),
         m_kind == Kind::PulseAudio ? QStringLiteral("pulseaudio") : QStringLiteral("pipewire"), serversFolder(),
         QStringLiteral("--"), QStringLiteral("sh"), QStringLiteral("-c"), QStringLiteral("echo ready; exec cat")});
-    require(m_script->read('\n', kStartLimitMs) == "ready", "the private sound server did not start");
+    require(m_script->line(kStartLimitMs) == "ready", "the private sound server did not start");
 }
 
 void PrivateSoundServer::stop() {
     m_players.clear();
     if (!m_script) return;
     m_script->closeInput();
-    m_script->read('\0', kStopLimitMs); // its end
+    m_script->everything(kStopLimitMs);
     m_script.reset();
 }
 
@@ -157,19 +117,19 @@ void PrivateSoundServer::signalServers(int signal) {
 
 QString PrivateSoundServer::control(const QStringList& arguments) {
     Child child(QStringList{QStringLiteral("pactl")} + arguments);
-    const std::string printed = child.read('\0', kStopLimitMs);
-    require(child.wait() == 0, "pactl failed");
-    return QString::fromStdString(printed).trimmed();
+    const QByteArray printed = child.everything(kStopLimitMs);
+    require(child.succeeded(), "pactl failed");
+    return QString::fromUtf8(printed).trimmed();
 }
 
 std::string PrivateSoundServer::state() {
     std::string text;
     for (const char* what : {"sinks", "sources", "sink-inputs", "source-outputs"}) {
         Child child({QStringLiteral("pactl"), QStringLiteral("list"), QStringLiteral("short"), QLatin1String(what)});
-        text += std::string(what) + ":\n" + child.read('\0', kStopLimitMs);
+        text += std::string(what) + ":\n" + child.everything(kStopLimitMs).toStdString();
     }
     Child child({QStringLiteral("pactl"), QStringLiteral("info")});
-    text += child.read('\0', kStopLimitMs);
+    text += child.everything(kStopLimitMs).toStdString();
     for (const char* log : {"wireplumber.log", "pipewire.log", "pipewire-pulse.log", "pulseaudio.log"}) {
         QFile file(m_runtime.filePath(QLatin1String(log)));
         if (!file.open(QIODevice::ReadOnly)) continue;
