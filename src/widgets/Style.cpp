@@ -373,7 +373,6 @@ int Style::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWi
     case PM_ScrollBarExtent:
         return 12;
     case PM_ScrollView_ScrollBarSpacing:
-        return 0;
     case PM_ButtonShiftHorizontal:
     case PM_ButtonShiftVertical:
         return 0;
@@ -388,12 +387,9 @@ int Style::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWi
 int Style::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget, QStyleHintReturn* data) const {
     switch (hint) {
     case SH_ComboBox_Popup:
-        return 0;
     case SH_EtchDisabledText:
     case SH_DitherDisabledText:
-        return 0;
     case SH_UnderlineShortcut:
-        return 0;
     case SH_ScrollBar_Transient:
         return 0;
     default:

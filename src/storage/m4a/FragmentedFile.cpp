@@ -35,7 +35,7 @@ Result<void> FragmentedFile::makeRoom(std::int64_t upTo) {
     if (upTo <= m_roomUpTo) return {};
     for (std::size_t attempt = 0;; ++attempt) {
         for (const std::int64_t ahead : {kRoomStep, std::int64_t{0}}) {
-            const auto done = m_file->reserve(upTo + ahead);
+            auto done = m_file->reserve(upTo + ahead);
             if (done) {
                 m_roomUpTo = upTo + ahead;
                 return {};

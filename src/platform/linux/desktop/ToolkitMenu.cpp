@@ -31,7 +31,8 @@ std::unique_ptr<QMenu> makeToolkitMenu(std::function<std::vector<MenuEntry>()> e
     auto menu = std::make_unique<QMenu>();
     QMenu* opened = menu.get();
     fill(*menu, entries()); // an empty menu is not even opened
-    QObject::connect(opened, &QMenu::aboutToShow, opened, [opened, entries] { fill(*opened, entries()); });
+    QObject::connect(opened, &QMenu::aboutToShow, opened,
+                     [opened, entries = std::move(entries)] { fill(*opened, entries()); });
     return menu;
 }
 

@@ -16,7 +16,7 @@ extern "C" {
 namespace quillet {
 namespace {
 
-constexpr int kFilterTaps = 32;
+constexpr std::size_t kFilterTaps = 32;
 constexpr int kCorrectionFrames = 1'000'000; ///< ppm are frames per this many; renewed long before they are over
 constexpr std::int64_t kDelayBase = std::int64_t{kSampleRateHz} * 1000;
 
@@ -38,7 +38,7 @@ public:
         av_opt_set_int(swr, "flags", SWR_FLAG_RESAMPLE, 0);
         av_opt_set_int(swr, "linear_interp", 1, 0);
         av_opt_set_int(swr, "exact_rational", 0, 0);
-        av_opt_set_int(swr, "filter_size", kFilterTaps, 0);
+        av_opt_set_int(swr, "filter_size", static_cast<std::int64_t>(kFilterTaps), 0);
         require(swr_init(swr) >= 0, "the resampler refuses 48 kHz float");
     }
 
@@ -60,7 +60,7 @@ public:
         }
         m_framesSinceApplied += frames;
 
-        const auto room = static_cast<std::size_t>(frames + kFilterTaps + frames / 500 + 16);
+        const auto room = static_cast<std::size_t>(frames) + kFilterTaps + static_cast<std::size_t>(frames / 500) + 16;
         if (m_output.size() < room * m_channels) m_output.resize(room * m_channels);
         const auto* input = reinterpret_cast<const std::uint8_t*>(interleaved.data());
         auto* output = reinterpret_cast<std::uint8_t*>(m_output.data());
@@ -70,7 +70,10 @@ public:
     }
 
     double heldFrames() const override {
-        return static_cast<double>(swr_get_delay(m_swr.get(), kDelayBase)) / (kDelayBase / kSampleRateHz);
+        static_assert(kDelayBase % kSampleRateHz == 0);
+        constexpr std::int64_t kDelayUnitsPerFrame = kDelayBase / kSampleRateHz;
+        const auto delay = static_cast<double>(swr_get_delay(m_swr.get(), kDelayBase));
+        return delay / static_cast<double>(kDelayUnitsPerFrame);
     }
 
 private:

@@ -62,8 +62,8 @@ Swr allocateForUnknownPlaces(const SourceFormat& from, int toChannels) {
     std::vector<double> matrix(channels * static_cast<std::size_t>(toChannels));
     for (std::size_t i = 0; i < channels; ++i) {
         const std::size_t to = toChannels == 1 ? 0 : i % 2;
-        matrix[to * channels + i] =
-            toChannels == 1 ? 1.0 / from.channels : 1.0 / ((from.channels + 1 - static_cast<int>(to)) / 2);
+        const int mixedIntoOne = toChannels == 1 ? from.channels : (from.channels + 1 - static_cast<int>(to)) / 2;
+        matrix[to * channels + i] = 1.0 / mixedIntoOne;
     }
     if (!swr || swr_set_matrix(swr.get(), matrix.data(), from.channels) < 0) return nullptr;
     return swr_init(swr.get()) >= 0 ? std::move(swr) : nullptr;
