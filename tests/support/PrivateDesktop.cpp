@@ -54,7 +54,7 @@ void end(QProcess& process) {
 
 std::string PrivateDesktop::whyUnavailable() {
     for (const char* program : {"Xvfb", "dbus-daemon", "openbox", "xfce4-panel", "xdotool"}) {
-        if (const std::string why = whyMissing(program); !why.empty()) return why;
+        if (std::string why = whyMissing(program); !why.empty()) return why;
     }
     return settingsService().isEmpty() ? "xfconfd is not installed" : std::string();
 }
