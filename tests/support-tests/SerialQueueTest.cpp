@@ -24,6 +24,7 @@ TEST(SerialQueueTest, WorkOfManyThreadsRunsOneByOneInTheOrderOfEachThread) {
     SerialQueue queue("test");
     std::vector<std::pair<int, int>> ran; // unguarded: the queue is the guard
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int thread = 0; thread < 4; ++thread) {
         threads.emplace_back([&, thread] {
             for (int i = 0; i < 1000; ++i) queue.async([&ran, thread, i] { ran.emplace_back(thread, i); });
@@ -110,6 +111,7 @@ TEST(MainThreadTest, ClosuresOfManyThreadsRunInOrderAlsoInNestedLoops) {
     constexpr int kEach = 500;
     std::vector<std::pair<int, int>> ran;
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int thread = 0; thread < 4; ++thread) {
         threads.emplace_back([&, thread] {
             for (int i = 0; i < kEach; ++i) MainThread::post([&ran, thread, i] { ran.emplace_back(thread, i); });

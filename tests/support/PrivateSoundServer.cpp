@@ -141,7 +141,7 @@ std::string PrivateSoundServer::state() {
 void PrivateSoundServer::play(const QString& output, const std::vector<float>& mono) {
     QFile file(m_runtime.filePath(QString::number(++m_files) + QStringLiteral(".raw")));
     require(file.open(QIODevice::WriteOnly), "no file for a sound");
-    const auto bytes = static_cast<qint64>(mono.size() * sizeof(float));
+    const auto bytes = static_cast<qint64>(mono.size()) * qint64{sizeof(float)};
     require(file.write(reinterpret_cast<const char*>(mono.data()), bytes) == bytes, "no room for a sound");
     file.close();
 
