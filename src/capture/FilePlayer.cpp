@@ -214,7 +214,7 @@ FilePlayer::Outcome FilePlayer::handOver(SerialQueue& queue, Batch& batch) {
 }
 
 /// At full speed the files are read here, tick by tick: samples that stay in this processor's cache on their way from
-/// the file into the mix cost half of what they cost when another thread reads them by the second.
+/// the file into the mix cost less than those that another thread has read ahead.
 FilePlayer::Outcome FilePlayer::deliverTicks(std::int64_t ticks) {
     for (std::int64_t i = 0; i < ticks; ++i) {
         if (m_pace == Pace::AsFastAsPossible && !readTick()) return Outcome::Ended;

@@ -251,6 +251,7 @@ TEST_F(AudioMixerTest, GainsFollowTheLevelsOfEachSource) {
         EXPECT_NEAR(mixer.systemAutoGain(), row.systemGain, 1e-4);
         EXPECT_NEAR(mixer.micAutoGain(), row.micGain, 1e-4);
         EXPECT_EQ(meters.read().system.peak, row.system);
+        EXPECT_EQ(meters.read().microphone.peak, row.mic);
         EXPECT_EQ(meters.read().microphone.digitalSilence.count(), row.mic > 0 ? 0 : 300 * kBlockFrames);
     }
 }
