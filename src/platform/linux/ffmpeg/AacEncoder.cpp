@@ -1,8 +1,8 @@
 #include "platform/linux/ffmpeg/AacEncoder.h"
 
+#include "capture/FourSamples.h"
 #include "capture/MediaTime.h"
 
-#include <cmath>
 #include <cstring>
 
 namespace quillet {
@@ -11,12 +11,17 @@ namespace {
 constexpr int kChannels = 2;
 constexpr float kLargestSample = 16.0F; ///< +24 dBFS; nothing that a mix produces comes near
 
-float usable(float sample) { return std::abs(sample) < kLargestSample ? sample : 0.0F; } // NaN compares false
+FourSamples usable(FourSamples samples) { // NaN compares false
+    return magnitude(samples) < allFour(kLargestSample) ? samples : FourSamples{};
+}
 
 void deinterleave(std::span<const float> interleaved, float* left, float* right) {
-    for (std::size_t i = 0; i < static_cast<std::size_t>(kBlockFrames); ++i) {
-        left[i] = usable(interleaved[2 * i]);
-        right[i] = usable(interleaved[2 * i + 1]);
+    static_assert(kBlockFrames % 4 == 0);
+    for (std::size_t i = 0; i < static_cast<std::size_t>(kBlockFrames); i += 4) {
+        const FourSamples a = usable(loadFour(interleaved.data() + 2 * i));
+        const FourSamples b = usable(loadFour(interleaved.data() + 2 * i + 4));
+        storeFour(left + i, __builtin_shufflevector(a, b, 0, 2, 4, 6));
+        storeFour(right + i, __builtin_shufflevector(a, b, 1, 3, 5, 7));
     }
 }
 
