@@ -81,10 +81,10 @@ public:
     /// Any thread.
     [[nodiscard]] CaptureStatistics statistics() const { return m_meters.read(); }
 
-    /// Capture queue: whether a source that can be held back may deliver so many blocks now. False while that would
-    /// run far ahead of the encoder: the writer's long queue is there for live sources on a slow disk. True when there
-    /// is no file to wait for.
-    [[nodiscard]] bool canTakeBlocks(std::int64_t blocks) const;
+    /// Capture queue: whether sources that can be held back may deliver up to a second now. If not, as that would run
+    /// far ahead of the encoder (the writer's long queue is there for live sources on a slow disk), whenReady is called
+    /// once, on any thread, when they may. True when there is no file to wait for.
+    bool requestMediaData(std::function<void()> whenReady);
     [[nodiscard]] SerialQueue& queue() { return m_queue; }
 
     /// Waits until no recording is being finished any more, its note included, and whatever went wrong with it is on
@@ -129,8 +129,7 @@ private:
     std::unique_ptr<MicrophoneSession> m_captureSession;
     std::shared_ptr<SystemAudioStream> m_stream;
     std::shared_ptr<AssetWriter> m_assetWriter;
-    std::int64_t m_writersMade = 0;    ///< names the newest; an address could be that of an earlier one
-    std::int64_t m_writerCapacity = 0; ///< blocks in its queue when that is full
+    std::int64_t m_writersMade = 0; ///< names the newest; an address could be that of an earlier one
     std::optional<std::filesystem::path> m_outputURL;
     bool m_hasReceivedFirstBuffer = false;
 

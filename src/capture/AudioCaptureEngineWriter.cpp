@@ -10,15 +10,14 @@
 namespace quillet {
 namespace {
 
-/// How far sources that can be held back may run ahead of the encoder: 1 s keeps it busy at little memory.
+/// How far sources that can be held back may run ahead of the encoder before the next second of theirs is asked for:
+/// 1 s keeps it busy at little memory.
 constexpr std::int64_t kMostBlocksAhead = 48;
 
 } // namespace
 
-bool AudioCaptureEngine::canTakeBlocks(std::int64_t blocks) const {
-    if (!m_assetWriter || m_assetWriter->status() != AssetWriterStatus::Writing) return true;
-    const std::int64_t free = m_assetWriter->freeBlocks();
-    return free >= blocks && m_writerCapacity - free <= kMostBlocksAhead;
+bool AudioCaptureEngine::requestMediaData(std::function<void()> whenReady) {
+    return !m_assetWriter || m_assetWriter->requestMediaData(kMostBlocksAhead, std::move(whenReady));
 }
 
 bool AudioCaptureEngine::prepareForBlocks() {
@@ -64,7 +63,6 @@ bool AudioCaptureEngine::setupWriter(const std::filesystem::path& candidate) {
     (*writer)->startWriting();
     (*writer)->startSession({0, kSampleRateHz});
     m_assetWriter = std::move(writer.value());
-    m_writerCapacity = m_assetWriter->freeBlocks();
     return true;
 }
 

@@ -12,30 +12,10 @@ namespace {
 /// At full speed that many go through the capture queue at once, 1 s: waking it for every tick would cost more than
 /// mixing does.
 constexpr std::int64_t kTicksPerFastBatch = 50;
-/// How long to wait when the file writer's queue is full; what it then holds keeps it busy for about that long.
-constexpr std::chrono::milliseconds kWriterPause{10};
 
 std::int64_t roundUp(std::int64_t value, std::int64_t step) { return (value + step - 1) / step * step; }
 
 } // namespace
-
-/// A stretch of ticks on its way through the capture queue.
-class FilePlayer::Batch final : public SerialQueue::Item {
-public:
-    Batch(FilePlayer& owner, std::int64_t mostTicks) : player(owner), ticks(mostTicks) {}
-
-    void run() override {
-        const std::int64_t blocks = ticks * kTickFrames / kBlockFrames + 1;
-        const bool taken = !player.m_callbacks.canTakeBlocks || player.m_callbacks.canTakeBlocks(blocks);
-        const Outcome outcome = taken ? player.deliverTicks(ticks) : Outcome::WriterIsFull;
-        const std::lock_guard lock(player.m_mutex);
-        player.m_outcome = outcome;
-        player.m_changed.notify_all();
-    }
-
-    FilePlayer& player;
-    const std::int64_t ticks;
-};
 
 // ---- the two sources ------------------------------------------------------------------------------------------------
 
@@ -126,12 +106,15 @@ FilePlayer::FilePlayer(Files files, Pace pace, std::optional<FrameCount> length)
 FilePlayer::~FilePlayer() { stop(); }
 
 void FilePlayer::stop() {
+    SerialQueue* queue = nullptr;
     {
         const std::lock_guard lock(m_mutex);
         m_stopping = true;
+        queue = std::exchange(m_queue, nullptr);
     }
     m_changed.notify_all();
     if (m_thread.joinable()) m_thread.join();
+    if (queue) queue->sync([] {}); // a batch that is on it is before this
 }
 
 /// The schedule begins when every side that has a file is running.
@@ -143,27 +126,73 @@ void FilePlayer::laneStarted(SerialQueue& queue) {
         const auto now = hostNow().time_since_epoch();
         m_begin = HostFramePos(std::chrono::duration_cast<FrameCount>(now));
     }
-    m_thread = std::thread([this, &queue] { play(queue); });
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_stopping) return;
+        m_queue = &queue;
+    }
+    if (m_pace == Pace::AsFastAsPossible) return postBatch();
+    m_thread = std::thread([this] { playInRealTime(); });
 }
 
-void FilePlayer::play(SerialQueue& queue) {
+/// Reads ahead of time and on this thread: a slow disk must not keep a live device on the queue waiting.
+void FilePlayer::playInRealTime() {
     const auto begin = std::chrono::steady_clock::now();
-    const bool paced = m_pace == Pace::RealTime;
-    Batch batch(*this, paced ? 1 : kTicksPerFastBatch);
-    Outcome outcome = Outcome::Delivered;
-    while (outcome == Outcome::Delivered) {
-        if (paced) {
-            // Ahead of its time and on this thread: a slow disk must not keep a live device on the queue waiting.
-            if (!readTick()) break;
-            std::unique_lock lock(m_mutex);
-            m_changed.wait_until(lock, begin + FrameCount((m_tick + 1) * kTickFrames), [this] { return m_stopping; });
-        }
-        outcome = handOver(queue, batch);
+    while (readTick()) {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait_until(lock, begin + FrameCount((m_tick + 1) * kTickFrames), [this] { return m_stopping; });
+        lock.unlock();
+        postBatch();
+        lock.lock();
+        m_changed.wait(lock, [this] { return !m_batchIsOut || m_stopping; });
+        if (m_stopping) return;
     }
-    if (outcome == Outcome::Stopped) return;
-    queue.async([weak = weak_from_this()] {
-        if (const auto self = weak.lock(); self && self->m_callbacks.didEnd) self->m_callbacks.didEnd();
+    m_ended = true;
+    postBatch(); // tells so
+}
+
+/// Any thread.
+void FilePlayer::postBatch() {
+    const std::lock_guard lock(m_mutex);
+    if (m_stopping || !m_queue) return;
+    m_batchIsOut = true;
+    m_queue->post(m_batch);
+}
+
+/// Capture queue.
+void FilePlayer::runBatch() {
+    const bool someoneListens = m_system.handler || m_microphone.handler;
+    if (!someoneListens) return; // the recording has been stopped; nobody needs the rest
+    if (!m_ended) {
+        if (!writerIsReady()) return;
+        deliverTicks();
+    }
+    if (m_ended && m_callbacks.didEnd) m_callbacks.didEnd();
+    if (!m_ended && m_pace == Pace::AsFastAsPossible) return postBatch();
+    const std::lock_guard lock(m_mutex);
+    m_batchIsOut = false;
+    if (m_ended) m_queue = nullptr;
+    m_changed.notify_all();
+}
+
+/// If it is not, the batch is posted again as soon as it is.
+bool FilePlayer::writerIsReady() {
+    return !m_callbacks.requestMediaData || m_callbacks.requestMediaData([weak = weak_from_this()] {
+        if (const auto self = weak.lock()) self->postBatch();
     });
+}
+
+/// At full speed the files are read here, tick by tick: samples that stay in this processor's cache on their way from
+/// the file into the mix cost less than those that another thread has read ahead.
+void FilePlayer::deliverTicks() {
+    const std::int64_t ticks = m_pace == Pace::AsFastAsPossible ? kTicksPerFastBatch : 1;
+    for (std::int64_t i = 0; i < ticks && !m_ended; ++i) {
+        m_ended = m_pace == Pace::AsFastAsPossible && !readTick();
+        if (m_ended) break;
+        deliver(m_system);
+        deliver(m_microphone);
+        ++m_tick;
+    }
 }
 
 /// Reads what both sides play next. False, and there is nothing to deliver, when the schedule has ended.
@@ -198,31 +227,6 @@ void FilePlayer::fill(Lane& lane) {
 std::int64_t FilePlayer::framesToPlay() const {
     if (!m_system.ended || !m_microphone.ended) return INT64_MAX / 2;
     return roundUp(std::max(m_system.playedFrames, m_microphone.playedFrames), kBlockFrames);
-}
-
-/// Passes the batch through the capture queue and waits until the writer has taken it.
-FilePlayer::Outcome FilePlayer::handOver(SerialQueue& queue, Batch& batch) {
-    std::unique_lock lock(m_mutex);
-    while (!m_stopping) {
-        m_outcome.reset();
-        queue.post(batch);
-        m_changed.wait(lock, [this] { return m_outcome.has_value(); });
-        if (*m_outcome != Outcome::WriterIsFull) return m_stopping ? Outcome::Stopped : *m_outcome;
-        m_changed.wait_for(lock, kWriterPause, [this] { return m_stopping; });
-    }
-    return Outcome::Stopped;
-}
-
-/// At full speed the files are read here, tick by tick: samples that stay in this processor's cache on their way from
-/// the file into the mix cost less than those that another thread has read ahead.
-FilePlayer::Outcome FilePlayer::deliverTicks(std::int64_t ticks) {
-    for (std::int64_t i = 0; i < ticks; ++i) {
-        if (m_pace == Pace::AsFastAsPossible && !readTick()) return Outcome::Ended;
-        deliver(m_system);
-        deliver(m_microphone);
-        ++m_tick;
-    }
-    return Outcome::Delivered;
 }
 
 void FilePlayer::deliver(Lane& lane) {

@@ -34,8 +34,9 @@ public:
         std::unique_ptr<AudioFileReader> microphone;
     };
     struct Callbacks {
-        /// Capture queue: whether the file writer takes that many blocks now.
-        std::function<bool(std::int64_t blocks)> canTakeBlocks;
+        /// Capture queue: whether up to a second may be delivered now. If not, whenReady is called once, on any thread,
+        /// when it may.
+        std::function<bool(std::function<void()> whenReady)> requestMediaData;
         /// Capture queue, once: everything has been delivered.
         std::function<void()> didEnd;
     };
@@ -44,8 +45,8 @@ public:
     static std::shared_ptr<FilePlayer> create(Files files, Pace pace, std::optional<FrameCount> length);
     ~FilePlayer();
 
-    /// Plays no further. Waits for the capture queue, which must still be alive: call it before letting the queue go,
-    /// not on the queue. Idempotent.
+    /// Plays no further. Waits for what is on the capture queue, which must still be alive: call it before letting the
+    /// queue go, not on the queue. Idempotent.
     void stop();
 
     /// Before the recording starts.
@@ -60,9 +61,12 @@ private:
     class SystemStream;
     class Microphone;
     class MicrophoneHandle;
-    class Batch;
-
-    enum class Outcome { Delivered, WriterIsFull, Ended, Stopped };
+    /// A stretch of ticks on its way through the capture queue.
+    struct Batch final : SerialQueue::Item {
+        explicit Batch(FilePlayer& owner) : player(owner) {}
+        void run() override { player.runBatch(); }
+        FilePlayer& player;
+    };
 
     /// One side: its file, and where its samples go once it has been started.
     struct Lane {
@@ -75,15 +79,17 @@ private:
 
     FilePlayer(Files files, Pace pace, std::optional<FrameCount> length);
     void laneStarted(SerialQueue& queue);
-    void play(SerialQueue& queue);
+    void playInRealTime();
+    void postBatch();
+    void runBatch();
+    [[nodiscard]] bool writerIsReady();
+    void deliverTicks();
     bool readTick();
     void fill(Lane& lane);
     [[nodiscard]] std::int64_t framesToPlay() const;
-    Outcome handOver(SerialQueue& queue, Batch& batch);
-    Outcome deliverTicks(std::int64_t ticks);
     void deliver(Lane& lane);
 
-    // The player's thread waits while a batch is on the capture queue: what both use, they use in turns.
+    // In real time the player's thread waits while the batch is on the capture queue: what both use, they use in turns.
     std::int64_t m_tick = 0; ///< that is due
     Lane m_system;
     Lane m_microphone;
@@ -93,12 +99,15 @@ private:
     HostFramePos m_begin{};
     bool m_firstSystemBuffer = true; ///< capture queue
     int m_lanesStarted = 0;          ///< capture queue
+    bool m_ended = false;            ///< nothing is left to deliver
+    Batch m_batch{*this};
 
-    std::mutex m_mutex;
+    std::mutex m_mutex; ///< guards what follows
     std::condition_variable m_changed;
-    bool m_stopping = false;          ///< under the mutex
-    std::optional<Outcome> m_outcome; ///< of the last batch; under the mutex
-    std::thread m_thread;
+    bool m_stopping = false;
+    SerialQueue* m_queue = nullptr; ///< while there is something to play
+    bool m_batchIsOut = false;      ///< on the queue, or waiting for the writer
+    std::thread m_thread;           ///< in real time only
 };
 
 } // namespace quillet

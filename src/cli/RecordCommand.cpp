@@ -150,9 +150,11 @@ void RecordSession::observe() {
     connect(&m_durationTimer, &QTimer::timeout, this, [this] { m_control->stop(); });
     connect(&m_progressTimer, &QTimer::timeout, this, [this] { showProgress(); });
     if (!m_player) return;
-    m_player->setCallbacks(
-        {.canTakeBlocks = [engine = m_engine.get()](std::int64_t blocks) { return engine->canTakeBlocks(blocks); },
-         .didEnd = [this] { MainThread::post([this] { m_control->stop(); }); }});
+    m_player->setCallbacks({.requestMediaData =
+                                [engine = m_engine.get()](std::function<void()> whenReady) {
+                                    return engine->requestMediaData(std::move(whenReady));
+                                },
+                            .didEnd = [this] { MainThread::post([this] { m_control->stop(); }); }});
 }
 
 void RecordSession::phaseChanged(RecordingControl::Phase phase) {

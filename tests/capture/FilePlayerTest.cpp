@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cmath>
+#include <thread>
 
 namespace quillet::test {
 namespace {
@@ -24,8 +26,11 @@ public:
             interleaved[i] = ++m_sample % 4321 == 0 ? std::nanf("") : m_next - 0.5F;
         }
         m_left -= frames;
+        framesRead += frames;
         return frames;
     }
+
+    std::atomic<std::size_t> framesRead = 0;
 
 private:
     const int m_channels;
@@ -39,22 +44,38 @@ struct Outcome {
     std::int64_t dropped = 0;
 };
 
-Outcome play(std::size_t systemFrames, std::size_t micFrames, FilePlayer::Pace pace, std::int64_t freeBlocks = 700,
+/// A writer that is full now and then, and tells from a thread of its own when it no longer is.
+class BusyWriter {
+public:
+    ~BusyWriter() {
+        for (auto& thread : m_telling) thread.join();
+    }
+    bool takes(std::function<void()> whenReady) {
+        if (++m_asked % 3 != 0) return true;
+        m_telling.emplace_back(std::move(whenReady));
+        return false;
+    }
+
+private:
+    int m_asked = 0;
+    std::vector<std::thread> m_telling;
+};
+
+Outcome play(std::size_t systemFrames, std::size_t micFrames, FilePlayer::Pace pace,
              std::optional<FrameCount> length = {}) {
     FilePlayer::Files files{.systemAudio = std::make_unique<FakeReader>(2, systemFrames, 0.1F),
                             .microphone = std::make_unique<FakeReader>(1, micFrames, 0.7F)};
     const auto player = FilePlayer::create(std::move(files), pace, length);
     const auto writers = std::make_shared<FakeWriters>();
-    writers->freeBlocks = freeBlocks;
+    BusyWriter busy;
+    writers->isReady = [&busy](std::function<void()> whenReady) { return busy.takes(std::move(whenReady)); };
     const auto engine = AudioCaptureEngine::create({player->systemAudioSource(), player->microphoneSource(), writers},
                                                    std::make_shared<FakeHost>());
     bool ended = false;
-    player->setCallbacks({.canTakeBlocks =
-                              [&, tries = 0](std::int64_t blocks) mutable {
-                                  // A writer that is full now and then holds the files back.
-                                  return ++tries % 3 != 0 && engine->canTakeBlocks(blocks);
-                              },
-                          .didEnd = [&] { MainThread::post([&] { ended = true; }); }});
+    player->setCallbacks(
+        {.requestMediaData =
+             [&engine](std::function<void()> whenReady) { return engine->requestMediaData(std::move(whenReady)); },
+         .didEnd = [&] { MainThread::post([&] { ended = true; }); }});
     engine->startRecording();
     EXPECT_TRUE(waitFor([&] { return ended; }, 20000));
     engine->stopRecording();
@@ -66,7 +87,7 @@ Outcome play(std::size_t systemFrames, std::size_t micFrames, FilePlayer::Pace p
 
 TEST(FilePlayerTest, TheSameFilesGiveTheSameMixBitForBitAtEitherPace) {
     const Outcome fast = play(30'000, 41'111, FilePlayer::Pace::AsFastAsPossible);
-    const Outcome again = play(30'000, 41'111, FilePlayer::Pace::AsFastAsPossible, 30);
+    const Outcome again = play(30'000, 41'111, FilePlayer::Pace::AsFastAsPossible);
     const Outcome paced = play(30'000, 41'111, FilePlayer::Pace::RealTime);
 
     EXPECT_EQ(fast.samples.size(), 2U * 41 * kBlockFrames) << "the longer file, to the end of its last block";
@@ -93,9 +114,45 @@ TEST(FilePlayerTest, FilesEndWhereTheyShould) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        const Outcome outcome = play(row.system, row.mic, FilePlayer::Pace::AsFastAsPossible, 700, row.length);
+        const Outcome outcome = play(row.system, row.mic, FilePlayer::Pace::AsFastAsPossible, row.length);
         EXPECT_EQ(outcome.samples.size(), 2 * row.blocks * kBlockFrames);
         EXPECT_EQ(outcome.dropped, 0);
+    }
+}
+
+TEST(FilePlayerTest, AStoppedRecordingReadsItsFilesNoFurther) {
+    for (const bool writerIsFull : {false, true}) {
+        for (const auto pace : {FilePlayer::Pace::AsFastAsPossible, FilePlayer::Pace::RealTime}) {
+            SCOPED_TRACE(testing::Message() << "full: " << writerIsFull << ", pace " << static_cast<int>(pace));
+            auto endless = std::make_unique<FakeReader>(1, SIZE_MAX, 0.1F);
+            const std::atomic<std::size_t>& read = endless->framesRead;
+            const auto player = FilePlayer::create(
+                {.systemAudio = std::make_unique<FakeReader>(2, SIZE_MAX, 0.1F), .microphone = std::move(endless)},
+                pace, {});
+            std::atomic<bool> asked = false;
+            std::function<void()> goOn = [] {};
+            player->setCallbacks({.requestMediaData =
+                                      [&](std::function<void()> whenReady) {
+                                          goOn = std::move(whenReady);
+                                          asked = true;
+                                          return !writerIsFull;
+                                      },
+                                  .didEnd = [] { ADD_FAILURE() << "it never ends"; }});
+            const auto engine = AudioCaptureEngine::create(
+                {player->systemAudioSource(), player->microphoneSource(), std::make_shared<FakeWriters>()},
+                std::make_shared<FakeHost>());
+            engine->startRecording();
+            ASSERT_TRUE(waitFor([&] { return asked && (writerIsFull || read > 5000U); }));
+            engine->stopRecording();
+            ASSERT_TRUE(waitFor([&] { return !engine->isRecording.value(); }));
+            engine->waitUntilFinished();
+
+            const std::size_t readUntilStop = read;
+            std::this_thread::sleep_for(std::chrono::milliseconds(60));
+            EXPECT_LE(read, readUntilStop + FilePlayer::kTickFrames);
+            player->stop();
+            goOn(); // a writer that gets round to it late
+        }
     }
 }
 

@@ -35,12 +35,22 @@ bool BlockQueue::append(std::int64_t firstFrame, std::span<const float, kBlockSa
     return true;
 }
 
+bool BlockQueue::request(std::size_t mostBlocks, std::function<void()> whenSo) {
+    const std::lock_guard lock(m_mutex);
+    if (m_closed || m_count <= mostBlocks) return true;
+    m_request = {mostBlocks, std::move(whenSo)};
+    return false;
+}
+
 void BlockQueue::close() {
+    std::function<void()> whenSo;
     {
         const std::lock_guard lock(m_mutex);
         m_closed = true;
+        whenSo.swap(m_request.whenSo);
     }
     m_batchReady.notify_one();
+    if (whenSo) whenSo();
 }
 
 std::size_t BlockQueue::waitForBatch() {
@@ -56,10 +66,15 @@ BlockQueue::Block BlockQueue::front() const {
 }
 
 void BlockQueue::pop() {
-    const std::lock_guard lock(m_mutex);
-    m_freeSlots.push_back(m_entries[m_first].slot);
-    m_first = (m_first + 1) % m_entries.size();
-    --m_count;
+    std::function<void()> whenSo;
+    {
+        const std::lock_guard lock(m_mutex);
+        m_freeSlots.push_back(m_entries[m_first].slot);
+        m_first = (m_first + 1) % m_entries.size();
+        --m_count;
+        if (m_request.whenSo && m_count <= m_request.mostBlocks) whenSo.swap(m_request.whenSo);
+    }
+    if (whenSo) whenSo();
 }
 
 } // namespace quillet

@@ -5,6 +5,7 @@
 #include <array>
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <span>
@@ -25,6 +26,9 @@ public:
     [[nodiscard]] std::size_t freeBlocks() const; ///< 0 once closed
     /// False, and nothing happens, when the queue is full or closed.
     bool append(std::int64_t firstFrame, std::span<const float, kBlockSamples> samples);
+    /// Whether at most that many blocks are inside, or the queue is closed. If not, whenSo is called once, as soon as
+    /// it is so, on the thread that takes the block or closes the queue. A new request replaces the last.
+    bool request(std::size_t mostBlocks, std::function<void()> whenSo);
 
     /// No more blocks come; those inside can still be taken. Any thread.
     void close();
@@ -58,6 +62,12 @@ private:
     /// Last freed, first reused: in ordinary operation the same few slots go round and the rest never takes memory.
     std::vector<std::uint32_t> m_freeSlots;
     bool m_closed = false;
+
+    struct Request {
+        std::size_t mostBlocks = 0;
+        std::function<void()> whenSo; ///< empty: nobody waits
+    };
+    Request m_request;
 };
 
 } // namespace quillet
