@@ -1,5 +1,6 @@
 #include "platform/linux/ffmpeg/M4aAssetWriter.h"
 
+#include "platform/linux/ffmpeg/RecordingPipeline.h"
 #include "storage/RecordingRecovery.h"
 #include "storage/m4a/FinishInPlace.h"
 #include "storage/m4a/TestRecordings.h"
@@ -65,6 +66,20 @@ struct MemoryWriter {
     std::atomic<int> interruptions = 0;
     std::atomic<int> interruptionCode = 0;
 
+    /// Appends the first blocks, and waits until the disk holds up what follows them.
+    void getStuckBehind(const std::vector<float>& sound, std::int64_t blocks) {
+        for (std::int64_t i = 0; i < blocks; ++i) ASSERT_TRUE(writer->append(bufferOf(sound, i, i)));
+        std::unique_lock lock(disk->mutex);
+        ASSERT_TRUE(disk->changed.wait_for(lock, 20s, [&] { return disk->syncsWaiting > 0; }));
+    }
+    void release() {
+        {
+            const std::lock_guard lock(disk->mutex);
+            disk->holdsSyncs = false;
+        }
+        disk->changed.notify_all();
+    }
+
     void make() {
         auto made = makeM4aAssetWriter(std::make_unique<MemoryFile>(disk), kSoon);
         ASSERT_TRUE(made.ok());
@@ -88,7 +103,7 @@ struct MemoryWriter {
 TEST(M4aAssetWriterTest, everyBlockIsInTheFileAtItsPlaceAndNothingElse) {
     const TemporaryFolder folder;
     M4aAssetWriterFactory factory;
-    for (const std::int64_t blocks : {1, 2, 23, 24, 25, 47, 1000}) {
+    for (const std::int64_t blocks : {1, 2, 31, 32, 33, 63, 1000}) {
         SCOPED_TRACE(blocks);
         const std::vector<float> sound = testSound(blocks);
         const auto writer = factory.makeWriter(folder / "a.m4a");
@@ -187,18 +202,51 @@ TEST(M4aAssetWriterTest, refusesWhatDoesNotBelongIntoTheFile) {
     EXPECT_EQ(finish(writer), Status::Completed);
 }
 
+TEST(M4aAssetWriterTest, tellsASourceThatCanWaitWhenToGoOn) {
+    constexpr std::int64_t kMostWaiting = 48;
+    const std::vector<float> sound = testSound(100);
+    for (const bool diskRecovers : {true, false}) {
+        SCOPED_TRACE(diskRecovers ? "the disk goes on" : "the recording ends");
+        std::atomic<int> replaced = 0;
+        std::atomic<int> told = 0;
+        std::atomic<std::int64_t> freeThen = 0;
+        MemoryWriter memory;
+        memory.disk->holdsSyncs = true;
+        memory.make();
+        EXPECT_TRUE(memory.writer->requestMediaData(kMostWaiting, [&] { ++replaced; }));
+        memory.getStuckBehind(sound, 100);
+
+        EXPECT_FALSE(memory.writer->requestMediaData(kMostWaiting, [&] { ++replaced; }));
+        EXPECT_FALSE(memory.writer->requestMediaData(kMostWaiting, [&] {
+            freeThen = memory.writer->freeBlocks();
+            ++told;
+        }));
+        EXPECT_EQ(told, 0);
+        if (diskRecovers) {
+            memory.release();
+            ASSERT_TRUE(eventually([&] { return told > 0; }));
+            EXPECT_EQ(freeThen, 704 - kMostWaiting);
+            EXPECT_EQ(finish(*memory.writer), Status::Completed);
+        } else {
+            memory.writer->markAsFinished();
+            EXPECT_EQ(told, 1) << "or the source would wait forever";
+            EXPECT_TRUE(memory.writer->requestMediaData(kMostWaiting, [&] { ++replaced; })) << "nothing to wait for";
+            memory.release();
+            EXPECT_EQ(finish(*memory.writer), Status::Completed);
+        }
+        EXPECT_EQ(told, 1);
+        EXPECT_EQ(replaced, 0);
+    }
+}
+
 TEST(M4aAssetWriterTest, aStuckDiskFillsTheQueueAndLosesNothing) {
-    constexpr std::int64_t kBatch = 24;
+    constexpr std::int64_t kBatch = RecordingPipeline::kBlocksPerFragment;
     constexpr std::int64_t kQueue = 704 - 1; // the batch's last block counts until the disk has it
     const std::vector<float> sound = testSound(kBatch + kQueue + 1);
     MemoryWriter memory;
     memory.disk->holdsSyncs = true;
     memory.make();
-    for (std::int64_t i = 0; i < kBatch; ++i) ASSERT_TRUE(memory.writer->append(bufferOf(sound, i, i)));
-    {
-        std::unique_lock lock(memory.disk->mutex);
-        ASSERT_TRUE(memory.disk->changed.wait_for(lock, 20s, [&] { return memory.disk->syncsWaiting > 0; }));
-    }
+    memory.getStuckBehind(sound, kBatch);
 
     for (std::int64_t i = 0; i < kQueue; ++i) {
         ASSERT_EQ(memory.writer->freeBlocks(), kQueue - i);
@@ -206,11 +254,7 @@ TEST(M4aAssetWriterTest, aStuckDiskFillsTheQueueAndLosesNothing) {
     }
     EXPECT_EQ(memory.writer->freeBlocks(), 0);
     EXPECT_FALSE(memory.writer->append(bufferOf(sound, kBatch + kQueue, kBatch + kQueue)));
-    {
-        const std::lock_guard lock(memory.disk->mutex);
-        memory.disk->holdsSyncs = false;
-    }
-    memory.disk->changed.notify_all();
+    memory.release();
 
     ASSERT_EQ(finish(*memory.writer), Status::Completed);
     const std::vector<float> decoded = decode(memory.disk->bytes);
@@ -234,7 +278,7 @@ TEST(M4aAssetWriterTest, whateverTheDiskDoesTheSoundInFrontOfItIsKept) {
         std::size_t leastBlocks;
     } rows[] = {
         {"full disk", 700'000, true, MemoryDisk::kNever, 0, ENOSPC, Status::Completed, File::Plain, 500},
-        {"full disk that cannot reserve", 300'000, false, MemoryDisk::kNever, 0, ENOSPC, Status::Completed,
+        {"full disk that cannot reserve", 311'300, false, MemoryDisk::kNever, 0, ENOSPC, Status::Completed,
          File::Fragments, 400},
         {"full from the start", 10'000, true, MemoryDisk::kNever, 0, ENOSPC, Status::Failed, File::Gone, 0},
         {"device gone", MemoryDisk::kNever, true, 200'000, 0, EIO, Status::Completed, File::Fragments, 260},

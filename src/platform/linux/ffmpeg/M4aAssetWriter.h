@@ -7,7 +7,7 @@
 namespace quillet {
 
 /// Makes writers of .m4a files by libavcodec and libavformat. While one records, its file consists of fragments, each
-/// on the disk half a second after it was heard, and is marked as being written; a clean end turns it into a plain
+/// on the disk within a second after it was heard, and is marked as being written; a clean end turns it into a plain
 /// .m4a in place, and so does recoverRecordings() after a crash. Errors are clauses for the user.
 class M4aAssetWriterFactory final : public AssetWriterFactory {
 public:
