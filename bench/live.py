@@ -1,6 +1,7 @@
-"""Records live beside a private sound server, first with Quillet, then with ffmpeg, while both sides of a meeting play.
+"""Records live beside a private sound server, with Quillet and with ffmpeg in turns, while both sides of a meeting play.
 
-live.py QUILLET SECONDS SYSTEM.wav MICROPHONE.wav FOLDER RESULT.json; started by run.py through scripts/sound-server.
+live.py QUILLET ROUNDS SECONDS SYSTEM.wav MICROPHONE.wav FOLDER RESULT.json; started by run.py through
+scripts/sound-server. As with files, the smallest figure of each program counts; of memory, the largest.
 """
 
 import json
@@ -10,7 +11,7 @@ import sys
 import time
 
 import peers
-from measure import Failed, run
+from measure import Failed, progress, run
 
 
 def pactl(what):
@@ -40,27 +41,37 @@ class Playing:
             player.wait()
 
 
-def entry(usage):
-    return {"cpu_s": usage.cpu_s, "wakeups_per_s": usage.wakeups / usage.wall_s, "peak_mib": usage.peak_mib}
+def check_whole(usage, seconds):
+    made = json.loads(usage.output)
+    if min(made["systemPeak"], made["microphonePeak"]) < 0.05 or made["durationSeconds"] < seconds - 1:
+        raise Failed(f"the recording is not whole: {usage.output}")
+
+
+def entry(usages):
+    return {
+        "cpu_s": min(usage.cpu_s for usage in usages),
+        "wakeups_per_s": min(usage.wakeups / usage.wall_s for usage in usages),
+        "peak_mib": max(usage.peak_mib for usage in usages),
+    }
 
 
 def main():
-    quillet, seconds, system, microphone, folder, result = sys.argv[1:]
+    quillet, rounds, seconds, system, microphone, folder, result = sys.argv[1:]
     log = sys.stderr.fileno()
-    found = {}
-    with Playing(system, microphone):
-        command = [quillet, "record", "--duration", seconds, "--folder", folder, "--json"]
-        ours = run(command, log)
-        made = json.loads(ours.output)
-        if min(made["systemPeak"], made["microphonePeak"]) < 0.05 or made["durationSeconds"] < float(seconds) - 1:
-            raise Failed(f"the recording is not whole: {ours.output}")
-        found["ours"] = entry(ours)
+    commands = {"ours": [quillet, "record", "--duration", seconds, "--folder", folder, "--json"]}
     if peers.has_ffmpeg():
-        with Playing(system, microphone):
-            inputs = [("pulse", "speakers.monitor"), ("pulse", "microphone")]
-            out = str(pathlib.Path(folder) / "ffmpeg.m4a")
-            found["ffmpeg"] = entry(run(peers.ffmpeg(inputs, out, True, seconds), log))
-    pathlib.Path(result).write_text(json.dumps(found))
+        inputs = [("pulse", "speakers.monitor"), ("pulse", "microphone")]
+        out = str(pathlib.Path(folder) / "ffmpeg.m4a")
+        commands["ffmpeg"] = peers.ffmpeg(inputs, out, True, seconds)
+    usages = {name: [] for name in commands}
+    for number in range(int(rounds)):
+        for name, command in commands.items():
+            progress(f"round {number + 1} of {rounds}: {name}")
+            with Playing(system, microphone):
+                usages[name].append(run(command, log))
+    for usage in usages["ours"]:
+        check_whole(usage, float(seconds))
+    pathlib.Path(result).write_text(json.dumps({name: entry(used) for name, used in usages.items()}))
 
 
 if __name__ == "__main__":

@@ -279,8 +279,8 @@ class Bench:
             result = self.folder / f"live-{kind}.json"
             command = [str(self.options.scripts / "sound-server"), kind, str(self.options.sound_servers), "--",
                        "python3", str(pathlib.Path(__file__).with_name("live.py")), self.quillet,
-                       str(self.options.live_seconds), *map(str, sides), str(self.empty(f"live-{kind}")),
-                       str(result)]
+                       str(self.options.live_rounds), str(self.options.live_seconds), *map(str, sides),
+                       str(self.empty(f"live-{kind}")), str(result)]
             progress(f"live on {name}")
             try:
                 run(command, self.log)
@@ -389,7 +389,7 @@ class Bench:
                  "|---|---|---|---|---|---|"]
         lines += ["| " + " | ".join(row) + " |" for row in self.rows]
         lines += ["", *self.notes] if self.notes else []
-        lines += ["", EXPLANATION.format(minutes=self.options.minutes, rounds=self.options.rounds)]
+        lines += ["", EXPLANATION.format(**vars(self.options))]
         return "\n".join(lines) + "\n"
 
     @staticmethod
@@ -408,7 +408,8 @@ EXPLANATION = """\
 Processor time is user and system time of the whole process over two {minutes}-minute WAV files of speech, the smallest of
 {rounds} rounds in which every program ran in turn. "Theirs" does the same work: a gain that adapts per source, mixing,
 AAC at 256 kbit/s in an MP4 file. Coding noise is compared with what the encoder was given, by a simple model of
-masking (bench/Quality.cpp says which); nobody listened. Wake-ups are voluntary context switches of all threads. The
+masking (bench/Quality.cpp says which); nobody listened. Live, the smaller figure of {live_rounds} recordings in turn
+counts. Wake-ups are voluntary context switches of all threads. The
 tray application runs on an X server without a window manager, beside a panel that answers at once (bench/TrayMeter.cpp);
 "its share" of memory counts pages that several processes use in part. Notes are timed as the whole process of
 `quillet notes create`, and what arrived is compared byte by byte; Joplin runs without a screen.\
@@ -427,7 +428,8 @@ def main():
     parser.add_argument("--quick", action="store_true")
     parser.add_argument("--only", action="append", help="a step by its name; may be given again")
     options = parser.parse_args()
-    options.minutes, options.rounds, options.live_seconds = (3, 3, 10) if options.quick else (3, 20, 60)
+    options.minutes = 3
+    options.rounds, options.live_rounds, options.live_seconds = (3, 1, 10) if options.quick else (20, 2, 60)
 
     bench = Bench(options)
     bench.run_all()

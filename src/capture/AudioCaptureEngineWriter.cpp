@@ -16,8 +16,8 @@ constexpr std::int64_t kMostBlocksAhead = 48;
 
 } // namespace
 
-bool AudioCaptureEngine::requestMediaData(std::function<void()> whenReady) {
-    return !m_assetWriter || m_assetWriter->requestMediaData(kMostBlocksAhead, std::move(whenReady));
+bool AudioCaptureEngine::requestMediaData(const std::function<void()>& whenReady) {
+    return !m_assetWriter || m_assetWriter->requestMediaData(kMostBlocksAhead, whenReady);
 }
 
 bool AudioCaptureEngine::prepareForBlocks() {

@@ -113,8 +113,8 @@ void FilePlayer::stop() {
         queue = std::exchange(m_queue, nullptr);
     }
     m_changed.notify_all();
+    if (queue) queue->sync([] {}); // a batch that is on it is before this, and so is the start of the thread
     if (m_thread.joinable()) m_thread.join();
-    if (queue) queue->sync([] {}); // a batch that is on it is before this
 }
 
 /// The schedule begins when every side that has a file is running.
@@ -131,6 +131,9 @@ void FilePlayer::laneStarted(SerialQueue& queue) {
         if (m_stopping) return;
         m_queue = &queue;
     }
+    m_postAgain = [weak = weak_from_this()] {
+        if (const auto self = weak.lock()) self->postBatch();
+    };
     if (m_pace == Pace::AsFastAsPossible) return postBatch();
     m_thread = std::thread([this] { playInRealTime(); });
 }
@@ -164,7 +167,7 @@ void FilePlayer::runBatch() {
     const bool someoneListens = m_system.handler || m_microphone.handler;
     if (!someoneListens) return; // the recording has been stopped; nobody needs the rest
     if (!m_ended) {
-        if (!writerIsReady()) return;
+        if (m_callbacks.requestMediaData && !m_callbacks.requestMediaData(m_postAgain)) return;
         deliverTicks();
     }
     if (m_ended && m_callbacks.didEnd) m_callbacks.didEnd();
@@ -173,13 +176,6 @@ void FilePlayer::runBatch() {
     m_batchIsOut = false;
     if (m_ended) m_queue = nullptr;
     m_changed.notify_all();
-}
-
-/// If it is not, the batch is posted again as soon as it is.
-bool FilePlayer::writerIsReady() {
-    return !m_callbacks.requestMediaData || m_callbacks.requestMediaData([weak = weak_from_this()] {
-        if (const auto self = weak.lock()) self->postBatch();
-    });
 }
 
 /// At full speed the files are read here, tick by tick: samples that stay in this processor's cache on their way from

@@ -36,7 +36,7 @@ public:
     struct Callbacks {
         /// Capture queue: whether up to a second may be delivered now. If not, whenReady is called once, on any thread,
         /// when it may.
-        std::function<bool(std::function<void()> whenReady)> requestMediaData;
+        std::function<bool(const std::function<void()>& whenReady)> requestMediaData;
         /// Capture queue, once: everything has been delivered.
         std::function<void()> didEnd;
     };
@@ -82,7 +82,6 @@ private:
     void playInRealTime();
     void postBatch();
     void runBatch();
-    [[nodiscard]] bool writerIsReady();
     void deliverTicks();
     bool readTick();
     void fill(Lane& lane);
@@ -96,6 +95,7 @@ private:
     const Pace m_pace;
     const std::optional<FrameCount> m_length;
     Callbacks m_callbacks;
+    std::function<void()> m_postAgain; ///< made once: asking the writer for every tick allocates nothing
     HostFramePos m_begin{};
     bool m_firstSystemBuffer = true; ///< capture queue
     int m_lanesStarted = 0;          ///< capture queue

@@ -151,8 +151,8 @@ void RecordSession::observe() {
     connect(&m_progressTimer, &QTimer::timeout, this, [this] { showProgress(); });
     if (!m_player) return;
     m_player->setCallbacks({.requestMediaData =
-                                [engine = m_engine.get()](std::function<void()> whenReady) {
-                                    return engine->requestMediaData(std::move(whenReady));
+                                [engine = m_engine.get()](const std::function<void()>& whenReady) {
+                                    return engine->requestMediaData(whenReady);
                                 },
                             .didEnd = [this] { MainThread::post([this] { m_control->stop(); }); }});
 }

@@ -49,7 +49,7 @@ public:
     /// For sources that can be held back: whether at most that many blocks wait for the encoder, or none are taken any
     /// more. If not, whenReady is called once, as soon as it is so, on the writer's thread or one that ends the
     /// writing. A new request replaces the last.
-    virtual bool requestMediaData(std::int64_t mostWaitingBlocks, std::function<void()> whenReady) = 0;
+    virtual bool requestMediaData(std::int64_t mostWaitingBlocks, const std::function<void()>& whenReady) = 0;
     /// Copies one block of interleaved stereo floats. Its presentation time is a multiple of 1,024 frames at timescale
     /// 48,000, not before the end of the previous block; what was left out between them becomes silence in the file.
     virtual bool append(const SampleBuffer& block) = 0;

@@ -50,9 +50,9 @@ public:
     ~BusyWriter() {
         for (auto& thread : m_telling) thread.join();
     }
-    bool takes(std::function<void()> whenReady) {
+    bool takes(const std::function<void()>& whenReady) {
         if (++m_asked % 3 != 0) return true;
-        m_telling.emplace_back(std::move(whenReady));
+        m_telling.emplace_back(whenReady);
         return false;
     }
 
@@ -68,13 +68,13 @@ Outcome play(std::size_t systemFrames, std::size_t micFrames, FilePlayer::Pace p
     const auto player = FilePlayer::create(std::move(files), pace, length);
     const auto writers = std::make_shared<FakeWriters>();
     BusyWriter busy;
-    writers->isReady = [&busy](std::function<void()> whenReady) { return busy.takes(std::move(whenReady)); };
+    writers->isReady = [&busy](const std::function<void()>& whenReady) { return busy.takes(whenReady); };
     const auto engine = AudioCaptureEngine::create({player->systemAudioSource(), player->microphoneSource(), writers},
                                                    std::make_shared<FakeHost>());
     bool ended = false;
     player->setCallbacks(
         {.requestMediaData =
-             [&engine](std::function<void()> whenReady) { return engine->requestMediaData(std::move(whenReady)); },
+             [&engine](const std::function<void()>& whenReady) { return engine->requestMediaData(whenReady); },
          .didEnd = [&] { MainThread::post([&] { ended = true; }); }});
     engine->startRecording();
     EXPECT_TRUE(waitFor([&] { return ended; }, 20000));
@@ -132,8 +132,8 @@ TEST(FilePlayerTest, AStoppedRecordingReadsItsFilesNoFurther) {
             std::atomic<bool> asked = false;
             std::function<void()> goOn = [] {};
             player->setCallbacks({.requestMediaData =
-                                      [&](std::function<void()> whenReady) {
-                                          goOn = std::move(whenReady);
+                                      [&](const std::function<void()>& whenReady) {
+                                          goOn = whenReady;
                                           asked = true;
                                           return !writerIsFull;
                                       },

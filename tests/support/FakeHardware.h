@@ -98,8 +98,9 @@ public:
     std::vector<std::filesystem::path> unwritable;
     AssetWriterStatus finalStatus = AssetWriterStatus::Completed;
     std::int64_t freeBlocks = 700;
-    std::function<bool(std::function<void()> whenReady)> isReady; ///< answers requests for media data; null: always
-    std::vector<std::shared_ptr<File>> files;                     ///< capture queue, or when it is idle
+    std::function<bool(const std::function<void()>& whenReady)>
+        isReady;                              ///< answers requests for media data; null: always
+    std::vector<std::shared_ptr<File>> files; ///< capture queue, or when it is idle
 
     Result<std::shared_ptr<AssetWriter>> makeWriter(const std::filesystem::path& url) override {
         for (const auto& bad : unwritable) {
@@ -132,8 +133,8 @@ private:
         }
         void startSession(MediaTime at) override { EXPECT_EQ(at.value, 0); }
         std::int64_t freeBlocks() const override { return owner.freeBlocks; }
-        bool requestMediaData(std::int64_t, std::function<void()> whenReady) override {
-            return !owner.isReady || owner.isReady(std::move(whenReady));
+        bool requestMediaData(std::int64_t, const std::function<void()>& whenReady) override {
+            return !owner.isReady || owner.isReady(whenReady);
         }
         bool append(const SampleBuffer& block) override {
             EXPECT_EQ(block.sampleCount, kBlockFrames);

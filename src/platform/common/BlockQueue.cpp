@@ -35,10 +35,10 @@ bool BlockQueue::append(std::int64_t firstFrame, std::span<const float, kBlockSa
     return true;
 }
 
-bool BlockQueue::request(std::size_t mostBlocks, std::function<void()> whenSo) {
+bool BlockQueue::request(std::size_t mostBlocks, const std::function<void()>& whenSo) {
     const std::lock_guard lock(m_mutex);
     if (m_closed || m_count <= mostBlocks) return true;
-    m_request = {mostBlocks, std::move(whenSo)};
+    m_request = {mostBlocks, whenSo};
     return false;
 }
 

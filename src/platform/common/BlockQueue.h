@@ -28,7 +28,7 @@ public:
     bool append(std::int64_t firstFrame, std::span<const float, kBlockSamples> samples);
     /// Whether at most that many blocks are inside, or the queue is closed. If not, whenSo is called once, as soon as
     /// it is so, on the thread that takes the block or closes the queue. A new request replaces the last.
-    bool request(std::size_t mostBlocks, std::function<void()> whenSo);
+    bool request(std::size_t mostBlocks, const std::function<void()>& whenSo);
 
     /// No more blocks come; those inside can still be taken. Any thread.
     void close();

@@ -149,7 +149,7 @@ public:
     bool startWriting() override;
     void startSession(MediaTime atSourceTime) override;
     std::int64_t freeBlocks() const override;
-    bool requestMediaData(std::int64_t mostWaitingBlocks, std::function<void()> whenReady) override;
+    bool requestMediaData(std::int64_t mostWaitingBlocks, const std::function<void()>& whenReady) override;
     bool append(const SampleBuffer& block) override;
     void markAsFinished() override { m_state->queue.close(); }
     void finishWriting(std::function<void()> completion) override;
@@ -203,8 +203,8 @@ std::int64_t QueuedAssetWriter::freeBlocks() const {
     return status() == AssetWriterStatus::Writing ? static_cast<std::int64_t>(m_state->queue.freeBlocks()) : 0;
 }
 
-bool QueuedAssetWriter::requestMediaData(std::int64_t mostWaitingBlocks, std::function<void()> whenReady) {
-    return m_state->queue.request(static_cast<std::size_t>(mostWaitingBlocks), std::move(whenReady));
+bool QueuedAssetWriter::requestMediaData(std::int64_t mostWaitingBlocks, const std::function<void()>& whenReady) {
+    return m_state->queue.request(static_cast<std::size_t>(mostWaitingBlocks), whenReady);
 }
 
 bool QueuedAssetWriter::append(const SampleBuffer& block) {
