@@ -266,7 +266,7 @@ class Bench:
         share = 100 * mixing / self.ours_per_hour if self.ours_per_hour else 0
         self.row("CPU s per hour of audio: rings, gains and mixing; memcpy of the same samples", f"{mixing:.3f}",
                  f"{copying:.3f}", mixing / copying)
-        self.row("Mixing, share of the whole, %", f"{share:.1f}", "", None, "≤ 4", share <= 4)
+        self.row("Mixing, share of the whole, %", f"{share:.1f}", "", None, "< 3", share < 3)
 
     # -- e) live ------------------------------------------------------------------------------------------------------
 
@@ -405,14 +405,14 @@ class Bench:
 
 
 EXPLANATION = """\
-Processor time is user and system time of the whole process over two {minutes}-minute WAV files of speech, the smallest of
-{rounds} rounds in which every program ran in turn. "Theirs" does the same work: a gain that adapts per source, mixing,
-AAC at 256 kbit/s in an MP4 file. Coding noise is compared with what the encoder was given, by a simple model of
+Processor time is user and system time of the whole process over two {minutes}-minute WAV files of speech, the smallest
+of {rounds} rounds in which every program ran in turn. "Theirs" does the same work: a gain that adapts per source,
+mixing, AAC at 256 kbit/s in an MP4 file. Coding noise is compared with what the encoder was given, by a simple model of
 masking (bench/Quality.cpp says which); nobody listened. Live, the smaller figure of {live_rounds} recordings in turn
-counts. Wake-ups are voluntary context switches of all threads. The
-tray application runs on an X server without a window manager, beside a panel that answers at once (bench/TrayMeter.cpp);
-"its share" of memory counts pages that several processes use in part. Notes are timed as the whole process of
-`quillet notes create`, and what arrived is compared byte by byte; Joplin runs without a screen.\
+counts. Wake-ups are voluntary context switches of all threads. The tray application runs on an X server without a
+window manager, beside a panel that answers at once (bench/TrayMeter.cpp); "its share" of memory counts pages that
+several processes use in part. Notes are timed as the whole process of `quillet notes create`, and what arrived is
+compared byte by byte; Joplin runs without a screen.\
 """
 
 
