@@ -26,19 +26,23 @@ class Playing:
         self.commands = [["paplay", system], ["paplay", "--device=micfeed", microphone]]
         self.players = []
 
-    def __enter__(self):
-        before = len(pactl("sink-inputs"))
-        self.players = [subprocess.Popen(command, stdin=subprocess.DEVNULL) for command in self.commands]
+    @staticmethod
+    def wait_for(streams):
         deadline = time.monotonic() + 10
-        while len(pactl("sink-inputs")) < before + 2:
+        while len(pactl("sink-inputs")) != streams:
             if time.monotonic() > deadline:
-                raise Failed("the players do not play")
+                raise Failed(f"there are not {streams} streams being played")
             time.sleep(0.05)
+
+    def __enter__(self):
+        self.players = [subprocess.Popen(command, stdin=subprocess.DEVNULL) for command in self.commands]
+        self.wait_for(streams=len(self.commands))
 
     def __exit__(self, *_):
         for player in self.players:
             player.kill()
             player.wait()
+        self.wait_for(streams=0)
 
 
 def check_whole(usage, seconds):

@@ -83,7 +83,7 @@ public:
 
     /// Capture queue: whether sources that can be held back may deliver up to a second now. If not, as that would run
     /// far ahead of the encoder (the writer's long queue is there for live sources on a slow disk), whenReady is called
-    /// once, on any thread, when they may. True when there is no file to wait for.
+    /// once, on any thread, when they may; not if the recording ends before. True when there is no file to wait for.
     bool requestMediaData(const std::function<void()>& whenReady);
     [[nodiscard]] SerialQueue& queue() { return m_queue; }
 

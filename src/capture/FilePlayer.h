@@ -35,9 +35,9 @@ public:
     };
     struct Callbacks {
         /// Capture queue: whether up to a second may be delivered now. If not, whenReady is called once, on any thread,
-        /// when it may.
+        /// when it may; not if the recording ends before.
         std::function<bool(const std::function<void()>& whenReady)> requestMediaData;
-        /// Capture queue, once: everything has been delivered.
+        /// Capture queue, once, unless it is stopped before: everything has been delivered.
         std::function<void()> didEnd;
     };
 

@@ -46,9 +46,9 @@ public:
     /// How many more blocks of 1,024 frames the queue takes right now; 0 unless writing.
     [[nodiscard]] virtual std::int64_t freeBlocks() const = 0;
     [[nodiscard]] bool isReadyForMoreMediaData() const { return freeBlocks() > 0; }
-    /// For sources that can be held back: whether at most that many blocks wait for the encoder, or none are taken any
-    /// more. If not, whenReady is called once, as soon as it is so, on the writer's thread or one that ends the
-    /// writing. A new request replaces the last.
+    /// For sources that can be held back: whether at most that many blocks, one batch of the writer's or more, wait for
+    /// the encoder. If not, whenReady is called once, as soon as it is so, on the writer's thread. A new request
+    /// replaces the last; the end of writing, for whatever reason, withdraws it: the sources are being stopped then.
     virtual bool requestMediaData(std::int64_t mostWaitingBlocks, const std::function<void()>& whenReady) = 0;
     /// Copies one block of interleaved stereo floats. Its presentation time is a multiple of 1,024 frames at timescale
     /// 48,000, not before the end of the previous block; what was left out between them becomes silence in the file.

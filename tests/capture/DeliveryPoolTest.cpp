@@ -52,12 +52,22 @@ TEST_F(DeliveryPoolTest, LongDeliveriesArriveInPiecesWithTheirOwnTimes) {
 TEST_F(DeliveryPoolTest, WhatIsNoSampleIsReplaced) {
     constexpr float kInfinity = std::numeric_limits<float>::infinity();
     DeliveryPool pool(queue, keep(), 2, DeliveryPool::FirstStamp::InsideFrame);
-    const float bad[] = {std::nanf(""), kInfinity, -kInfinity, 3e38F, -5000.0F, 2.5F};
+    const struct {
+        float bad, replacement;
+    } rows[] = {{std::nanf(""), 0}, {kInfinity, 0}, {-kInfinity, 0}, {3e38F, kLargestSample}, {-5000, -kLargestSample}};
+    for (const auto& row : rows) {
+        for (std::size_t place = 0; place < 6; ++place) {
+            SCOPED_TRACE(testing::Message() << row.bad << " at " << place);
+            std::vector<float> samples{0.5F, -1.5F, 2.5F, -kLargestSample, kLargestSample, 0};
+            samples[place] = row.bad;
+            received.clear();
+            pool.deliver({}, samples);
+            queue.sync([] {});
 
-    pool.deliver({}, bad);
-    queue.sync([] {});
-
-    EXPECT_EQ(received.at(0).samples, (std::vector<float>{0, 0, 0, kLargestSample, -kLargestSample, 2.5F}));
+            samples[place] = row.replacement;
+            EXPECT_EQ(received.at(0).samples, samples);
+        }
+    }
 }
 
 TEST_F(DeliveryPoolTest, AStarvedQueueTakesWhatItCanAndGoesOnLater) {

@@ -61,6 +61,12 @@ private:
     std::vector<std::thread> m_telling;
 };
 
+/// Also where a test gives up early: the capture queue must not end before.
+struct StopAtEnd {
+    ~StopAtEnd() { player.stop(); }
+    FilePlayer& player;
+};
+
 Outcome play(std::size_t systemFrames, std::size_t micFrames, FilePlayer::Pace pace,
              std::optional<FrameCount> length = {}) {
     FilePlayer::Files files{.systemAudio = std::make_unique<FakeReader>(2, systemFrames, 0.1F),
@@ -71,6 +77,7 @@ Outcome play(std::size_t systemFrames, std::size_t micFrames, FilePlayer::Pace p
     writers->isReady = [&busy](const std::function<void()>& whenReady) { return busy.takes(whenReady); };
     const auto engine = AudioCaptureEngine::create({player->systemAudioSource(), player->microphoneSource(), writers},
                                                    std::make_shared<FakeHost>());
+    const StopAtEnd stopAtEnd{*player};
     bool ended = false;
     player->setCallbacks(
         {.requestMediaData =
@@ -141,6 +148,7 @@ TEST(FilePlayerTest, AStoppedRecordingReadsItsFilesNoFurther) {
             const auto engine = AudioCaptureEngine::create(
                 {player->systemAudioSource(), player->microphoneSource(), std::make_shared<FakeWriters>()},
                 std::make_shared<FakeHost>());
+            const StopAtEnd stopAtEnd{*player};
             engine->startRecording();
             ASSERT_TRUE(waitFor([&] { return asked && (writerIsFull || read > 5000U); }));
             engine->stopRecording();

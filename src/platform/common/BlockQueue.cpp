@@ -1,5 +1,7 @@
 #include "platform/common/BlockQueue.h"
 
+#include "support/Require.h"
+
 #include <algorithm>
 
 namespace quillet {
@@ -36,21 +38,22 @@ bool BlockQueue::append(std::int64_t firstFrame, std::span<const float, kBlockSa
 }
 
 bool BlockQueue::request(std::size_t mostBlocks, const std::function<void()>& whenSo) {
+    require(mostBlocks + 1 >= m_batch, "giver and taker of blocks wait for each other");
     const std::lock_guard lock(m_mutex);
-    if (m_closed || m_count <= mostBlocks) return true;
+    if (m_closed) return false;
+    if (m_count <= mostBlocks) return true;
     m_request = {mostBlocks, whenSo};
     return false;
 }
 
 void BlockQueue::close() {
-    std::function<void()> whenSo;
+    std::function<void()> withdrawn; // destroyed outside the lock
     {
         const std::lock_guard lock(m_mutex);
         m_closed = true;
-        whenSo.swap(m_request.whenSo);
+        withdrawn.swap(m_request.whenSo);
     }
     m_batchReady.notify_one();
-    if (whenSo) whenSo();
 }
 
 std::size_t BlockQueue::waitForBatch() {

@@ -26,8 +26,8 @@ public:
     [[nodiscard]] std::size_t freeBlocks() const; ///< 0 once closed
     /// False, and nothing happens, when the queue is full or closed.
     bool append(std::int64_t firstFrame, std::span<const float, kBlockSamples> samples);
-    /// Whether at most that many blocks are inside, or the queue is closed. If not, whenSo is called once, as soon as
-    /// it is so, on the thread that takes the block or closes the queue. A new request replaces the last.
+    /// Whether at most that many blocks, at least a batch less one, are inside and the queue is open. If not, whenSo is
+    /// called once, as soon as it is so, on the taker's thread. A new request replaces the last; closing withdraws it.
     bool request(std::size_t mostBlocks, const std::function<void()>& whenSo);
 
     /// No more blocks come; those inside can still be taken. Any thread.

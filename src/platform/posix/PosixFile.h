@@ -64,7 +64,7 @@ enum class LockAnswer {
 };
 [[nodiscard]] LockAnswer takeLock(int fd, LockByte byte);
 /// Held or not, without taking anything. Where the file system has no locks, a file changed in the last two minutes
-/// counts as held: a writer adds to its file twice a second.
+/// counts as held: a writer adds to its file every second.
 [[nodiscard]] bool isBeingWritten(int fd);
 
 } // namespace quillet
