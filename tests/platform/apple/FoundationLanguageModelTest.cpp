@@ -20,6 +20,7 @@ struct FakeModel {
     Words words;
     bool isThere = true;
     QByteArray properties;
+    std::atomic<bool> asked = false;
     std::atomic<bool> cancelled = false;
     int releases = 0;
     std::thread thread;
@@ -35,6 +36,7 @@ void* request(const QuilletModelRequest* asked, void* context, QuilletModelAnswe
         for (const auto& [kind, text] : model->words) answer(context, kind, text);
         if (model->words.empty()) answer(context, QuilletModelCancelled, "");
     });
+    model->asked = true;
     return model;
 }
 
@@ -121,7 +123,7 @@ TEST_F(FoundationLanguageModelTest, everyFailureHasItsKind) {
 TEST_F(FoundationLanguageModelTest, aStopCancelsTheRequestAndWaitsForItsEnd) {
     StopSource source;
     std::thread stopper([&source] {
-        while (!model->thread.joinable()) std::this_thread::yield();
+        while (!model->asked) std::this_thread::yield();
         source.requestStop();
     });
     const auto reply = languageModel.respond(kRequest, source.token());
