@@ -21,7 +21,7 @@ float sanitized(float sample) {
 
 /// Whether all are numbers within the limits.
 bool areAllSane(std::span<const float> samples) {
-    auto sane = allFour(0) == allFour(0);
+    auto sane = allFour(0) <= allFour(kLargestSample); // a mask of all four
     std::size_t i = 0;
     for (; i + 4 <= samples.size(); i += 4) sane &= magnitude(loadFour(samples.data() + i)) <= allFour(kLargestSample);
     bool all = sane[0] && sane[1] && sane[2] && sane[3];
