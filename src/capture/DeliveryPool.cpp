@@ -34,7 +34,7 @@ bool areAllSane(std::span<const float> samples) {
 void copySanitized(std::span<const float> from, std::span<float> to) {
     if (from.data() != to.data()) std::ranges::copy(from, to.begin());
     const std::span<float> copied = to.first(from.size());
-    // Next to never is there anything to mend, and finding that out takes a quarter of mending everything.
+    // Next to never is there anything to mend, and finding that out takes less than half of mending everything.
     if (!areAllSane(copied)) std::ranges::transform(copied, copied.begin(), [](float s) { return sanitized(s); });
 }
 

@@ -97,7 +97,6 @@ public:
     };
     std::vector<std::filesystem::path> unwritable;
     AssetWriterStatus finalStatus = AssetWriterStatus::Completed;
-    std::int64_t freeBlocks = 700;
     std::function<bool(const std::function<void()>& whenReady)>
         isReady;                              ///< answers requests for media data; null: always
     std::vector<std::shared_ptr<File>> files; ///< capture queue, or when it is idle
@@ -132,7 +131,7 @@ private:
             return true;
         }
         void startSession(MediaTime at) override { EXPECT_EQ(at.value, 0); }
-        std::int64_t freeBlocks() const override { return owner.freeBlocks; }
+        std::int64_t freeBlocks() const override { return 700; }
         bool requestMediaData(std::int64_t, const std::function<void()>& whenReady) override {
             return !owner.isReady || owner.isReady(whenReady);
         }

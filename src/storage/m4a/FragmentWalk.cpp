@@ -8,7 +8,8 @@
 namespace quillet::m4a {
 namespace {
 
-/// A fragment of less than a second takes 250 bytes before its data; one read of this size nearly always suffices.
+/// A fragment of less than a second takes less than 300 bytes before its data; one read of this size nearly always
+/// suffices.
 constexpr std::size_t kUsualWindow = 1024;
 constexpr std::uint32_t kMostPacketsPerFragment = 1024;
 constexpr std::uint32_t kLongestFragmentHeader = 512 + 16 * kMostPacketsPerFragment;
