@@ -1,5 +1,5 @@
+#include "platform/RemoteCommandNames.h"
 #include "platform/SingleInstance.h"
-#include "platform/apple/RemoteCommandNames.h"
 #import "platform/macos/MacSupport.h"
 #include "support/MainThread.h"
 
@@ -39,7 +39,7 @@ NSNotificationName const kCommandNotification = @"com.corvane.Quillet.command";
 - (void)commandDidArrive:(NSNotification*)notification {
     const id name = notification.object;
     if (![name isKindOfClass:[NSString class]]) return;
-    const auto command = quillet::apple::remoteCommandNamed(quillet::fromNSString(static_cast<NSString*>(name)));
+    const auto command = quillet::remoteCommandNamed(quillet::fromNSString(static_cast<NSString*>(name)));
     if (command) _handler(*command);
 }
 
@@ -74,7 +74,7 @@ private:
     static bool deliver(RemoteCommand command) {
         if (!anotherRuns()) return false;
         [NSDistributedNotificationCenter.defaultCenter postNotificationName:kCommandNotification
-                                                                     object:toNSString(apple::nameOf(command))
+                                                                     object:toNSString(remoteCommandName(command))
                                                                    userInfo:nil
                                                          deliverImmediately:YES];
         return true;

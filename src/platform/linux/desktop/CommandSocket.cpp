@@ -1,7 +1,7 @@
 #include "platform/linux/desktop/CommandSocket.h"
 
+#include "platform/RemoteCommandNames.h"
 #include "platform/linux/desktop/Bus.h"
-#include "platform/linux/desktop/RemoteCommandNames.h"
 
 #include <QFile>
 #include <QLocalSocket>

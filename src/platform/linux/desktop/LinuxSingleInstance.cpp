@@ -1,21 +1,13 @@
 #include "platform/linux/desktop/LinuxSingleInstance.h"
 
+#include "platform/RemoteCommandNames.h"
 #include "platform/linux/desktop/Bus.h"
-#include "platform/linux/desktop/RemoteCommandNames.h"
 #include "support/MainThread.h"
 
-#include <array>
 #include <utility>
 
 namespace quillet {
 namespace {
-
-constexpr std::array<std::pair<RemoteCommand, const char*>, 4> kNames{{
-    {RemoteCommand::Open, "open"},
-    {RemoteCommand::ToggleRecording, "toggle-recording"},
-    {RemoteCommand::OpenSettings, "settings"},
-    {RemoteCommand::Quit, "quit"},
-}};
 
 constexpr bus::Address kApplication{LinuxSingleInstance::kName, LinuxSingleInstance::kPath,
                                     "org.freedesktop.Application"};
@@ -24,20 +16,6 @@ constexpr uint kDoNotQueue = 4; // in a request for a name
 enum NameReply : uint { PrimaryOwner = 1, Exists = 3, AlreadyOwner = 4 };
 
 } // namespace
-
-QString remoteCommandName(RemoteCommand command) {
-    for (const auto& [known, name] : kNames) {
-        if (known == command) return QLatin1String(name);
-    }
-    return {};
-}
-
-std::optional<RemoteCommand> remoteCommandNamed(const QString& name) {
-    for (const auto& [command, known] : kNames) {
-        if (name == QLatin1String(known)) return command;
-    }
-    return std::nullopt;
-}
 
 void ApplicationObject::Activate(const QVariantMap&) { later(RemoteCommand::Open); }
 void ApplicationObject::Open(const QStringList&, const QVariantMap&) { later(RemoteCommand::Open); }

@@ -8,17 +8,18 @@
 #include <optional>
 #include <utility>
 
-namespace quillet::apple {
+namespace quillet {
 
-/// What the commands between two starts of the program are called on their way.
-inline constexpr std::array<std::pair<RemoteCommand, const char*>, 4> kRemoteCommandNames = {{
+/// What the commands between two starts of the program are called on their way: on a bus, on a socket, among
+/// notifications, and in the desktop file.
+inline constexpr std::array<std::pair<RemoteCommand, const char*>, 4> kRemoteCommandNames{{
     {RemoteCommand::Open, "open"},
     {RemoteCommand::ToggleRecording, "toggle-recording"},
     {RemoteCommand::OpenSettings, "settings"},
     {RemoteCommand::Quit, "quit"},
 }};
 
-[[nodiscard]] inline QString nameOf(RemoteCommand command) {
+[[nodiscard]] inline QString remoteCommandName(RemoteCommand command) {
     for (const auto& [known, name] : kRemoteCommandNames) {
         if (known == command) return QString::fromLatin1(name);
     }
@@ -33,4 +34,4 @@ inline constexpr std::array<std::pair<RemoteCommand, const char*>, 4> kRemoteCom
     return std::nullopt;
 }
 
-} // namespace quillet::apple
+} // namespace quillet
