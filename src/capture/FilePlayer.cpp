@@ -96,7 +96,8 @@ std::shared_ptr<FilePlayer> FilePlayer::create(Files files, Pace pace, std::opti
     return std::shared_ptr<FilePlayer>(new FilePlayer(std::move(files), pace, length));
 }
 
-FilePlayer::FilePlayer(Files files, Pace pace, std::optional<FrameCount> length) : m_pace(pace), m_length(length) {
+FilePlayer::FilePlayer(Files files, Pace pace, std::optional<FrameCount> length)
+    : m_pace(pace), m_length(length), m_besideLiveDevice(!files.systemAudio || !files.microphone) {
     m_system.reader = std::move(files.systemAudio);
     m_microphone.reader = std::move(files.microphone);
     m_system.ended = !m_system.reader;
@@ -121,8 +122,7 @@ void FilePlayer::stop() {
 void FilePlayer::laneStarted(SerialQueue& queue) {
     const int lanes = (m_system.reader ? 1 : 0) + (m_microphone.reader ? 1 : 0);
     if (++m_lanesStarted != lanes) return;
-    const bool besideLiveDevice = lanes == 1;
-    if (besideLiveDevice) {
+    if (m_besideLiveDevice) {
         const auto now = hostNow().time_since_epoch();
         m_begin = HostFramePos(std::chrono::duration_cast<FrameCount>(now));
     }
@@ -167,7 +167,7 @@ void FilePlayer::runBatch() {
     const bool someoneListens = m_system.handler || m_microphone.handler;
     if (!someoneListens) return; // the recording has been stopped; nobody needs the rest
     if (!m_ended) {
-        if (m_callbacks.requestMediaData && !m_callbacks.requestMediaData(m_postAgain)) return;
+        if (!writerTakesMore()) return;
         deliverTicks();
     }
     if (m_ended && m_callbacks.didEnd) m_callbacks.didEnd();
@@ -176,6 +176,11 @@ void FilePlayer::runBatch() {
     m_batchIsOut = false;
     if (m_ended) m_queue = nullptr;
     m_changed.notify_all();
+}
+
+/// Else it says when.
+bool FilePlayer::writerTakesMore() const {
+    return m_besideLiveDevice || !m_callbacks.requestMediaData || m_callbacks.requestMediaData(m_postAgain);
 }
 
 /// At full speed the files are read here, tick by tick: samples that stay in this processor's cache on their way from

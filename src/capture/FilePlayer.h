@@ -20,8 +20,8 @@ namespace quillet {
 /// a live device.
 ///
 /// Both files run on one fixed schedule, 960 frames of system audio and then 960 of the microphone, at either pace, so
-/// that the same files give the same mix bit for bit. Nothing is delivered that the file writer could not take. A file
-/// that ends goes on as silence until the other has ended and its last frame has filled a block.
+/// that the same files give the same mix bit for bit. Nothing of two files is delivered that the file writer could not
+/// take. A file that ends goes on as silence until the other has ended and its last frame has filled a block.
 class FilePlayer final : public std::enable_shared_from_this<FilePlayer> {
 public:
     enum class Pace { RealTime, AsFastAsPossible };
@@ -35,7 +35,8 @@ public:
     };
     struct Callbacks {
         /// Capture queue: whether up to a second may be delivered now. If not, whenReady is called once, on any thread,
-        /// when it may; not if the recording ends before.
+        /// when it may; not if the recording ends before. Not asked beside a live device: it cannot be held back, and a
+        /// file that waited would be mixed with what the device delivers later.
         std::function<bool(const std::function<void()>& whenReady)> requestMediaData;
         /// Capture queue, once, unless it is stopped before: everything has been delivered.
         std::function<void()> didEnd;
@@ -82,6 +83,7 @@ private:
     void playInRealTime();
     void postBatch();
     void runBatch();
+    [[nodiscard]] bool writerTakesMore() const;
     void deliverTicks();
     bool readTick();
     void fill(Lane& lane);
@@ -94,6 +96,7 @@ private:
     Lane m_microphone;
     const Pace m_pace;
     const std::optional<FrameCount> m_length;
+    const bool m_besideLiveDevice;
     Callbacks m_callbacks;
     std::function<void()> m_postAgain; ///< made once: asking the writer for every tick allocates nothing
     HostFramePos m_begin{};

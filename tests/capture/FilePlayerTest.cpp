@@ -127,6 +127,22 @@ TEST(FilePlayerTest, FilesEndWhereTheyShould) {
     }
 }
 
+TEST(FilePlayerTest, AFileKeepsPaceWithALiveDeviceWhateverTheWriterDoes) {
+    auto file = std::make_unique<FakeReader>(2, SIZE_MAX, 0.1F);
+    const std::atomic<std::size_t>& read = file->framesRead;
+    const auto player =
+        FilePlayer::create({.systemAudio = std::move(file), .microphone = nullptr}, FilePlayer::Pace::RealTime, {});
+    player->setCallbacks({.requestMediaData = [](const auto&) { return false; }, .didEnd = {}});
+    const auto engine = AudioCaptureEngine::create(
+        {player->systemAudioSource(), std::make_shared<FakeMicrophone>(), std::make_shared<FakeWriters>()},
+        std::make_shared<FakeHost>());
+    const StopAtEnd stopAtEnd{*player};
+    engine->startRecording();
+    EXPECT_TRUE(waitFor([&] { return read > 5000U; })) << "held back, it would be mixed with what is heard later";
+    engine->stopRecording();
+    engine->waitUntilFinished();
+}
+
 TEST(FilePlayerTest, AStoppedRecordingReadsItsFilesNoFurther) {
     for (const bool writerIsFull : {false, true}) {
         for (const auto pace : {FilePlayer::Pace::AsFastAsPossible, FilePlayer::Pace::RealTime}) {
