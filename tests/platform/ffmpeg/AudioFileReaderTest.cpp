@@ -169,6 +169,20 @@ TEST(AudioFileReaderTest, readsAsManyFramesAsAskedForUntilTheEnd) {
     EXPECT_EQ((*reader)->read(piece), 0U);
 }
 
+TEST(AudioFileReaderTest, aTenthOfASecondIsRecognisedWhenItsNameFits) {
+    ByteVector frames(4 * 417); // MPEG-1 layer III, 128 kbit/s, 44.1 kHz, stereo: nothing but headers is silence
+    for (std::size_t frame = 0; frame < 4; ++frame) {
+        constexpr std::array kHeader = {std::byte{0xFF}, std::byte{0xFB}, std::byte{0x90}, std::byte{0}};
+        std::copy(kHeader.begin(), kHeader.end(), frames.begin() + static_cast<std::ptrdiff_t>(frame * 417));
+    }
+    const TemporaryFolder folder;
+    writeFile(folder / "short.mp3", frames);
+    auto reader = openAudioFile(folder / "short.mp3");
+    ASSERT_TRUE(reader.ok()) << reader.error().description.toStdString();
+    std::vector<float> samples(2 * 48000);
+    EXPECT_GT((*reader)->read(samples), 2000U);
+}
+
 TEST(AudioFileReaderTest, cutOffRecordingGivesWhatCanBeDecoded) {
     ByteVector recording = unfinishedRecording(100);
     const std::vector<float> whole = decode(recording);
@@ -182,7 +196,7 @@ TEST(AudioFileReaderTest, errorsSayWhatIsWrongWithTheFile) {
     const TemporaryFolder folder;
     std::filesystem::create_directory(folder / "folder");
     writeFile(folder / "empty.wav", {});
-    writeFile(folder / "text.wav", ByteVector(2000, std::byte{'a'}));
+    for (const char* name : {"text.wav", "text.mp3"}) writeFile(folder / name, ByteVector(2000, std::byte{'a'}));
     Wav sound(kIntegers, 48000, 1, 16);
     sound.number(0, 2);
     writeFile(folder / "sound.wav", sound.file());
@@ -202,6 +216,7 @@ TEST(AudioFileReaderTest, errorsSayWhatIsWrongWithTheFile) {
                 {"folder", "it is a folder"},
                 {"empty.wav", "it is empty"},
                 {"text.wav", "it is not an audio file"},
+                {"text.mp3", "it is not an audio file"},
                 {"header.wav", "it is not an audio file"},
                 {"list.wav", "it is not an audio file"},
                 {"pipe", "it is not an ordinary file"}};

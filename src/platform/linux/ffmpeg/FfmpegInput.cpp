@@ -62,8 +62,11 @@ Result<void> FfmpegInput::openFormat(const std::filesystem::path& path) {
         m_format->probesize = kProbedPackets * kPacketBytes;
     if (error >= 0) error = avformat_find_stream_info(m_format, nullptr);
     if (error == AVERROR(EIO)) return cannotRead(EIO);
-    // Below the certainty that a file's name alone gives, the library takes any text for speech in some raw format.
-    if (error >= 0 && m_format->probe_score < AVPROBE_SCORE_EXTENSION)
+    // Below the certainty that a file's name alone gives, the library takes any text for speech in some raw format. Of
+    // a very short MP3 file it is no surer; there the name decides.
+    if (error >= 0 && m_format->probe_score < AVPROBE_SCORE_EXTENSION &&
+        (m_format->probe_score < AVPROBE_SCORE_RETRY ||
+         !av_match_ext(path.filename().c_str(), m_format->iformat->extensions)))
         return clause(QStringLiteral("it is not an audio file"));
     if (error < 0) return clause(QStringLiteral("it is not an audio file"), error);
 
