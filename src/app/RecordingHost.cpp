@@ -6,18 +6,32 @@
 #include <QUrl>
 
 namespace quillet {
+namespace {
+
+/// Two slashes at the beginning are one to the system, but announce a host to a URL.
+QUrl fileUrl(const std::filesystem::path& path) {
+    QString text = QFile::decodeName(path.c_str());
+    while (text.startsWith(QLatin1String("//"))) text.remove(0, 1);
+    return QUrl::fromLocalFile(text);
+}
+
+} // namespace
 
 RecordingHost::RecordingHost(RecordingFileManager& files, const UserDefaults& defaults, RecorderUIModel& uiModel,
-                             NotificationCenter& notifications, CreateNote createNote, NotePolicy notePolicy)
+                             NotificationCenter& notifications, Notes notes, NotePolicy notePolicy)
     : m_files(files),
       m_defaults(defaults),
       m_uiModel(uiModel),
       m_notifications(notifications),
-      m_createNote(std::move(createNote)),
+      m_notes(std::move(notes)),
       m_notePolicy(notePolicy) {}
 
 void RecordingHost::recordingStartsIn(const std::filesystem::path& folder) {
     m_repairs.async([folder] { static_cast<void>(recoverRecordings(folder)); });
+}
+
+void RecordingHost::earlierRecordingSetAside(const std::filesystem::path& from, const std::filesystem::path& to) {
+    m_repairs.async([this, from, to] { m_notes.renamed(from, to); });
 }
 
 void RecordingHost::appendToTestLog(WallTime timestamp, const std::filesystem::path& recording) {
@@ -25,12 +39,11 @@ void RecordingHost::appendToTestLog(WallTime timestamp, const std::filesystem::p
 }
 
 void RecordingHost::recordingDidComplete(const std::filesystem::path& recording) {
-    m_notifications.post(Notifications::recordingDidComplete,
-                         {{QStringLiteral("url"), QUrl::fromLocalFile(QFile::decodeName(recording.c_str()))}});
+    m_notifications.post(Notifications::recordingDidComplete, {{QStringLiteral("url"), fileUrl(recording)}});
 }
 
 std::optional<CreateNoteResult> RecordingHost::createNote(const std::filesystem::path& recording, WallTime recordedAt) {
-    return m_createNote(recording, recordedAt);
+    return m_notes.create(recording, recordedAt);
 }
 
 bool RecordingHost::autoCreateNote() {

@@ -15,8 +15,13 @@ namespace quillet {
 /// slot and the notes application. The objects given to it must outlive it.
 class RecordingHost final : public AudioCaptureEngine::Host {
 public:
-    using CreateNote =
-        std::function<std::optional<CreateNoteResult>(const std::filesystem::path& recording, WallTime recordedAt)>;
+    /// What becomes of a recording's note.
+    struct Notes {
+        std::function<std::optional<CreateNoteResult>(const std::filesystem::path& recording, WallTime recordedAt)>
+            create;
+        /// A recording has been given another name; on a thread that may wait.
+        std::function<void(const std::filesystem::path& from, const std::filesystem::path& to)> renamed;
+    };
 
     enum class NotePolicy {
         AsTheUserChose, ///< the setting, at the moment of stopping
@@ -24,14 +29,14 @@ public:
     };
 
     RecordingHost(RecordingFileManager& files, const UserDefaults& defaults, RecorderUIModel& uiModel,
-                  NotificationCenter& notifications, CreateNote createNote,
-                  NotePolicy notePolicy = NotePolicy::AsTheUserChose);
+                  NotificationCenter& notifications, Notes notes, NotePolicy notePolicy = NotePolicy::AsTheUserChose);
 
     Result<std::filesystem::path, StorageError> generateFileURL() override { return m_files.generateFileURL(); }
     Result<std::filesystem::path, StorageError> generateFileURLInApplicationSupport() override {
         return m_files.generateFileURLInApplicationSupport();
     }
     void recordingStartsIn(const std::filesystem::path& folder) override;
+    void earlierRecordingSetAside(const std::filesystem::path& from, const std::filesystem::path& to) override;
     void appendToTestLog(WallTime timestamp, const std::filesystem::path& recording) override;
     void recordingDidComplete(const std::filesystem::path& recording) override;
     std::optional<CreateNoteResult> createNote(const std::filesystem::path& recording, WallTime recordedAt) override;
@@ -46,9 +51,9 @@ private:
     const UserDefaults& m_defaults;
     RecorderUIModel& m_uiModel;
     NotificationCenter& m_notifications;
-    const CreateNote m_createNote;
+    const Notes m_notes;
     const NotePolicy m_notePolicy;
-    SerialQueue m_repairs{"quillet.repairs"};
+    SerialQueue m_repairs{"quillet.repairs"}; ///< last: its thread ends before the rest goes
 };
 
 } // namespace quillet

@@ -33,7 +33,6 @@ AudioCaptureEngine::AudioCaptureEngine(Hardware hardware, std::shared_ptr<Host> 
 AudioCaptureEngine::~AudioCaptureEngine() {
     // The sources deliver into this object: they end first, on the queue where they deliver.
     const auto endSources = [this] {
-        if (m_captureSession) m_captureSession->stop();
         m_captureSession.reset();
         m_stream.reset();
     };
@@ -135,17 +134,18 @@ void AudioCaptureEngine::performStopRecording() {
         setRecordingOnMain(false, std::nullopt);
         return;
     }
-    m_stream->stopCapture([weak = weak_from_this(), raw = m_stream.get()](const std::optional<PlatformError>&) {
-        if (const auto engine = weak.lock()) engine->streamDidStop(raw);
+    m_stream->stopCapture([weak = weak_from_this(), raw = m_stream.get(),
+                           unfinished = countUnfinished()](const std::optional<PlatformError>&) {
+        if (const auto engine = weak.lock()) engine->streamDidStop(raw, unfinished);
     });
 }
 
 /// Comes twice when the user stops a recording that a full disk is ending already.
-void AudioCaptureEngine::streamDidStop(const SystemAudioStream* stream) {
+void AudioCaptureEngine::streamDidStop(const SystemAudioStream* stream, const Unfinished& unfinished) {
     if (stream != m_stream.get()) return;
     m_stream.reset();
     m_mixer.tearDownMixer();
-    finalizeWriter();
+    finalizeWriter(unfinished);
 }
 
 void AudioCaptureEngine::setRecordingOnMain(bool recording, std::optional<WallTime> startDate) {

@@ -48,6 +48,8 @@ public:
         /// A recording is about to be made in the folder: a good moment to repair what a crash left there. Capture
         /// queue; must not wait for the repair.
         virtual void recordingStartsIn(const std::filesystem::path& folder) = 0;
+        /// What had the new recording's name has another one from here on. Capture queue; must not wait for the disk.
+        virtual void earlierRecordingSetAside(const std::filesystem::path& from, const std::filesystem::path& to) = 0;
         /// The recording's own finishing thread, as the three below.
         virtual void appendToTestLog(WallTime timestamp, const std::filesystem::path& recording) = 0;
         virtual void recordingDidComplete(const std::filesystem::path& recording) = 0;
@@ -93,6 +95,9 @@ public:
     void waitUntilFinished();
 
 private:
+    /// As long as anyone holds it, a recording has been told to stop and is not finished yet.
+    using Unfinished = std::shared_ptr<void>;
+
     AudioCaptureEngine(Hardware hardware, std::shared_ptr<Host> host);
 
     void performStartRecording();
@@ -100,7 +105,7 @@ private:
     void continueWithContent(const Result<std::optional<ShareableContent>>& content);
     void streamDidStart(const std::optional<PlatformError>& error);
     void performStopRecording();
-    void streamDidStop(const SystemAudioStream* stream);
+    void streamDidStop(const SystemAudioStream* stream, const Unfinished& unfinished);
 
     bool prepareForBlocks() override;
     bool isReadyForBlock() override;
@@ -109,8 +114,9 @@ private:
     bool setupWriter(const std::filesystem::path& candidate);
     static std::optional<SampleBuffer> createPCMSampleBuffer(const MixedBlock& block, FramePos ptsFrame);
     void writingWasInterrupted(std::int64_t writerNumber, const PlatformError& error);
-    void finalizeWriter();
-    void writerDidFinish(AssetWriterStatus status, const std::filesystem::path& recording, bool makeNote);
+    void finalizeWriter(const Unfinished& unfinished);
+    void writerDidFinish(const AssetWriter& writer, const std::filesystem::path& recording, bool makeNote);
+    [[nodiscard]] Unfinished countUnfinished();
 
     void setRecordingOnMain(bool recording, std::optional<WallTime> startDate);
     void setErrorOnMain(const QString& message);
@@ -133,10 +139,13 @@ private:
     std::optional<std::filesystem::path> m_outputURL;
     bool m_hasReceivedFirstBuffer = false;
 
-    // Recordings whose file or note is still being finished.
-    std::mutex m_finishingMutex;
-    std::condition_variable m_finishingDone;
-    int m_finishing = 0;
+    struct UnfinishedCount {
+        std::mutex mutex;
+        std::condition_variable isZero;
+        int value = 0;
+    };
+    /// Of recordings from their stop until their file and note are finished; who counts down may outlive the engine.
+    const std::shared_ptr<UnfinishedCount> m_unfinished = std::make_shared<UnfinishedCount>();
 
     SerialQueue m_queue{"corvane.audio-capture"}; ///< last: its thread ends before the rest goes
 };

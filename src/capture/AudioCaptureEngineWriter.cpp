@@ -50,7 +50,9 @@ bool AudioCaptureEngine::setupWriterAndInputFromFirstMixedBlock() {
 }
 
 bool AudioCaptureEngine::setupWriter(const std::filesystem::path& candidate) {
-    auto writer = m_hardware.writers->makeWriter(candidate);
+    auto writer = m_hardware.writers->makeWriter(candidate, [this, &candidate](const std::filesystem::path& earlier) {
+        m_host->earlierRecordingSetAside(candidate, earlier);
+    });
     if (!writer) return false;
     if (!(*writer)->addInput(AudioOutputSettings{})) {
         (*writer)->cancelWriting();
@@ -82,24 +84,23 @@ void AudioCaptureEngine::writingWasInterrupted(std::int64_t writerNumber, const 
     if (m_assetWriter && writerNumber == m_writersMade) performStopRecording(); // else that one has stopped already
 }
 
-void AudioCaptureEngine::finalizeWriter() {
+void AudioCaptureEngine::finalizeWriter(const Unfinished& unfinished) {
     if (!m_assetWriter) return setRecordingOnMain(false, std::nullopt);
     const std::shared_ptr<AssetWriter> writer = std::move(m_assetWriter);
     writer->markAsFinished();
     const bool makeNote = m_host->autoCreateNote();
-    {
-        const std::lock_guard lock(m_finishingMutex);
-        ++m_finishing;
-    }
     // The writer is the recording's own from here on, so that the next recording can start while this one finishes.
-    writer->finishWriting([weak = weak_from_this(), writer, url = m_outputURL.value_or(""), makeNote] {
-        if (const auto engine = weak.lock()) engine->writerDidFinish(writer->status(), url, makeNote);
+    writer->finishWriting([weak = weak_from_this(), writer, url = m_outputURL.value_or(""), makeNote,
+                           held = Unfinished(unfinished)]() mutable {
+        if (const auto engine = weak.lock()) engine->writerDidFinish(*writer, url, makeNote);
+        held.reset();
     });
 }
 
-void AudioCaptureEngine::writerDidFinish(AssetWriterStatus status, const std::filesystem::path& recording,
+void AudioCaptureEngine::writerDidFinish(const AssetWriter& writer, const std::filesystem::path& recording,
                                          bool makeNote) {
-    const bool completed = status == AssetWriterStatus::Completed;
+    const bool completed = writer.status() == AssetWriterStatus::Completed;
+    m_meters.finishedFrames = writer.framesInFile();
     std::error_code ignored;
     if (completed && std::filesystem::exists(recording, ignored))
         m_host->appendToTestLog(std::chrono::system_clock::now(), recording);
@@ -110,15 +111,23 @@ void AudioCaptureEngine::writerDidFinish(AssetWriterStatus status, const std::fi
         if (result && !result->success)
             alertOnMain(result->isAutomationDenied ? &Host::showNotesAutomationDenied : &Host::showAppleScriptFailure);
     }
-    const std::lock_guard lock(m_finishingMutex);
-    --m_finishing;
-    m_finishingDone.notify_all();
+}
+
+AudioCaptureEngine::Unfinished AudioCaptureEngine::countUnfinished() {
+    const std::lock_guard lock(m_unfinished->mutex);
+    ++m_unfinished->value;
+    return {nullptr, [count = m_unfinished](void*) {
+                const std::lock_guard counting(count->mutex);
+                --count->value;
+                count->isZero.notify_all();
+            }};
 }
 
 void AudioCaptureEngine::waitUntilFinished() {
+    m_queue.sync([] {}); // a stop asked for before is under way from here on
     {
-        std::unique_lock lock(m_finishingMutex);
-        m_finishingDone.wait(lock, [this] { return m_finishing == 0; });
+        std::unique_lock lock(m_unfinished->mutex);
+        m_unfinished->isZero.wait(lock, [this] { return m_unfinished->value == 0; });
     }
     m_queue.sync([] {}); // a file that ended early says so by way of this queue
 }

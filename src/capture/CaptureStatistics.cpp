@@ -38,6 +38,7 @@ void CaptureMeters::reset() {
 
 CaptureStatistics CaptureMeters::read() const {
     return {.mixed = FrameCount(mixedFrames.load(kRelaxed)),
+            .finished = FrameCount(finishedFrames.load(kRelaxed)),
             .blocksDropped = blocksDropped.load(kRelaxed),
             .system = system.read(),
             .microphone = microphone.read()};

@@ -18,6 +18,7 @@ struct SourceStatistics {
 /// A look at a recording under way or just ended.
 struct CaptureStatistics {
     FrameCount mixed{0};            ///< length of the file's time line so far
+    FrameCount finished{0};         ///< what the recording that was finished last plays
     std::int64_t blocksDropped = 0; ///< blocks that the file did not get: skipped by the catch-up, or not taken
     SourceStatistics system;
     SourceStatistics microphone;
@@ -44,7 +45,9 @@ public:
     Source microphone;
     std::atomic<std::int64_t> mixedFrames = 0;
     std::atomic<std::int64_t> blocksDropped = 0;
+    std::atomic<std::int64_t> finishedFrames = 0;
 
+    /// For the next recording, while the last one may not be finished yet.
     void reset();
     [[nodiscard]] CaptureStatistics read() const;
 };

@@ -122,4 +122,8 @@ void DeliveryPool::close() {
     m_state->closed = true; // the handler may be what is calling, so it stays until the last buffer is back
 }
 
+void DeliveryPool::closeBehindDeliveries() {
+    m_state->queue.async([state = m_state] { state->closed = true; });
+}
+
 } // namespace quillet

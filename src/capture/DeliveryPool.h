@@ -20,16 +20,17 @@ inline constexpr float kLargestSample = 1000.0F;
 void copySanitized(std::span<const float> from, std::span<float> to);
 
 /// Carries a source's buffers from the source's own thread to the capture queue without allocating: a fixed number of
-/// buffers goes round. The source's thread calls deliver(), the capture queue calls close(); the pool may be destroyed
-/// on either once the source's thread delivers no more.
+/// buffers goes round. The source's thread calls deliver(), the capture queue closes; the pool may be destroyed on
+/// either once the source's thread delivers no more.
 class DeliveryPool {
 public:
     /// How the first buffer is stamped. The first system-audio buffer sets frame 0, at the frame's beginning;
     /// everything else lies half a frame inside its frame (see MediaTime::insideFrame).
     enum class FirstStamp { AtFrame, InsideFrame };
 
-    /// Buffers of two of the sound server's usual 1,024 frames, for a capture queue that is starved for two seconds.
-    static constexpr std::size_t kBuffers = 48;
+    /// Buffers of two of the sound server's usual 1,024 frames. As many as a second and more in single fragments takes,
+    /// for a capture queue that is starved as long; memory that is not used is not touched.
+    static constexpr std::size_t kBuffers = 64;
     static constexpr std::size_t kFramesPerBuffer = 2048;
     /// So much waits on the queue for more to come, or for whatever else the queue is woken for: one fragment of the
     /// sound server's, in however many pieces it arrives. Two fragments share a wake-up, and the first is 20 ms later.
@@ -47,6 +48,8 @@ public:
 
     /// Capture queue: the handler is not called any more once this has returned.
     void close();
+    /// Capture queue: what has been delivered still reaches the handler, by way of the queue, and nothing after it.
+    void closeBehindDeliveries();
 
 private:
     class Buffer;

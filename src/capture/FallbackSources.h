@@ -2,12 +2,7 @@
 
 #include "platform/Platform.h"
 
-#include <functional>
-
 namespace quillet {
-
-/// Is told that a recording goes with the user's default because the chosen device is not there. Any thread.
-using TellFallback = std::function<void(SoundDevice::Kind kind)>;
 
 /// Records with the chosen sources, and with the standard ones where a chosen device is not there when a recording
 /// starts: a headset left at home must not cost the meeting. That recording then stays with the standard one, also when

@@ -26,6 +26,8 @@ double countOf(HostFramePos position) { return static_cast<double>(position.time
 
 constexpr double kPatienceFrames = LiveTimeLine::kPatience.count() * kSampleRateHz;
 constexpr double kFramesAhead = ArrivalClock::kDiscontinuity.count() * kSampleRateHz;
+/// What a device that is well has not delivered yet.
+constexpr std::int64_t kUsualDelayFrames = kSampleRateHz / 10;
 
 } // namespace
 
@@ -129,12 +131,25 @@ HostTime LiveTimeLine::nextTick(HostTime now) const {
     return m_lastArrival + std::chrono::duration_cast<HostTime::duration>(kPatience);
 }
 
+void LiveTimeLine::finish(HostTime now) {
+    if (m_state == State::Anchoring && m_heldEnd > 0) lock(now);
+    if (!m_begun) begin();
+    const std::int64_t behind = (wholeFrame(framesAt(now)) - m_next).count();
+    if (behind > kUsualDelayFrames) emitSilence(behind);
+    payOwed();
+}
+
+/// Without anything from the device.
+void LiveTimeLine::begin() {
+    m_next = wholeFrame(framesAt(m_started));
+    m_begun = true;
+}
+
 /// The present minus the patience, and no further: what a stalled device still delivers late is then not lost.
 void LiveTimeLine::keepUp(HostTime now) {
     if (!m_begun) {
         if (now - m_started < kPatience) return;
-        m_next = wholeFrame(framesAt(m_started));
-        m_begun = true;
+        begin();
     }
     emitSilence((wholeFrame(framesAt(now) - kPatienceFrames) - m_next).count());
 }

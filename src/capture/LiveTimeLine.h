@@ -41,12 +41,16 @@ public:
 
     /// Keeps the time line moving when nothing arrives. Call it at nextTick(); more often does no harm.
     void tick(HostTime now);
+    /// The recording ends now: what is held back is delivered, and a device that is silent at this moment gets its
+    /// silence up to here, because without it the last second of the other side would not be mixed.
+    void finish(HostTime now);
     [[nodiscard]] HostTime nextTick(HostTime now) const;
 
 private:
     enum class State { Anchoring, Locked };
 
     void lock(HostTime now);
+    void begin();
     void keepUp(HostTime now);
     void emit(std::span<const float> interleaved);
     void emitSilence(std::int64_t frames);

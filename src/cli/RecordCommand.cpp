@@ -40,6 +40,11 @@ fs::path wholePath(const fs::path& folder) {
 }
 double seconds(FrameCount frames) { return std::chrono::duration<double>(frames).count(); }
 
+/// Also what waited for the encoder when the file came to an early end.
+std::int64_t blocksNotInFile(const CaptureStatistics& statistics) {
+    return statistics.blocksDropped + (statistics.mixed - statistics.finished).count() / kBlockFrames;
+}
+
 /// One recording from the command line, from start to exit status. Main thread.
 class RecordSession final : public QObject {
 public:
@@ -68,10 +73,12 @@ private:
     void observe();
     void phaseChanged(RecordingControl::Phase phase);
     void errorChanged(const std::optional<QString>& error);
+    void deviceGone(SoundDevice::Kind kind);
     std::optional<CreateNoteResult> makeNote(const fs::path& recording, WallTime recordedAt);
     void showProgress();
     void finish();
     void report(const fs::path& path);
+    /// What has not been said yet.
     [[nodiscard]] QStringList warnings(const CaptureStatistics& statistics, const fs::path& path) const;
 
     const RecordOptions m_options;
@@ -91,6 +98,7 @@ private:
     QTimer m_durationTimer;
     bool m_hasRecorded = false;
     std::optional<QString> m_error;
+    QStringList m_devicesGone; ///< a sentence for each
     std::optional<fs::path> m_saved;
     std::thread m_waiter;
 };
@@ -121,8 +129,9 @@ bool RecordSession::openSources() {
     }
     LiveSources live;
     if (anyDevice)
-        live = makeLiveSources([name = m_options.system.device] { return name; },
-                               [name = m_options.microphone.device] { return name; });
+        live = makeLiveSources(
+            [name = m_options.system.device] { return name; }, [name = m_options.microphone.device] { return name; },
+            [this](SoundDevice::Kind kind) { MainThread::post([this, kind] { deviceGone(kind); }); });
     AudioCaptureEngine::Hardware hardware{.systemAudio = m_player ? m_player->systemAudioSource() : nullptr,
                                           .microphone = m_player ? m_player->microphoneSource() : nullptr,
                                           .writers = makeAssetWriterFactory()};
@@ -133,7 +142,10 @@ bool RecordSession::openSources() {
         std::move(hardware),
         std::make_shared<RecordingHost>(
             m_files, UserDefaults::standard(), m_uiModel, NotificationCenter::standard(),
-            [this](const fs::path& recording, WallTime recordedAt) { return makeNote(recording, recordedAt); },
+            RecordingHost::Notes{
+                .create = [this](const fs::path& recording, WallTime at) { return makeNote(recording, at); },
+                .renamed = [this](const fs::path& from,
+                                  const fs::path& to) { static_cast<void>(m_notes.pending.rename(from, to)); }},
             m_options.note ? RecordingHost::NotePolicy::Always : RecordingHost::NotePolicy::AsTheUserChose));
     m_control = std::make_unique<RecordingControl>(m_engine);
     return true;
@@ -162,6 +174,7 @@ void RecordSession::phaseChanged(RecordingControl::Phase phase) {
     if (phase == Phase::Recording && !m_hasRecorded) {
         m_hasRecorded = true;
         m_progressTimer.start(m_progress.interval());
+        showProgress();
         if (m_options.duration && !m_player) m_durationTimer.start(*m_options.duration);
     } else if (phase == Phase::Idle && m_hasRecorded) {
         m_progressTimer.stop();
@@ -186,6 +199,16 @@ void RecordSession::errorChanged(const std::optional<QString>& error) {
     m_progress.finish();
     complain(shownText(*error));
     m_control->stop(); // nobody sits here who could do better
+}
+
+void RecordSession::deviceGone(SoundDevice::Kind kind) {
+    m_devicesGone += kind == SoundDevice::Kind::Input
+                         ? QStringLiteral("The microphone “%1” is gone; the default one is recorded until it returns.")
+                               .arg(m_options.microphone.device)
+                         : QStringLiteral("The output “%1” is gone; the default one is recorded until it returns.")
+                               .arg(m_options.system.device);
+    m_progress.finish();
+    complain(m_devicesGone.last());
 }
 
 /// On the recording's own thread.
@@ -235,9 +258,9 @@ QStringList RecordSession::warnings(const CaptureStatistics& statistics, const f
     };
     addSilence(QStringLiteral("system audio"), statistics.system);
     addSilence(QStringLiteral("microphone"), statistics.microphone);
-    if (statistics.blocksDropped > 0)
+    if (const std::int64_t blocks = blocksNotInFile(statistics); blocks > 0)
         sentences += QStringLiteral("%1 s of sound did not reach the file.")
-                         .arg(seconds(FrameCount(statistics.blocksDropped * kBlockFrames)), 0, 'f', 2);
+                         .arg(seconds(FrameCount(blocks * kBlockFrames)), 0, 'f', 2);
     if (m_noteOutcome && !m_noteOutcome->success)
         sentences +=
             QStringLiteral("The recording was saved, but no note could be made: %1 “quillet notes create” with "
@@ -246,24 +269,23 @@ QStringList RecordSession::warnings(const CaptureStatistics& statistics, const f
     if (m_wantedFolder && !fs::equivalent(*m_wantedFolder, path.parent_path(), ignored))
         sentences += QStringLiteral("The folder %1 could not be used; the recording is in %2.")
                          .arg(m_options.folder, toText(path.parent_path()));
-    if (m_error) sentences += shownText(*m_error);
     return sentences;
 }
 
 void RecordSession::report(const fs::path& path) {
     const CaptureStatistics statistics = m_engine->statistics();
-    const QStringList sentences = warnings(statistics, path);
-    for (const QString& sentence : sentences) {
-        if (!m_error || sentence != shownText(*m_error)) complain(sentence);
-    }
+    QStringList sentences = warnings(statistics, path);
+    for (const QString& sentence : sentences) complain(sentence);
+    for (const QString& said : m_devicesGone) sentences += said;
+    if (m_error) sentences += shownText(*m_error);
     if (!m_options.json) return print(toText(path));
     const QJsonObject result{
         {QStringLiteral("path"), toText(path)},
-        {QStringLiteral("frames"), static_cast<qint64>(statistics.mixed.count())},
-        {QStringLiteral("durationSeconds"), seconds(statistics.mixed)},
+        {QStringLiteral("frames"), static_cast<qint64>(statistics.finished.count())},
+        {QStringLiteral("durationSeconds"), seconds(statistics.finished)},
         {QStringLiteral("systemPeak"), static_cast<double>(statistics.system.peak)},
         {QStringLiteral("microphonePeak"), static_cast<double>(statistics.microphone.peak)},
-        {QStringLiteral("blocksDropped"), static_cast<qint64>(statistics.blocksDropped)},
+        {QStringLiteral("blocksDropped"), static_cast<qint64>(blocksNotInFile(statistics))},
         {QStringLiteral("systemSilentSeconds"), seconds(statistics.system.longestSilence)},
         {QStringLiteral("microphoneSilentSeconds"), seconds(statistics.microphone.longestSilence)},
         {QStringLiteral("noteMade"), m_noteOutcome && m_noteOutcome->success},

@@ -93,6 +93,16 @@ Result<void> PendingNotes::remove(const std::filesystem::path& recording) {
     });
 }
 
+Result<void> PendingNotes::rename(const std::filesystem::path& from, const std::filesystem::path& to) {
+    const auto before = identity(from);
+    return update([&before, after = identity(to)](std::vector<PendingNote>& notes) {
+        const auto renamed = std::ranges::find(notes, before, &PendingNote::recording);
+        if (renamed == notes.end()) return false;
+        renamed->recording = after;
+        return true;
+    });
+}
+
 std::optional<PendingNote> PendingNotes::find(const std::filesystem::path& recording) const {
     const auto path = identity(recording);
     for (PendingNote& note : all()) {

@@ -35,6 +35,8 @@ public:
     /// Replaces what was known of the same recording.
     Result<void> add(const PendingNote& note);
     Result<void> remove(const std::filesystem::path& recording);
+    /// The recording has another name now. Whether there is anything at either is not looked at.
+    Result<void> rename(const std::filesystem::path& from, const std::filesystem::path& to);
     [[nodiscard]] std::optional<PendingNote> find(const std::filesystem::path& recording) const;
     /// The oldest first.
     [[nodiscard]] std::vector<PendingNote> all() const;

@@ -24,7 +24,7 @@ struct AudioOutputSettings {
 /// 10 to 20 seconds; no call here waits for either.
 ///
 /// Calls come from the capture queue, in the order addInput, startWriting, startSession, append…, then either
-/// markAsFinished and finishWriting, or cancelWriting. status() may be read from any thread.
+/// markAsFinished and finishWriting, or cancelWriting. status() and framesInFile() may be read from any thread.
 ///
 /// A full disk or a device error while writing ends the file early: what was encoded is finished into a playable file,
 /// the status becomes Completed (Failed when not even that was possible), the interruption handler is told why, once,
@@ -36,6 +36,8 @@ public:
     virtual ~AssetWriter() = default;
 
     [[nodiscard]] virtual AssetWriterStatus status() const = 0;
+    /// How many frames the ended file plays: fewer than were appended when the disk was full. Final with the status.
+    [[nodiscard]] virtual std::int64_t framesInFile() const = 0;
     /// False when the settings cannot be met. The input always expects media in real time.
     virtual bool addInput(const AudioOutputSettings& settings) = 0;
     /// On the writer's thread, at most once; set before startWriting().
@@ -67,8 +69,10 @@ class AssetWriterFactory {
 public:
     virtual ~AssetWriterFactory() = default;
     /// Creates the file, readable by its owner only. A finished file of that name is set aside first under a name of
-    /// its own; one that is still being written by anyone is a failure.
-    virtual Result<std::shared_ptr<AssetWriter>> makeWriter(const std::filesystem::path& url) = 0;
+    /// its own, and tell hears which; one that is still being written by anyone is a failure.
+    virtual Result<std::shared_ptr<AssetWriter>>
+    makeWriter(const std::filesystem::path& url,
+               const std::function<void(const std::filesystem::path& earlier)>& tell) = 0;
 };
 
 } // namespace quillet

@@ -26,7 +26,8 @@ struct MicrophoneFailure {
 class MicrophoneSession {
 public:
     virtual ~MicrophoneSession() = default;
-    /// No buffer is delivered once this has returned. Idempotent.
+    /// Nothing is captured any more; what has been comes by way of the queue, before what is posted there next.
+    /// Idempotent.
     virtual void stop() = 0;
 };
 

@@ -23,7 +23,14 @@ struct LiveSources {
 /// follows the user's default.
 using DeviceName = std::function<QString()>;
 
-[[nodiscard]] LiveSources makeLiveSources(DeviceName systemDevice, DeviceName microphoneDevice);
+/// Is told that a recording goes, or goes on, with the user's default because the chosen device is not there. Any
+/// thread.
+using TellFallback = std::function<void(SoundDevice::Kind kind)>;
+
+/// A device that was chosen by its name and goes in the midst of a recording is replaced by the default one until it
+/// returns, where the platform shows that it has gone.
+[[nodiscard]] LiveSources makeLiveSources(DeviceName systemDevice, DeviceName microphoneDevice,
+                                          const TellFallback& tell);
 
 [[nodiscard]] std::shared_ptr<SoundDevices> makeSoundDevices();
 

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -17,15 +18,19 @@ public:
     virtual void remove() = 0;
 };
 
+/// Is told where an earlier recording lies now.
+using TellSetAside = std::function<void(const std::filesystem::path& earlier)>;
+
 /// Makes a new, empty file that only its owner may read. What already has that name is set aside first, as
 /// "<stem> (earlier).m4a", "<stem> (earlier 2).m4a" and so on; nothing is ever replaced. Fails when that file is still
 /// being written. Takes a few milliseconds at most, and leaves nothing behind when it fails.
-[[nodiscard]] Result<std::unique_ptr<RecordingFile>> createRecordingFile(const std::filesystem::path& path);
+[[nodiscard]] Result<std::unique_ptr<RecordingFile>> createRecordingFile(const std::filesystem::path& path,
+                                                                         const TellSetAside& tell = {});
 
 /// The same for a file that a library makes under its own power: what has the name is set aside before the library
 /// makes the file, and the file is marked as being written as soon as it is there. The mark is a RecordingFile of which
 /// only the life, and remove(), are of use.
-[[nodiscard]] Result<void> setAsideEarlierRecording(const std::filesystem::path& path);
+[[nodiscard]] Result<void> setAsideEarlierRecording(const std::filesystem::path& path, const TellSetAside& tell = {});
 [[nodiscard]] Result<std::unique_ptr<RecordingFile>> markAsBeingWritten(const std::filesystem::path& path);
 
 /// What a glance at a file tells.

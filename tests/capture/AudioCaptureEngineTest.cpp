@@ -248,6 +248,19 @@ TEST_F(AudioCaptureEngineTest, ASlowNoteDoesNotDelayTheNextRecording) {
     stop();
 }
 
+TEST_F(AudioCaptureEngineTest, WhoWaitsForTheEndWaitsForASourceThatIsSlowToStop) {
+    start();
+    deliver(0, 4096);
+    systemAudio->holdsStop = true;
+    engine->stopRecording();
+    auto waiting = std::async(std::launch::async, [this] { engine->waitUntilFinished(); });
+    EXPECT_EQ(waiting.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    engine->queue().sync([this] { systemAudio->finishStop(); });
+    waiting.get();
+    EXPECT_TRUE(host->has("complete /recordings/Meeting.m4a"));
+    EXPECT_EQ(engine->statistics().finished, FrameCount(4096));
+}
+
 TEST_F(AudioCaptureEngineTest, AFullDiskEndsTheRecordingAndSaysSo) {
     start();
     deliver(0, 4096);

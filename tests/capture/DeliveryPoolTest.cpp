@@ -124,5 +124,16 @@ TEST_F(DeliveryPoolTest, NothingArrivesAfterCloseAlsoWhenThePoolIsGone) {
     EXPECT_TRUE(received.empty());
 }
 
+TEST_F(DeliveryPoolTest, ASourceThatStopsLosesNothingOfWhatItHasDelivered) {
+    DeliveryPool pool(queue, keep(), 1, DeliveryPool::FirstStamp::InsideFrame);
+    queue.sync([&] {
+        pool.deliver({}, std::vector<float>(480));
+        pool.closeBehindDeliveries();
+        pool.deliver({}, std::vector<float>(480));
+    });
+    queue.sync([] {});
+    EXPECT_EQ(received.size(), 1U);
+}
+
 } // namespace
 } // namespace quillet

@@ -10,6 +10,7 @@
 #include <optional>
 #include <random>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace quillet {
@@ -333,6 +334,26 @@ TEST_F(Break, AnotherDeviceIsPlacedByItsOwnArrivals) {
 
     EXPECT_TRUE(simulation.contiguous);
     expectInPlace(before + 5, simulation.fragments() - 2);
+}
+
+TEST_F(Break, TheEndIsReachedWhateverTheDeviceDoes) {
+    const double end = soundedAt(before + 30);
+    simulation.advance(end); // 0.6 s without a word, not given up yet
+    simulation.line->finish(at(end));
+    EXPECT_NEAR(simulation.behind(at(end)), 0, 0.001);
+    EXPECT_TRUE(simulation.contiguous);
+
+    Simulation punctual(100), held(100), dead(100);
+    for (int i = 1; i <= 50; ++i) punctual.arrive(100 + i * 0.02);
+    for (int i = 1; i <= 5; ++i) held.arrive(100 + i * 0.02); // not placed yet
+    for (const auto& [simulated, moment, last] : {std::tuple{&punctual, 101.01, 50U}, {&held, 100.11, 5U}}) {
+        simulated->line->finish(at(moment));
+        EXPECT_NEAR(simulated->place(last - 1), 100 + (last - 1) * 0.02, 0.001);
+        EXPECT_NEAR(simulated->behind(at(moment)), 0.01, 0.001) << "nothing is made up where sound is on its way";
+    }
+    dead.line->finish(at(100.5));
+    EXPECT_NEAR(dead.firstSeconds, 100, 0.001);
+    EXPECT_NEAR(dead.behind(at(100.5)), 0, 0.001);
 }
 
 TEST(LiveTimeLine, BeginsWithSilenceWhenADeviceDeliversNothing) {

@@ -17,8 +17,9 @@ TEST(LiveFallbackTest, aRecordingWithoutTheChosenDevicesHearsTheDefaultOnes) {
     const auto named = [] { return QStringLiteral("headset-at-home"); };
     const auto followed = [] { return QString(); };
     std::vector<SoundDevice::Kind> told; // on the capture queue
-    const LiveSources sources = withFallback(makeLiveSources(named, named), makeLiveSources(followed, followed),
-                                             [&told](SoundDevice::Kind kind) { told.push_back(kind); });
+    const auto tell = [&told](SoundDevice::Kind kind) { told.push_back(kind); };
+    const LiveSources sources =
+        withFallback(makeLiveSources(named, named, tell), makeLiveSources(followed, followed, tell), tell);
     const auto writers = std::make_shared<FakeWriters>();
     const auto engine = AudioCaptureEngine::create(
         {.systemAudio = sources.systemAudio, .microphone = sources.microphone, .writers = writers},

@@ -258,6 +258,20 @@ TEST_F(TrayTest, quittingInTheMiddleOfARecordingLosesNothing) {
     EXPECT_TRUE(waitFor(quits, 15000));
 }
 
+TEST_F(TrayTest, theEndOfTheSessionFinishesTheRecording) {
+    if (const std::string why = PrivateSoundServer::whyUnavailable(); !why.empty()) GTEST_SKIP() << why;
+    useSoundServer();
+    const QString recordings = u"/data/quillet/Recordings"_s;
+    start({u"--skip-onboarding"_s, u"--toggle-recording"_s});
+    ASSERT_TRUE(waitFor([&] { return !files(recordings, u"*.m4a"_s).isEmpty(); }, 15000));
+    std::this_thread::sleep_for(1500ms);
+    program.terminate();
+    ASSERT_TRUE(ends());
+    QFile log(desktop->home() + u"/data/quillet/test_log.txt"_s);
+    EXPECT_TRUE(log.open(QFile::ReadOnly)) << "nothing is said of a recording that is not finished";
+    EXPECT_TRUE(log.readAll().contains("Meeting_"));
+}
+
 TEST(TrayWithoutDisplay, saysSoAndPointsToTheHeadlessCommand) {
     QProcessEnvironment none = QProcessEnvironment::systemEnvironment();
     for (const QString& name : {u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s, u"QT_QPA_PLATFORM"_s}) none.remove(name);

@@ -46,9 +46,14 @@ TEST_F(PendingNotesTest, ARecordingIsFoundByAnotherProcessHoweverItsPathIsWritte
         EXPECT_EQ(status.st_mode & 0777, path == file() ? 0600U : 0700U);
     }
 
-    ASSERT_TRUE(other.remove("/r/Ü \"1\"\n.m4a"));
-    ASSERT_TRUE(other.remove("/r/never.m4a"));
+    ASSERT_TRUE(other.rename("/r/Ü \"1\"\n.m4a", "/r/Ü (earlier).m4a"));
+    ASSERT_TRUE(other.rename("/r/never.m4a", "/r/b.m4a"));
     EXPECT_FALSE(PendingNotes(folder()).find("/r/Ü \"1\"\n.m4a"));
+    EXPECT_EQ(PendingNotes(folder()).find("/r/Ü (earlier).m4a")->folderName, text("Räume/.."));
+
+    ASSERT_TRUE(other.remove("/r/Ü (earlier).m4a"));
+    ASSERT_TRUE(other.remove("/r/never.m4a"));
+    EXPECT_FALSE(PendingNotes(folder()).find("/r/Ü (earlier).m4a"));
     EXPECT_TRUE(PendingNotes(folder()).find("/r/b.m4a"));
 }
 

@@ -42,6 +42,7 @@ public:
     std::optional<PlatformError> outputFailure;
     std::optional<PlatformError> startFailure;
     bool holdsStart = false; ///< keeps the start's completion until finishStart()
+    bool holdsStop = false;  ///< the same of the stop's, until finishStop()
     SampleHandler handler;
     int contentRequests = 0;
     int stops = 0;
@@ -55,6 +56,9 @@ public:
     }
     void finishStart() {
         if (m_heldStart) std::exchange(m_heldStart, nullptr)(startFailure);
+    }
+    void finishStop() {
+        if (m_heldStop) std::exchange(m_heldStop, nullptr)();
     }
 
 private:
@@ -77,12 +81,20 @@ private:
         void stopCapture(Completion completion) override {
             ++owner.stops;
             owner.handler = nullptr;
-            captureQueue->async([completion] { completion(std::nullopt); });
+            auto answer = [queue = captureQueue, completion = std::move(completion)] {
+                queue->async([completion] { completion(std::nullopt); });
+            };
+            if (owner.holdsStop) {
+                owner.m_heldStop = std::move(answer);
+            } else {
+                answer();
+            }
         }
         FakeSystemAudio& owner;
         SerialQueue* captureQueue = nullptr;
     };
     SystemAudioStream::Completion m_heldStart;
+    std::function<void()> m_heldStop;
 };
 
 /// Writers that keep the blocks they are given.
@@ -101,7 +113,8 @@ public:
         isReady;                              ///< answers requests for media data; null: always
     std::vector<std::shared_ptr<File>> files; ///< capture queue, or when it is idle
 
-    Result<std::shared_ptr<AssetWriter>> makeWriter(const std::filesystem::path& url) override {
+    Result<std::shared_ptr<AssetWriter>> makeWriter(const std::filesystem::path& url,
+                                                    const std::function<void(const std::filesystem::path&)>&) override {
         for (const auto& bad : unwritable) {
             if (bad == url) return Failure{PlatformError::fromErrno(EACCES)};
         }
@@ -122,6 +135,7 @@ private:
             }
         }
         AssetWriterStatus status() const override { return file->status; }
+        std::int64_t framesInFile() const override { return static_cast<std::int64_t>(file->samples.size() / 2); }
         bool addInput(const AudioOutputSettings& settings) override {
             return settings.bitRate == 256000 && settings.channelCount == 2 && settings.sampleRateHz == 48000;
         }
@@ -168,6 +182,7 @@ public:
     Url generateFileURL() override { return url; }
     Url generateFileURLInApplicationSupport() override { return supportUrl; }
     void recordingStartsIn(const std::filesystem::path& folder) override { write("starts in " + folder.string()); }
+    void earlierRecordingSetAside(const std::filesystem::path&, const std::filesystem::path&) override {}
     void appendToTestLog(WallTime, const std::filesystem::path& recording) override {
         write("log " + recording.string());
     }

@@ -38,18 +38,24 @@ DeviceName deviceOf(const QString& key) {
 
 std::shared_ptr<AudioCaptureEngine> makeEngine() {
     const DeviceName followTheSystem = [] { return QString(); };
+    const TellFallback tell = [](SoundDevice::Kind kind) {
+        NotificationCenter::standard().post(Notifications::chosenDeviceMissing,
+                                            {{QStringLiteral("isMicrophone"), kind == SoundDevice::Kind::Input}});
+    };
     LiveSources live = withFallback(
-        makeLiveSources(deviceOf(DefaultsKeys::systemAudioDevice), deviceOf(DefaultsKeys::microphoneDevice)),
-        makeLiveSources(followTheSystem, followTheSystem), [](SoundDevice::Kind kind) {
-            NotificationCenter::standard().post(Notifications::chosenDeviceMissing,
-                                                {{QStringLiteral("isMicrophone"), kind == SoundDevice::Kind::Input}});
-        });
+        makeLiveSources(deviceOf(DefaultsKeys::systemAudioDevice), deviceOf(DefaultsKeys::microphoneDevice), tell),
+        makeLiveSources(followTheSystem, followTheSystem, tell), tell);
     // The note is made with the services of the first recording: they are not needed before one has ended.
-    auto host = std::make_shared<RecordingHost>(*SharedInstance<RecordingFileManager>::get(), defaults(),
-                                                *SharedInstance<RecorderUIModel>::get(), NotificationCenter::standard(),
-                                                [](const std::filesystem::path& recording, WallTime completedAt) {
-                                                    return sharedNotes().makeNote(recording, completedAt);
-                                                });
+    auto host = std::make_shared<RecordingHost>(
+        *SharedInstance<RecordingFileManager>::get(), defaults(), *SharedInstance<RecorderUIModel>::get(),
+        NotificationCenter::standard(),
+        RecordingHost::Notes{
+            .create = [](const std::filesystem::path& recording,
+                         WallTime completedAt) { return sharedNotes().makeNote(recording, completedAt); },
+            .renamed =
+                [](const std::filesystem::path& from, const std::filesystem::path& to) {
+                    static_cast<void>(sharedNotes().pending.rename(from, to));
+                }});
     return AudioCaptureEngine::create({.systemAudio = std::move(live.systemAudio),
                                        .microphone = std::move(live.microphone),
                                        .writers = makeAssetWriterFactory()},

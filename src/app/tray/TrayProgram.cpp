@@ -159,7 +159,6 @@ void TrayProgram::recoverUnfinished() {
 void TrayProgram::finishAndExit() {
     m_control->stop();
     std::thread([engine = SharedInstance<AudioCaptureEngine>::get()] {
-        engine->queue().sync([] {}); // the stop is under way
         engine->waitUntilFinished();
         exitNow();
     }).detach();

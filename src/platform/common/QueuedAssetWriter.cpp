@@ -27,6 +27,7 @@ struct WriterState {
     BlockQueue queue;
     std::unique_ptr<BlockRecorder> recorder; ///< the thread's alone; gone once the file is closed
     std::atomic<AssetWriterStatus> status = AssetWriterStatus::Unknown;
+    std::atomic<std::int64_t> framesInFile = 0;
 
     std::mutex mutex;
     std::condition_variable endingChosen;
@@ -103,11 +104,14 @@ void WriterThread::closeFinished(const Result<void>& recorded) {
     m_state.queue.close();
     BlockRecorder& recorder = *m_state.recorder;
     std::optional<PlatformError> error = recorded ? std::nullopt : std::optional(recorded.error());
+    std::int64_t frames = recorder.framesWritten();
     if (recorder.holdsSound()) {
         const auto finished = recorder.finish();
         if (!finished && !error) error = finished.error();
+        if (finished) frames = *finished;
     }
     const bool holdsSound = recorder.holdsSound();
+    m_state.framesInFile = holdsSound ? frames : 0;
     if (!holdsSound) recorder.remove(); // there is nothing in it, not even its first moments
     m_state.recorder.reset();
     {
@@ -144,6 +148,7 @@ public:
     ~QueuedAssetWriter() override;
 
     AssetWriterStatus status() const override { return m_state->status; }
+    std::int64_t framesInFile() const override { return m_state->framesInFile; }
     bool addInput(const AudioOutputSettings& settings) override;
     void setInterruptionHandler(InterruptionHandler handler) override;
     bool startWriting() override;

@@ -24,8 +24,8 @@ public:
 
     /// Whether the file, as it is or once it is finished, has anything to play.
     [[nodiscard]] virtual bool holdsSound() const = 0;
-    /// Makes it a plain file.
-    [[nodiscard]] virtual Result<void> finish() = 0;
+    /// Makes it a plain file; returns how many frames that plays.
+    [[nodiscard]] virtual Result<std::int64_t> finish() = 0;
     virtual void remove() = 0;
 };
 

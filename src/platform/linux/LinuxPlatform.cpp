@@ -5,9 +5,11 @@
 
 namespace quillet {
 
-LiveSources makeLiveSources(DeviceName systemDevice, DeviceName microphoneDevice) {
-    return {.systemAudio = makePulseSystemAudioSource(std::move(systemDevice)),
-            .microphone = makePulseMicrophoneSource(std::move(microphoneDevice))};
+LiveSources makeLiveSources(DeviceName systemDevice, DeviceName microphoneDevice, const TellFallback& tell) {
+    return {.systemAudio =
+                makePulseSystemAudioSource(std::move(systemDevice), [tell] { tell(SoundDevice::Kind::Output); }),
+            .microphone =
+                makePulseMicrophoneSource(std::move(microphoneDevice), [tell] { tell(SoundDevice::Kind::Input); })};
 }
 
 std::shared_ptr<SoundDevices> makeSoundDevices() { return makePulseSoundDevices(); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/AssetWriter.h"
+#include "platform/RecordingFiles.h"
 
 #include <memory>
 
@@ -11,7 +12,8 @@ namespace quillet {
 /// asset writer refuses to write over one.
 class MacAssetWriterFactory final : public AssetWriterFactory {
 public:
-    Result<std::shared_ptr<AssetWriter>> makeWriter(const std::filesystem::path& url) override;
+    Result<std::shared_ptr<AssetWriter>> makeWriter(const std::filesystem::path& url,
+                                                    const TellSetAside& tell) override;
 };
 
 } // namespace quillet

@@ -80,7 +80,7 @@ public:
 
     bool holdsSound() const override { return m_failed ? m_frames >= kPlayableFrames : m_frames > 0; }
 
-    Result<void> finish() override {
+    Result<std::int64_t> finish() override {
         @autoreleasepool {
             if (m_writer.status != AVAssetWriterStatusWriting) return fail(toPlatformError(m_writer.error));
             [m_input markAsFinished];
@@ -89,7 +89,7 @@ public:
               dispatch_semaphore_signal(done);
             }];
             dispatch_semaphore_wait(done, DISPATCH_TIME_FOREVER);
-            if (m_writer.status == AVAssetWriterStatusCompleted) return {};
+            if (m_writer.status == AVAssetWriterStatusCompleted) return m_frames;
             return fail(toPlatformError(m_writer.error));
         }
     }
@@ -131,8 +131,9 @@ private:
 
 } // namespace
 
-Result<std::shared_ptr<AssetWriter>> MacAssetWriterFactory::makeWriter(const std::filesystem::path& url) {
-    if (auto aside = setAsideEarlierRecording(url); !aside) return Failure{aside.error()};
+Result<std::shared_ptr<AssetWriter>> MacAssetWriterFactory::makeWriter(const std::filesystem::path& url,
+                                                                       const TellSetAside& tell) {
+    if (auto aside = setAsideEarlierRecording(url, tell); !aside) return Failure{aside.error()};
     auto recorder = AssetRecorder::create(url);
     if (!recorder) return Failure{recorder.error()};
     return makeQueuedAssetWriter(std::move(*recorder), kBlocksPerBatch);

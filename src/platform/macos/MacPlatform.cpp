@@ -7,7 +7,7 @@
 
 namespace quillet {
 
-LiveSources makeLiveSources(DeviceName systemDevice, DeviceName microphoneDevice) {
+LiveSources makeLiveSources(DeviceName systemDevice, DeviceName microphoneDevice, const TellFallback&) {
     return {.systemAudio = makeScreenCaptureSource(std::move(systemDevice)),
             .microphone = makeCaptureMicrophoneSource(std::move(microphoneDevice))};
 }

@@ -38,8 +38,9 @@ bool sameFile(const struct stat& one, const struct stat& other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
-/// Moves away what has a recording's name. 0, EBUSY when it is still being written, or another error number.
-int setAside(int folder, const std::string& name) {
+/// Moves away what has a recording's name, and tells where to. 0, EBUSY when it is still being written, or another
+/// error number.
+int setAside(int folder, const std::string& name, const std::function<void(const std::string&)>& tell) {
     struct stat before {};
     if (fstatat(folder, name.c_str(), &before, AT_SYMLINK_NOFOLLOW) != 0) return errno == ENOENT ? 0 : errno;
     if (S_ISREG(before.st_mode)) {
@@ -65,6 +66,7 @@ int setAside(int folder, const std::string& name) {
         struct stat moved {};
         const bool known = fstatat(folder, aside.c_str(), &moved, AT_SYMLINK_NOFOLLOW) == 0;
         if (known && !sameFile(before, moved)) return renameNoReplace(folder, aside, name) == 0 ? EBUSY : 0;
+        tell(aside);
         return 0;
     }
     return EEXIST;
@@ -92,6 +94,13 @@ UniqueFd openFolderOf(const std::filesystem::path& path) {
     return UniqueFd(open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }
 
+/// Tells the whole path.
+std::function<void(const std::string&)> besides(const std::filesystem::path& path, const TellSetAside& tell) {
+    return [&path, &tell](const std::string& name) {
+        if (tell) tell(path.parent_path() / name);
+    };
+}
+
 Failure<PlatformError> cannotSetAside(int error) {
     if (error == EBUSY)
         return Failure{PlatformError{EBUSY, QStringLiteral("a recording of that name is still being written")}};
@@ -100,7 +109,8 @@ Failure<PlatformError> cannotSetAside(int error) {
 
 } // namespace
 
-Result<std::unique_ptr<RecordingFile>> createRecordingFile(const std::filesystem::path& path) {
+Result<std::unique_ptr<RecordingFile>> createRecordingFile(const std::filesystem::path& path,
+                                                           const TellSetAside& tell) {
     const std::string name = path.filename().string();
     if (name.empty()) return failure(EISDIR);
     UniqueFd folder = openFolderOf(path);
@@ -114,14 +124,14 @@ Result<std::unique_ptr<RecordingFile>> createRecordingFile(const std::filesystem
     for (int attempt = 0; attempt < kAttempts && error == EEXIST; ++attempt) {
         error = renameNoReplace(folder.get(), temporary, name);
         if (error != EEXIST) break;
-        if (const int busy = setAside(folder.get(), name); busy != 0) {
+        if (const int busy = setAside(folder.get(), name, besides(path, tell)); busy != 0) {
             unlinkat(folder.get(), temporary.c_str(), 0);
             return cannotSetAside(busy);
         }
     }
     if (error != 0) unlinkat(folder.get(), temporary.c_str(), 0);
     if (error == EOPNOTSUPP) {
-        if (const int busy = setAside(folder.get(), name); busy != 0) return cannotSetAside(busy);
+        if (const int busy = setAside(folder.get(), name, besides(path, tell)); busy != 0) return cannotSetAside(busy);
         fd = createMarked(folder.get(), name);
         error = fd ? 0 : errno;
     }
@@ -129,12 +139,12 @@ Result<std::unique_ptr<RecordingFile>> createRecordingFile(const std::filesystem
     return std::unique_ptr<RecordingFile>(std::make_unique<PosixFile>(std::move(fd), std::move(folder), name));
 }
 
-Result<void> setAsideEarlierRecording(const std::filesystem::path& path) {
+Result<void> setAsideEarlierRecording(const std::filesystem::path& path, const TellSetAside& tell) {
     const std::string name = path.filename().string();
     if (name.empty()) return failure(EISDIR);
     const UniqueFd folder = openFolderOf(path);
     if (!folder) return failure(errno);
-    if (const int error = setAside(folder.get(), name); error != 0) return cannotSetAside(error);
+    if (const int error = setAside(folder.get(), name, besides(path, tell)); error != 0) return cannotSetAside(error);
     return {};
 }
 

@@ -36,9 +36,10 @@ public:
         return static_cast<std::int64_t>(m_log->blocks.size()) * kBlockFrames;
     }
     bool holdsSound() const override { return framesWritten() > 0 && (!m_failed || m_log->playableAfterFailure); }
-    Result<void> finish() override {
+    Result<std::int64_t> finish() override {
         ++m_log->finishes;
-        return m_log->finishFails ? fail() : Result<void>();
+        if (m_log->finishFails) return fail();
+        return framesWritten();
     }
     void remove() override { ++m_log->removes; }
 
@@ -55,6 +56,7 @@ private:
 struct Ending {
     Status status = Status::Unknown;
     int interruption = 0;
+    std::int64_t frames = 0;
 };
 Ending record(const std::shared_ptr<Log>& log, const std::vector<std::int64_t>& places) {
     const auto writer = *makeQueuedAssetWriter(std::make_unique<FakeRecorder>(log), 4);
@@ -74,6 +76,7 @@ Ending record(const std::shared_ptr<Log>& log, const std::vector<std::int64_t>& 
     writer->markAsFinished();
     writer->finishWriting([&] {
         ending.status = writer->status();
+        ending.frames = writer->framesInFile();
         done.set_value();
     });
     done.get_future().wait();
@@ -96,12 +99,18 @@ TEST(QueuedAssetWriterTest, anErrorEndsTheFileWithWhatThereIs) {
         Status expected;
         int finishes;
         int removes;
+        int blocks;
     } rows[] = {
-        {"full before the first block", {.failsAt = 0}, Status::Failed, 0, 1},
-        {"full later, the rest plays", {.failsAt = 2}, Status::Completed, 1, 0},
-        {"full later, nothing plays", {.failsAt = 2, .playableAfterFailure = false}, Status::Failed, 0, 1},
-        {"finishing fails, the rest plays", {.finishFails = true}, Status::Completed, 1, 0},
-        {"finishing fails, nothing plays", {.playableAfterFailure = false, .finishFails = true}, Status::Failed, 1, 1},
+        {"full before the first block", {.failsAt = 0}, Status::Failed, 0, 1, 0},
+        {"full later, the rest plays", {.failsAt = 2}, Status::Completed, 1, 0, 2},
+        {"full later, nothing plays", {.failsAt = 2, .playableAfterFailure = false}, Status::Failed, 0, 1, 0},
+        {"finishing fails, the rest plays", {.finishFails = true}, Status::Completed, 1, 0, 4},
+        {"finishing fails, nothing plays",
+         {.playableAfterFailure = false, .finishFails = true},
+         Status::Failed,
+         1,
+         1,
+         0},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -111,6 +120,7 @@ TEST(QueuedAssetWriterTest, anErrorEndsTheFileWithWhatThereIs) {
         EXPECT_EQ(ending.interruption, ENOSPC);
         EXPECT_EQ(log->finishes, row.finishes);
         EXPECT_EQ(log->removes, row.removes);
+        EXPECT_EQ(ending.frames, row.blocks * kBlockFrames);
     }
 }
 

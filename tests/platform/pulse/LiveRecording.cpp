@@ -123,8 +123,10 @@ bool Receiver::waitUntil(const std::function<bool()>& condition, std::chrono::mi
 }
 
 LiveRecording::LiveRecording(const Devices& devices)
-    : m_microphoneSource(makePulseMicrophoneSource([name = devices.microphone] { return name; })),
-      m_systemAudioSource(makePulseSystemAudioSource([name = devices.systemAudio] { return name; })) {}
+    : m_microphoneSource(
+          makePulseMicrophoneSource([name = devices.microphone] { return name; }, [this] { ++standIns; })),
+      m_systemAudioSource(
+          makePulseSystemAudioSource([name = devices.systemAudio] { return name; }, [this] { ++standIns; })) {}
 
 std::optional<MicrophoneFailure> LiveRecording::startMicrophone() {
     std::optional<MicrophoneFailure> failure;

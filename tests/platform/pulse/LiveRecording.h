@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -84,6 +85,7 @@ public:
 
     Receiver microphone{1, Receiver::FirstStamp::InsideFrame};
     Receiver systemAudio{2, Receiver::FirstStamp::AtFrame};
+    std::atomic<int> standIns = 0; ///< how often a default device was said to take a chosen one's place
 
 private:
     const std::shared_ptr<MicrophoneSource> m_microphoneSource;

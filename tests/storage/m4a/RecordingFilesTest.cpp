@@ -21,8 +21,10 @@ ByteVector text(std::string_view characters) {
 TEST(RecordingFilesTest, newFileBelongsToItsOwnerOnlyAndOldOnesStepAside) {
     const TemporaryFolder folder;
     umask(0);
+    Names told;
+    const auto tell = [&told](const std::filesystem::path& earlier) { told.push_back(earlier.filename()); };
     for (const std::string_view content : {"first", "second", "third"}) {
-        const auto file = createRecordingFile(folder / "Meeting_2025-03-14_09-05.m4a");
+        const auto file = createRecordingFile(folder / "Meeting_2025-03-14_09-05.m4a", tell);
         ASSERT_TRUE(file.ok()) << file.error().description.toStdString();
         ASSERT_TRUE((*file)->writeAt(0, text(content)).ok());
     }
@@ -30,6 +32,7 @@ TEST(RecordingFilesTest, newFileBelongsToItsOwnerOnlyAndOldOnesStepAside) {
 
     EXPECT_EQ(folder.names(), (Names{"Meeting_2025-03-14_09-05 (earlier 2).m4a",
                                      "Meeting_2025-03-14_09-05 (earlier).m4a", "Meeting_2025-03-14_09-05.m4a"}));
+    EXPECT_EQ(told, (Names{"Meeting_2025-03-14_09-05 (earlier).m4a", "Meeting_2025-03-14_09-05 (earlier 2).m4a"}));
     EXPECT_EQ(readFile(folder / "Meeting_2025-03-14_09-05 (earlier).m4a"), text("first"));
     EXPECT_EQ(readFile(folder / "Meeting_2025-03-14_09-05 (earlier 2).m4a"), text("second"));
     for (const std::string& name : folder.names()) {

@@ -12,8 +12,9 @@ Result<std::shared_ptr<AssetWriter>> makeM4aAssetWriter(std::unique_ptr<Recordin
     return makeQueuedAssetWriter(std::move(*pipeline), RecordingPipeline::kBlocksPerFragment);
 }
 
-Result<std::shared_ptr<AssetWriter>> M4aAssetWriterFactory::makeWriter(const std::filesystem::path& url) {
-    auto file = createRecordingFile(url);
+Result<std::shared_ptr<AssetWriter>> M4aAssetWriterFactory::makeWriter(const std::filesystem::path& url,
+                                                                       const TellSetAside& tell) {
+    auto file = createRecordingFile(url, tell);
     if (!file) return Failure{file.error()};
     return makeM4aAssetWriter(std::move(*file));
 }

@@ -11,7 +11,8 @@ namespace quillet {
 /// .m4a in place, and so does recoverRecordings() after a crash. Errors are clauses for the user.
 class M4aAssetWriterFactory final : public AssetWriterFactory {
 public:
-    Result<std::shared_ptr<AssetWriter>> makeWriter(const std::filesystem::path& url) override;
+    Result<std::shared_ptr<AssetWriter>> makeWriter(const std::filesystem::path& url,
+                                                    const TellSetAside& tell = {}) override;
 };
 
 /// The same into a file that is there already and is taken over.

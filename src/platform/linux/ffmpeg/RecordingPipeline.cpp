@@ -38,12 +38,13 @@ Result<void> RecordingPipeline::drain() {
     return done ? flush() : done;
 }
 
-Result<void> RecordingPipeline::finish() {
+Result<std::int64_t> RecordingPipeline::finish() {
     // Finishing hours of sound takes as much memory as these, which are of no more use.
     m_encoder.reset();
     m_muxer.reset();
-    if (auto finished = m_file.finish(); !finished) return Failure{finished.error()};
-    return {};
+    const auto finished = m_file.finish();
+    if (!finished) return Failure{finished.error()};
+    return finished->blocks * kBlockFrames;
 }
 
 } // namespace quillet

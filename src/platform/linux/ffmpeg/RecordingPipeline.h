@@ -25,7 +25,7 @@ public:
     [[nodiscard]] std::int64_t framesWritten() const override { return m_frames; }
 
     [[nodiscard]] bool holdsSound() const override { return m_file.holdsSound(); }
-    [[nodiscard]] Result<void> finish() override;
+    [[nodiscard]] Result<std::int64_t> finish() override;
     void remove() override { m_file.remove(); }
 
     /// 0.68 s: with the block in the encoder, the sound server's share and the time that a busy disk takes, less than a

@@ -25,7 +25,8 @@ private:
 
 class PulseMicrophoneSource final : public MicrophoneSource {
 public:
-    explicit PulseMicrophoneSource(PulseDeviceName deviceName) : m_deviceName(std::move(deviceName)) {}
+    PulseMicrophoneSource(PulseDeviceName deviceName, TellPulseStandIn tellStandIn)
+        : m_deviceName(std::move(deviceName)), m_tellStandIn(std::move(tellStandIn)) {}
 
     AuthorizationStatus authorizationStatus() override {
         const SoundServer::Lock lock(*m_server);
@@ -40,7 +41,7 @@ public:
         auto pool = std::make_unique<DeliveryPool>(queue, std::move(handler), 1, DeliveryPool::FirstStamp::InsideFrame);
         const QString name = m_deviceName();
         auto stream = std::make_unique<RecordStream>(
-            m_server, DeviceChoice{DeviceChoice::Kind::Microphone, name.toStdString()}, std::move(pool));
+            m_server, DeviceChoice{DeviceChoice::Kind::Microphone, name.toStdString()}, std::move(pool), m_tellStandIn);
         const auto started = stream->start(std::chrono::steady_clock::now() + kLongestStart);
         if (!started) return Failure{failureOf(started.error(), name)};
         return std::unique_ptr<MicrophoneSession>(std::make_unique<PulseMicrophoneSession>(std::move(stream)));
@@ -58,12 +59,13 @@ private:
 
     const std::shared_ptr<SoundServer> m_server = std::make_shared<SoundServer>();
     const PulseDeviceName m_deviceName;
+    const TellPulseStandIn m_tellStandIn;
 };
 
 } // namespace
 
-std::shared_ptr<MicrophoneSource> makePulseMicrophoneSource(PulseDeviceName deviceName) {
-    return std::make_shared<PulseMicrophoneSource>(std::move(deviceName));
+std::shared_ptr<MicrophoneSource> makePulseMicrophoneSource(PulseDeviceName deviceName, TellPulseStandIn tellStandIn) {
+    return std::make_shared<PulseMicrophoneSource>(std::move(deviceName), std::move(tellStandIn));
 }
 
 } // namespace quillet

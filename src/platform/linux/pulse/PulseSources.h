@@ -18,11 +18,17 @@ namespace quillet {
 /// the time.
 using PulseDeviceName = std::function<QString()>;
 
+/// Told on the server's thread when the named device has gone in the midst of a recording, which goes on with the
+/// default one until it returns.
+using TellPulseStandIn = std::function<void()>;
+
 /// The microphone with this source name.
-[[nodiscard]] std::shared_ptr<MicrophoneSource> makePulseMicrophoneSource(PulseDeviceName deviceName);
+[[nodiscard]] std::shared_ptr<MicrophoneSource> makePulseMicrophoneSource(PulseDeviceName deviceName,
+                                                                          TellPulseStandIn tellStandIn = {});
 
 /// What is played to the output of this name (or heard by the source of this name).
-[[nodiscard]] std::shared_ptr<SystemAudioSource> makePulseSystemAudioSource(PulseDeviceName deviceName);
+[[nodiscard]] std::shared_ptr<SystemAudioSource> makePulseSystemAudioSource(PulseDeviceName deviceName,
+                                                                            TellPulseStandIn tellStandIn = {});
 
 [[nodiscard]] std::shared_ptr<SoundDevices> makePulseSoundDevices();
 

@@ -22,15 +22,16 @@ PlatformError asError(const RecordStream::StartFailure& failure) {
 
 class PulseSystemAudioStream final : public SystemAudioStream {
 public:
-    PulseSystemAudioStream(std::shared_ptr<SoundServer> server, DeviceChoice choice)
-        : m_server(std::move(server)), m_choice(std::move(choice)) {}
+    PulseSystemAudioStream(std::shared_ptr<SoundServer> server, DeviceChoice choice, TellPulseStandIn tellStandIn)
+        : m_server(std::move(server)), m_choice(std::move(choice)), m_tellStandIn(std::move(tellStandIn)) {}
 
     Result<void> addStreamOutput(SerialQueue& queue, SampleHandler handler) override {
         require(m_queue == nullptr, "a stream has one output");
         m_queue = &queue;
         m_stream = std::make_unique<RecordStream>(
             m_server, m_choice,
-            std::make_unique<DeliveryPool>(queue, std::move(handler), 2, DeliveryPool::FirstStamp::AtFrame));
+            std::make_unique<DeliveryPool>(queue, std::move(handler), 2, DeliveryPool::FirstStamp::AtFrame),
+            m_tellStandIn);
         return {};
     }
 
@@ -49,20 +50,22 @@ public:
 private:
     const std::shared_ptr<SoundServer> m_server;
     const DeviceChoice m_choice;
+    const TellPulseStandIn m_tellStandIn;
     SerialQueue* m_queue = nullptr;
     std::unique_ptr<RecordStream> m_stream;
 };
 
 class PulseSystemAudioSource final : public SystemAudioSource {
 public:
-    explicit PulseSystemAudioSource(PulseDeviceName deviceName) : m_deviceName(std::move(deviceName)) {}
+    PulseSystemAudioSource(PulseDeviceName deviceName, TellPulseStandIn tellStandIn)
+        : m_deviceName(std::move(deviceName)), m_tellStandIn(std::move(tellStandIn)) {}
 
     void getShareableContent(ContentCompletion completion) override { completion(content()); }
 
     /// The choice goes by name and not by what was found, so that a stream which follows the default is not bound to
     /// today's.
     std::shared_ptr<SystemAudioStream> makeStream(const ContentFilter&, const StreamConfiguration&) override {
-        return std::make_shared<PulseSystemAudioStream>(m_server, choice());
+        return std::make_shared<PulseSystemAudioStream>(m_server, choice(), m_tellStandIn);
     }
 
 private:
@@ -94,12 +97,14 @@ private:
 
     const std::shared_ptr<SoundServer> m_server = std::make_shared<SoundServer>();
     const PulseDeviceName m_deviceName;
+    const TellPulseStandIn m_tellStandIn;
 };
 
 } // namespace
 
-std::shared_ptr<SystemAudioSource> makePulseSystemAudioSource(PulseDeviceName deviceName) {
-    return std::make_shared<PulseSystemAudioSource>(std::move(deviceName));
+std::shared_ptr<SystemAudioSource> makePulseSystemAudioSource(PulseDeviceName deviceName,
+                                                              TellPulseStandIn tellStandIn) {
+    return std::make_shared<PulseSystemAudioSource>(std::move(deviceName), std::move(tellStandIn));
 }
 
 } // namespace quillet

@@ -29,6 +29,8 @@ constexpr auto kFirstRetry = 250ms; ///< doubled with each attempt up to
 constexpr auto kLongestRetry = 4s;  ///< this, so that no device can keep a stream reopening
 constexpr auto kLivedForAWhile = 5s;
 
+constexpr auto kPatienceWithChosen = 3s; ///< a headset that changes its profile is gone for a moment only
+
 constexpr auto kSilenceBeforeDoubt = 3s;
 constexpr auto kDoubtInterval = 10s; ///< while the silence lasts
 
@@ -64,13 +66,19 @@ public:
     }
 };
 
-RecordStream::RecordStream(std::shared_ptr<SoundServer> server, DeviceChoice choice, std::unique_ptr<DeliveryPool> pool)
+RecordStream::RecordStream(std::shared_ptr<SoundServer> server, DeviceChoice choice, std::unique_ptr<DeliveryPool> pool,
+                           TellStandIn tellStandIn)
     : m_server(std::move(server)),
       m_choice(std::move(choice)),
       m_pool(std::move(pool)),
-      m_channels(m_choice.kind == DeviceChoice::Kind::Microphone ? 1 : 2) {}
+      m_channels(m_choice.kind == DeviceChoice::Kind::Microphone ? 1 : 2),
+      m_tellStandIn(std::move(tellStandIn)) {}
 
-RecordStream::~RecordStream() { stop(); }
+RecordStream::~RecordStream() {
+    if (m_phase == Phase::Idle || m_phase == Phase::Stopped) return;
+    shut();
+    m_pool->close();
+}
 
 Result<void, RecordStream::StartFailure> RecordStream::start(Deadline deadline) {
     const SoundServer::Lock lock(*m_server);
@@ -91,17 +99,20 @@ Result<void, RecordStream::StartFailure> RecordStream::start(Deadline deadline) 
 
 void RecordStream::stop() {
     if (m_phase == Phase::Idle || m_phase == Phase::Stopped) return;
-    {
-        const SoundServer::Lock lock(*m_server);
-        m_phase = Phase::Stopped;
-        close();
-        m_lookup.reset();
-        m_opinion.reset();
-        m_refreshTimer.reset();
-        m_tickTimer.reset();
-        m_server->remove(*this);
-    }
-    m_pool->close();
+    shut();
+    if (m_line) m_line->finish(std::chrono::steady_clock::now());
+    m_pool->closeBehindDeliveries();
+}
+
+void RecordStream::shut() {
+    const SoundServer::Lock lock(*m_server);
+    m_phase = Phase::Stopped;
+    close();
+    m_lookup.reset();
+    m_opinion.reset();
+    m_refreshTimer.reset();
+    m_tickTimer.reset();
+    m_server->remove(*this);
 }
 
 void RecordStream::serverReady() { refreshIn(0s); }
@@ -123,20 +134,41 @@ void RecordStream::refreshIn(HostTime::duration delay) {
 void RecordStream::refresh() {
     m_refreshDue = HostTime::max();
     if (!m_server->ready()) return; // serverReady() comes back to it
-    m_lookup.reset();
-    m_lookup = std::make_unique<DeviceLookup>(m_server->context(), m_choice,
-                                              [this](const auto& found) { deviceFound(found); });
+    lookUp(m_choice, m_choice.name.empty() ? &RecordStream::deviceMissing : &RecordStream::chosenMissing);
 }
 
-void RecordStream::deviceFound(const Result<std::optional<FoundDevice>>& found) {
-    if (!found) return failed(found.error());
-    if (!found.value()) return deviceMissing();
-    const std::string& source = found.value()->source;
+void RecordStream::lookUp(const DeviceChoice& choice, void (RecordStream::*ifMissing)()) {
+    m_lookup.reset();
+    m_lookup =
+        std::make_unique<DeviceLookup>(m_server->context(), choice, [this, ifMissing, name = choice.name](auto found) {
+            if (!found) return failed(found.error());
+            if (!found.value()) return (this->*ifMissing)();
+            if (name == m_choice.name) m_chosenMissingSince.reset();
+            record(found.value()->source);
+        });
+}
+
+void RecordStream::record(const std::string& source) {
     if (m_stream != nullptr && source == m_source) return;
 
     const HostTime now = std::chrono::steady_clock::now();
     if (now < m_notBefore) return refreshIn(m_notBefore - now);
     open(source);
+}
+
+/// A meeting in which somebody pulls the headset out goes on with the default device; when the chosen one returns, that
+/// is recorded again.
+void RecordStream::chosenMissing() {
+    if (m_phase == Phase::Starting) return deviceMissing();
+    const HostTime now = std::chrono::steady_clock::now();
+    if (!m_chosenMissingSince) m_chosenMissingSince = now;
+    const HostTime patientUntil = *m_chosenMissingSince + kPatienceWithChosen;
+    if (now < patientUntil) {
+        close();
+        return refreshIn(patientUntil - now);
+    }
+    if (m_tellStandIn) std::exchange(m_tellStandIn, nullptr)();
+    lookUp({m_choice.kind, {}}, &RecordStream::deviceMissing);
 }
 
 void RecordStream::deviceMissing() {

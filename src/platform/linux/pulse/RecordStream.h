@@ -29,12 +29,17 @@ public:
         PlatformError error;
     };
 
-    RecordStream(std::shared_ptr<SoundServer> server, DeviceChoice choice, std::unique_ptr<DeliveryPool> pool);
+    /// Told on the server's thread, at most once: the chosen device has gone, and the default one takes its place.
+    using TellStandIn = std::function<void()>;
+
+    RecordStream(std::shared_ptr<SoundServer> server, DeviceChoice choice, std::unique_ptr<DeliveryPool> pool,
+                 TellStandIn tellStandIn = {});
+    /// Nothing is delivered once this has returned, unless stop() came before.
     ~RecordStream() override;
 
     /// Connects, finds the device, opens it and sees that it is the right one.
     Result<void, StartFailure> start(Deadline deadline);
-    /// Nothing is delivered once this has returned. Idempotent.
+    /// Nothing is captured any more; what has been is delivered by way of the queue. Idempotent.
     void stop();
 
 private:
@@ -47,7 +52,10 @@ private:
 
     void refresh();
     void refreshIn(HostTime::duration delay);
-    void deviceFound(const Result<std::optional<FoundDevice>>& found);
+    void shut();
+    void lookUp(const DeviceChoice& choice, void (RecordStream::*ifMissing)());
+    void chosenMissing();
+    void record(const std::string& source);
     void open(const std::string& source);
     void opened();
     void failed(const PlatformError& error);
@@ -63,6 +71,7 @@ private:
     const DeviceChoice m_choice;
     const std::unique_ptr<DeliveryPool> m_pool;
     const std::size_t m_channels;
+    TellStandIn m_tellStandIn; ///< empty once told
 
     Phase m_phase = Phase::Idle;
     std::optional<StartFailure> m_startFailure;
@@ -73,6 +82,7 @@ private:
     std::unique_ptr<MainloopTimer> m_tickTimer;
     HostTime m_refreshDue = HostTime::max();
     HostTime m_tickDue = HostTime::max();
+    std::optional<HostTime> m_chosenMissingSince;
 
     pa_stream* m_stream = nullptr;
     std::string m_source; ///< what m_stream records or is about to
