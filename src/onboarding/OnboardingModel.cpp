@@ -20,8 +20,15 @@ constexpr const char* kStartRecording = QT_TRANSLATE_NOOP("quillet::OnboardingVi
 OnboardingModel::OnboardingModel(OnboardingServices services) : m_services(std::move(services)) {}
 
 void OnboardingModel::appeared() {
-    m_services.permissions->refreshStatus();
-    refreshAccess();
+    PermissionManager& permissions = *m_services.permissions;
+    permissions.refreshStatus();
+    // The system may answer a moment later, and the user may change it elsewhere.
+    permissions.microphoneStatus.subscribe(&m_subscriptions, [this](PermissionStatus status) {
+        hasMicrophoneAccess.set(status == PermissionStatus::Granted);
+    });
+    permissions.screenCaptureStatus.subscribe(&m_subscriptions, [this](PermissionStatus status) {
+        hasScreenCaptureAccess.set(status == PermissionStatus::Granted);
+    });
     checkAICompatibility();
 }
 
@@ -80,19 +87,9 @@ void OnboardingModel::nextAction() {
     }
 }
 
-void OnboardingModel::refreshAccess() {
-    const PermissionManager& permissions = *m_services.permissions;
-    hasMicrophoneAccess.set(permissions.microphoneStatus.value() == PermissionStatus::Granted);
-    hasScreenCaptureAccess.set(permissions.screenCaptureStatus.value() == PermissionStatus::Granted);
-}
-
 void OnboardingModel::askForMicrophone() {
     m_services.permissions->requestMicrophoneAccess([weak = weak_from_this()](bool) {
-        const auto self = weak.lock();
-        if (!self) return;
-        self->m_services.permissions->refreshStatus();
-        self->hasMicrophoneAccess.set(self->m_services.permissions->microphoneStatus.value() ==
-                                      PermissionStatus::Granted);
+        if (const auto self = weak.lock()) self->m_services.permissions->refreshStatus();
     });
 }
 
@@ -100,11 +97,7 @@ void OnboardingModel::askForScreenCapture() {
     m_services.permissions->requestScreenCaptureAccess();
     m_services.permissions->openScreenCapturePreferences();
     QTimer::singleShot(kLookAgainAfterAsking, QCoreApplication::instance(), [weak = weak_from_this()] {
-        const auto self = weak.lock();
-        if (!self) return;
-        self->m_services.permissions->refreshStatus();
-        self->hasScreenCaptureAccess.set(self->m_services.permissions->screenCaptureStatus.value() ==
-                                         PermissionStatus::Granted);
+        if (const auto self = weak.lock()) self->m_services.permissions->refreshStatus();
     });
 }
 

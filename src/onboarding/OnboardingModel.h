@@ -8,6 +8,7 @@
 #include "support/Published.h"
 #include "support/UserDefaults.h"
 
+#include <QObject>
 #include <QString>
 
 #include <functional>
@@ -54,7 +55,8 @@ public:
     Published<bool> shouldShowAIStep{false};
     Published<bool> aiCheckComplete{false};
 
-    /// Once, when the first page is shown: what the system allows already need not be asked for.
+    /// Once, when the first page is shown: what the system allows already need not be asked for. From then on access is
+    /// what the permission manager publishes.
     void appeared();
     void checkAICompatibility();
 
@@ -76,11 +78,11 @@ private:
     void advance() { currentStep.set(currentStep.value() + 1); }
     void askForMicrophone();
     void askForScreenCapture();
-    void refreshAccess();
     void finishNotesTest(bool success);
     void testNotesFolder();
 
     const OnboardingServices m_services;
+    QObject m_subscriptions;            ///< to what the permission manager publishes
     bool m_testedWithoutFolder = false; ///< the last test of the notes was let in and had no folder to look for
 };
 

@@ -27,6 +27,9 @@ std::shared_ptr<PermissionManager> PermissionManager::create(std::shared_ptr<Per
                                                              std::shared_ptr<NotesApplication> notes,
                                                              UserDefaults& defaults) {
     std::shared_ptr<PermissionManager> manager(new PermissionManager(std::move(services), std::move(notes), defaults));
+    manager->m_services->onChange([weak = std::weak_ptr(manager)] {
+        if (const auto self = weak.lock()) self->refreshStatus();
+    });
     manager->refreshStatus();
     return manager;
 }

@@ -16,10 +16,11 @@ enum class PermissionStatus { NotDetermined, Granted, Denied };
 /// Knows and publishes whether system audio, the microphone and the notes application are open to us, asks for them,
 /// and leads the user to the settings.
 ///
-/// The first two come from the system at each refresh. Whether the notes application lets us in can only be found out
-/// by asking it, which may make it ask the user; so a refresh publishes what was last known and, once the user has been
-/// asked or where nobody is asked, has the application tried quietly on a worker and publishes the answer a moment
-/// later. Main thread only. Nothing fails visibly: a test that fails counts as denied.
+/// The first two come from the system at each refresh, and a refresh follows when the system's answer comes later and
+/// is another one. Whether the notes application lets us in can only be found out by asking it, which may make it ask
+/// the user; so a refresh publishes what was last known and, once the user has been asked or where nobody is asked, has
+/// the application tried quietly on a worker and publishes the answer a moment later. Main thread only. Nothing fails
+/// visibly: a test that fails counts as denied.
 class PermissionManager final : public std::enable_shared_from_this<PermissionManager> {
 public:
     using Completion = std::function<void(bool granted)>;

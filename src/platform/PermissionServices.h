@@ -23,6 +23,11 @@ public:
     /// Asks the user if need be. The completion may come on any thread, and at once.
     virtual void requestMicrophoneAccess(std::function<void(bool granted)> completion) = 0;
 
+    /// Has the main thread told when an answer is no longer the one that was given, where it is found out behind the
+    /// caller's back. A system that is asked at each call never tells. There is one to be told, before the first
+    /// question.
+    virtual void onChange(const std::function<void()>& /*changed*/) {}
+
     /// Failures are ignored: the user can find the place on their own.
     virtual void openSettings(SettingsPlace place) = 0;
 };

@@ -73,9 +73,12 @@ TEST_F(OnboardingModelTest, ScreenCaptureIsAskedForInPassing) {
     EXPECT_EQ(model->currentStep.value(), 3) << "without waiting for the grant";
     EXPECT_EQ(services->screenCaptureRequests, 1);
     EXPECT_THAT(services->opened, ElementsAre(SettingsPlace::ScreenCapture));
-    services->screenCapture = true;
     QElapsedTimer since;
     since.start();
+    int looks = -1; // subscribing is none
+    permissions->screenCaptureStatus.subscribe(&context, [&looks](PermissionStatus) { ++looks; });
+    ASSERT_TRUE(waitFor([&] { return looks == 1; })) << "the manager's own, which comes too early";
+    services->screenCapture = true;
     ASSERT_TRUE(waitFor([this] { return model->hasScreenCaptureAccess.value(); }));
     EXPECT_GE(since.elapsed(), 900);
 
@@ -93,6 +96,19 @@ TEST_F(OnboardingModelTest, WhatIsAllowedAlreadyIsNotAskedFor) {
     EXPECT_EQ(model->currentStep.value(), 4);
     EXPECT_EQ(services->screenCaptureRequests, 0);
     EXPECT_FALSE(services->microphoneCompletion);
+}
+
+TEST_F(OnboardingModelTest, AccessThatTurnsOutLaterIsFollowed) {
+    services->screenCapture = true;
+    services->microphone = AuthorizationStatus::Authorized;
+    start();
+    for (const bool granted : {false, true}) {
+        services->screenCapture = granted;
+        services->microphone = granted ? AuthorizationStatus::Authorized : AuthorizationStatus::Denied;
+        permissions->refreshStatus();
+        EXPECT_EQ(model->hasMicrophoneAccess.value(), granted);
+        EXPECT_EQ(model->hasScreenCaptureAccess.value(), granted);
+    }
 }
 
 TEST_F(OnboardingModelTest, TestingTheNotes) {

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -13,12 +14,16 @@ namespace quillet::test {
 /// A microphone whose buffers the test delivers.
 class FakeMicrophone final : public MicrophoneSource {
 public:
-    AuthorizationStatus status = AuthorizationStatus::Authorized;
+    std::atomic<AuthorizationStatus> status = AuthorizationStatus::Authorized;
     std::optional<MicrophoneFailure> failure;
     SampleHandler handler; ///< empty unless running
     int starts = 0;
+    std::atomic<int> questions = 0;
 
-    AuthorizationStatus authorizationStatus() override { return status; }
+    AuthorizationStatus authorizationStatus() override {
+        ++questions;
+        return status;
+    }
     Result<std::unique_ptr<MicrophoneSession>, MicrophoneFailure> start(SerialQueue&, SampleHandler to) override {
         ++starts;
         if (failure) return Failure{*failure};

@@ -1,5 +1,6 @@
 #include "platform/linux/LinuxPermissionServices.h"
 
+#include "support/MainThread.h"
 #include "support/NotificationCenter.h"
 
 #include <QProcess>
@@ -53,10 +54,12 @@ void LinuxPermissionServices::requestMicrophoneAccess(std::function<void(bool gr
 }
 
 void LinuxPermissionServices::ask(std::function<void(bool granted)> completion) {
-    m_worker.async([this, completion = std::move(completion)] {
-        m_denied = m_microphone->authorizationStatus() == AuthorizationStatus::Denied;
+    m_worker.async([this, changed = m_changed, completion = std::move(completion)] {
+        const bool denied = m_microphone->authorizationStatus() == AuthorizationStatus::Denied;
+        const bool isNews = m_denied.exchange(denied) != denied;
         m_asking = false;
-        if (completion) completion(!m_denied);
+        if (completion) completion(!denied);
+        if (isNews && changed) MainThread::post(changed);
     });
 }
 

@@ -1,6 +1,8 @@
 #include "platform/linux/LinuxPermissionServices.h"
 
+#include "permissions/PermissionManager.h"
 #include "support/FakeHardware.h"
+#include "support/FakeNotesApplication.h"
 #include "support/WaitFor.h"
 
 #include <QFile>
@@ -38,6 +40,27 @@ TEST(LinuxPermissionServicesTest, OnlyARefusalTakesAccessAway) {
         EXPECT_EQ(services.microphoneAuthorizationStatus() == AuthorizationStatus::Authorized, row.granted);
         EXPECT_EQ(microphone->starts, 0) << "no stream is opened to find out";
     }
+}
+
+TEST(LinuxPermissionServicesTest, AnotherAnswerIsPublishedWithoutLookingASecondTime) {
+    const auto microphone = std::make_shared<FakeMicrophone>();
+    const auto notes = std::make_shared<FakeNotesApplication>();
+    MemoryUserDefaults defaults;
+    microphone->status = AuthorizationStatus::Denied;
+    const auto manager =
+        PermissionManager::create(std::make_shared<LinuxPermissionServices>(microphone), notes, defaults);
+    const auto becomes = [&manager](PermissionStatus status) {
+        return waitFor([&] {
+            return manager->screenCaptureStatus.value() == status && manager->microphoneStatus.value() == status;
+        });
+    };
+    EXPECT_TRUE(becomes(PermissionStatus::Denied)) << "at the start";
+
+    microphone->status = AuthorizationStatus::Authorized;
+    manager->refreshStatus();
+    EXPECT_TRUE(becomes(PermissionStatus::Granted)) << "allowed while nobody looked";
+    const int questions = microphone->questions;
+    EXPECT_FALSE(waitFor([&] { return microphone->questions > questions + 2; }, 100)) << "the same answer is no news";
 }
 
 TEST(LinuxPermissionServicesTest, TheSettingsOfTheDesktopAtHandAreOpened) {
