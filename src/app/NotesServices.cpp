@@ -53,6 +53,10 @@ public:
     bool asksAtMostOnce() const override { return chosen().asksAtMostOnce(); }
     NotesAccess probeAccess() override { return chosen().probeAccess(); }
     bool requestAccess() override { return chosen().requestAccess(); }
+    void cancelRequest() override { // whoever is asking need not be chosen any more
+        for (NotesApplication* application : {m_vault.get(), m_joplin.get(), m_unlessChosen.get()})
+            if (application) application->cancelRequest();
+    }
     std::vector<QString> fetchFolders() override { return chosen().fetchFolders(); }
     bool testFolderConnection(const QString& folderName) override { return chosen().testFolderConnection(folderName); }
     NoteOutcome createNoteWithAttachment(const NoteDraft& draft) override {

@@ -105,12 +105,15 @@ void OnboardingModel::testNotesConnection() {
     m_testedWithoutFolder = false;
     notesTestInProgress.set(true);
     notesTestSuccess.set(std::nullopt);
-    m_services.permissions->requestAutomationAccess([weak = weak_from_this()](bool granted) {
+    m_services.permissions->requestAutomationAccess([weak = weak_from_this()](NotesAnswer answer) {
         const auto self = weak.lock();
         if (!self) return;
+        const bool granted = answer == NotesAnswer::Granted;
         self->hasNotesAccess.set(granted);
         if (granted)
             self->testNotesFolder();
+        else if (answer == NotesAnswer::Outdated)
+            self->notesTestInProgress.set(false); // the other application has not been tested
         else
             self->finishNotesTest(false);
     });

@@ -70,8 +70,10 @@ PermissionStatus PermissionManager::currentAutomationStatus() const {
 
 void PermissionManager::updateAutomationStatusFromHelperIfNeeded() {
     if (m_notes->asksForConsent() && !m_defaults.boolean(DefaultsKeys::automationPromptAttempted)) return;
-    checkNotesAutomationAccess(LiveTest::Quiet, [weak = weak_from_this()](bool granted) {
-        if (const auto self = weak.lock()) self->automationStatus.set(grantedOrDenied(granted));
+    checkNotesAutomationAccess(LiveTest::Quiet, [weak = weak_from_this()](NotesAnswer answer) {
+        const auto self = weak.lock();
+        if (self && answer != NotesAnswer::Outdated)
+            self->automationStatus.set(grantedOrDenied(answer == NotesAnswer::Granted));
     });
 }
 
@@ -92,32 +94,45 @@ void PermissionManager::requestMicrophoneAccess(Completion completion) {
     });
 }
 
-void PermissionManager::requestAutomationAccess(Completion completion) { askForAutomation(std::move(completion)); }
+void PermissionManager::requestAutomationAccess(NotesCompletion completion) { askForAutomation(std::move(completion)); }
 
 void PermissionManager::triggerNotesAutomationPermissionPromptIfNeeded() {
-    if (m_notes->isAvailable()) askForAutomation([](bool) {});
+    if (m_notes->isAvailable()) askForAutomation([](NotesAnswer) {});
 }
 
-void PermissionManager::askForAutomation(Completion completion) {
+void PermissionManager::forgetNotesAccess() {
+    ++*m_notesGeneration;
+    m_notes->cancelRequest();
+    m_defaults.remove(DefaultsKeys::automationPromptAttempted);
+    m_defaults.remove(DefaultsKeys::automationGrantedCached);
+}
+
+void PermissionManager::askForAutomation(NotesCompletion completion) {
     m_defaults.set(DefaultsKeys::automationPromptAttempted, true);
     checkNotesAutomationAccess(LiveTest::MayAskTheUser,
-                               [self = shared_from_this(), completion = std::move(completion)](bool granted) {
-                                   self->refreshStatus();
-                                   completion(granted);
+                               [self = shared_from_this(), completion = std::move(completion)](NotesAnswer answer) {
+                                   if (answer != NotesAnswer::Outdated) self->refreshStatus();
+                                   completion(answer);
                                });
 }
 
-void PermissionManager::checkNotesAutomationAccess(LiveTest test, Completion onMain) {
+void PermissionManager::checkNotesAutomationAccess(LiveTest test, NotesCompletion onMain) {
+    const auto isOutdated = [generation = m_notesGeneration, own = m_notesGeneration->load()] {
+        return *generation != own;
+    };
     // What onMain holds belongs to the main thread, so it goes there whole.
-    m_worker->async(
-        [worker = m_worker, notes = m_notes, defaults = &m_defaults, test, onMain = std::move(onMain)]() mutable {
-            const bool granted =
+    m_worker->async([worker = m_worker, notes = m_notes, defaults = &m_defaults, test, isOutdated,
+                     onMain = std::move(onMain)]() mutable {
+        bool granted = false;
+        if (!isOutdated()) // the wish was not about the application that would be asked now
+            granted =
                 test == LiveTest::MayAskTheUser ? notes->requestAccess() : notes->probeAccess() == NotesAccess::Granted;
-            MainThread::post([defaults, granted, onMain = std::move(onMain)] {
-                defaults->set(DefaultsKeys::automationGrantedCached, granted);
-                onMain(granted);
-            });
+        MainThread::post([defaults, granted, isOutdated, onMain = std::move(onMain)] {
+            if (isOutdated()) return onMain(NotesAnswer::Outdated);
+            defaults->set(DefaultsKeys::automationGrantedCached, granted);
+            onMain(granted ? NotesAnswer::Granted : NotesAnswer::Denied);
         });
+    });
 }
 
 } // namespace quillet

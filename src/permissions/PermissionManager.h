@@ -6,12 +6,17 @@
 #include "support/SerialQueue.h"
 #include "support/UserDefaults.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
 
 namespace quillet {
 
 enum class PermissionStatus { NotDetermined, Granted, Denied };
+
+/// What became of asking for the notes application. Outdated: another one was chosen meanwhile, and what this one says
+/// concerns nobody any more.
+enum class NotesAnswer { Granted, Denied, Outdated };
 
 /// Knows and publishes whether system audio, the microphone and the notes application are open to us, asks for them,
 /// and leads the user to the settings.
@@ -24,6 +29,7 @@ enum class PermissionStatus { NotDetermined, Granted, Denied };
 class PermissionManager final : public std::enable_shared_from_this<PermissionManager> {
 public:
     using Completion = std::function<void(bool granted)>;
+    using NotesCompletion = std::function<void(NotesAnswer)>;
 
     /// The defaults must live as long as the main thread runs: the answer to a test is kept even without the manager.
     static std::shared_ptr<PermissionManager> create(std::shared_ptr<PermissionServices> services,
@@ -41,9 +47,12 @@ public:
     bool requestScreenCaptureAccess();
     /// The completions below run on the main thread, never inside the call.
     void requestMicrophoneAccess(Completion completion);
-    void requestAutomationAccess(Completion completion);
+    void requestAutomationAccess(NotesCompletion completion);
     /// The same without an answer, and only when there is a notes application.
     void triggerNotesAutomationPermissionPromptIfNeeded();
+    /// Before another notes application, or another place for its notes, is chosen: nothing is known of it, and what is
+    /// being found out about this one is given up. A refresh afterwards finds out about the other.
+    void forgetNotesAccess();
 
     void openScreenCapturePreferences() { m_services->openSettings(SettingsPlace::ScreenCapture); }
     void openMicrophonePreferences() { m_services->openSettings(SettingsPlace::Microphone); }
@@ -58,13 +67,15 @@ private:
     [[nodiscard]] PermissionStatus currentMicrophoneStatus() const;
     [[nodiscard]] PermissionStatus currentAutomationStatus() const;
     void updateAutomationStatusFromHelperIfNeeded();
-    void askForAutomation(Completion completion);
-    /// Runs the test on the worker, then, on the main thread, keeps the result and hands it on.
-    void checkNotesAutomationAccess(LiveTest test, Completion onMain);
+    void askForAutomation(NotesCompletion completion);
+    /// Runs the test on the worker, then, on the main thread, keeps the result unless it is outdated and hands it on.
+    void checkNotesAutomationAccess(LiveTest test, NotesCompletion onMain);
 
     const std::shared_ptr<PermissionServices> m_services;
     const std::shared_ptr<NotesApplication> m_notes;
     UserDefaults& m_defaults;
+    /// Counts the choices of an application; a test belongs to that of its beginning. Written on the main thread.
+    const std::shared_ptr<std::atomic<unsigned>> m_notesGeneration = std::make_shared<std::atomic<unsigned>>(0);
     /// One test after another, so that an older answer never replaces a newer one. Each test holds the queue: the last
     /// of them may outlive the manager, whose end must not wait for it.
     const std::shared_ptr<SerialQueue> m_worker = std::make_shared<SerialQueue>("quillet.permissions");

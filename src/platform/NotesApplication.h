@@ -26,9 +26,9 @@ struct NoteOutcome {
 /// Whether the notes application lets us in.
 enum class NotesAccess { NotDetermined, Granted, Denied };
 
-/// The user's notes application. All calls but the first three may block, for seconds or, with requestAccess(), for as
-/// long as the user takes to answer; they are made on worker threads, never on the main thread, and by several at once.
-/// Nothing is ever overwritten or doubled, and no failure is thrown.
+/// The user's notes application. All calls but the first three and cancelRequest() may block, for seconds or, with
+/// requestAccess(), for as long as the user takes to answer; they are made on worker threads, never on the main thread,
+/// and by several at once. Nothing is ever overwritten or doubled, and no failure is thrown.
 class NotesApplication {
 public:
     virtual ~NotesApplication() = default;
@@ -46,6 +46,9 @@ public:
     [[nodiscard]] virtual NotesAccess probeAccess() = 0;
     /// The same, but asks the user where the application can, and waits for the answer.
     [[nodiscard]] virtual bool requestAccess() = 0;
+    /// Ends the waiting of requestAccess(), if any, which then answers no; the user has not refused. Any thread, at
+    /// once.
+    virtual void cancelRequest() {}
     /// The top-level folders by name, in the application's order; empty when there are none or on any failure.
     [[nodiscard]] virtual std::vector<QString> fetchFolders() = 0;
     /// A folder of exactly that name exists. White space around the name does not count; an empty name does not exist.

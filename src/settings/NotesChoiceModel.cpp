@@ -45,9 +45,10 @@ std::filesystem::path NotesChoiceModel::vaultFolder() const {
 
 void NotesChoiceModel::setApplication(Application chosen) {
     if (chosen == application.value()) return;
-    m_defaults.set(DefaultsKeys::notesApplication,
-                   chosen == Application::Joplin ? QStringLiteral("joplin") : QStringLiteral("vault"));
-    findOutAnew();
+    change([&] {
+        m_defaults.set(DefaultsKeys::notesApplication,
+                       chosen == Application::Joplin ? QStringLiteral("joplin") : QStringLiteral("vault"));
+    });
 }
 
 void NotesChoiceModel::chooseVaultFolder() {
@@ -59,19 +60,19 @@ void NotesChoiceModel::chooseVaultFolder() {
         [weak = weak_from_this()](const auto& folder) {
             const auto self = weak.lock();
             if (!self || !folder) return;
-            self->m_defaults.set(DefaultsKeys::notesVaultFolder, QByteArray::fromStdString(folder->string()));
-            self->findOutAnew();
+            self->change([&] {
+                self->m_defaults.set(DefaultsKeys::notesVaultFolder, QByteArray::fromStdString(folder->string()));
+            });
         });
 }
 
 void NotesChoiceModel::useDefaultVaultFolder() {
-    m_defaults.remove(DefaultsKeys::notesVaultFolder);
-    findOutAnew();
+    change([this] { m_defaults.remove(DefaultsKeys::notesVaultFolder); });
 }
 
-void NotesChoiceModel::findOutAnew() {
-    m_defaults.remove(DefaultsKeys::automationPromptAttempted);
-    m_defaults.remove(DefaultsKeys::automationGrantedCached);
+void NotesChoiceModel::change(const std::function<void()>& choice) {
+    m_permissions->forgetNotesAccess();
+    choice();
     refresh();
     m_permissions->refreshStatus();
     m_store->refreshFolders();

@@ -9,6 +9,7 @@
 #include <QString>
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 
 namespace quillet {
@@ -37,7 +38,8 @@ public:
 
 private:
     [[nodiscard]] std::filesystem::path vaultFolder() const;
-    void findOutAnew();
+    /// Makes the change between forgetting what was known of access and finding out about what is chosen now.
+    void change(const std::function<void()>& choice);
 
     UserDefaults& m_defaults;
     const std::filesystem::path m_defaultVault;

@@ -48,14 +48,12 @@ void SettingsModel::allowAccess() {
     isAskingForAccess.set(true);
     accessWasRefused.set(false);
     m_services.permissions->requestAutomationAccess(
-        [weak = weak_from_this(), permissions = m_services.permissions, store = m_services.store](bool granted) {
-            if (granted)
-                store->refreshFolders();
-            else
-                permissions->openAutomationPreferences();
+        [weak = weak_from_this(), permissions = m_services.permissions, store = m_services.store](NotesAnswer answer) {
+            if (answer == NotesAnswer::Granted) store->refreshFolders();
+            if (answer == NotesAnswer::Denied) permissions->openAutomationPreferences();
             const auto self = weak.lock();
             if (!self) return;
-            self->accessWasRefused.set(!granted);
+            self->accessWasRefused.set(answer == NotesAnswer::Denied);
             self->isAskingForAccess.set(false);
         });
 }

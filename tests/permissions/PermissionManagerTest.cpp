@@ -139,7 +139,8 @@ TEST_F(PermissionManagerTest, AskingMarksTheAttemptAndAnswersOnTheMainThread) {
         notes->access = answer ? NotesAccess::Granted : NotesAccess::Denied;
         const auto manager = make();
         std::optional<bool> told;
-        manager->requestAutomationAccess([&](bool granted) {
+        manager->requestAutomationAccess([&](NotesAnswer result) {
+            const bool granted = result == NotesAnswer::Granted;
             EXPECT_TRUE(MainThread::isCurrent());
             EXPECT_EQ(manager->automationStatus.value(), granted ? Status::Granted : Status::Denied);
             EXPECT_EQ(cached(), granted);
@@ -175,12 +176,30 @@ TEST_F(PermissionManagerTest, ATestThatTakesItsTimeDoesNotReplaceANewerAnswer) {
     const auto manager = make();
     entered.acquire();
     bool told = false;
-    manager->requestAutomationAccess([&](bool) { told = true; });
+    manager->requestAutomationAccess([&](NotesAnswer) { told = true; });
     EXPECT_FALSE(test::waitFor([&] { return told; }, 100)) << "a newer test overtook the older one";
     EXPECT_EQ(notes->requests, 0);
     goOn.release();
     ASSERT_TRUE(test::waitFor([&] { return told; }));
     EXPECT_EQ(manager->automationStatus.value(), Status::Granted);
+}
+
+TEST_F(PermissionManagerTest, WhatConcernsTheApplicationBeforeIsNeitherKeptNorPublishedNorWaitedFor) {
+    arrange(true, true);
+    holdFirstCall();
+    notes->onCancel = [this] { goOn.release(); };
+    const auto manager = make();
+    entered.acquire(); // a quiet test, which will say yes
+    std::vector<NotesAnswer> told;
+    manager->requestAutomationAccess([&](NotesAnswer answer) { told.push_back(answer); });
+
+    manager->forgetNotesAccess();
+    manager->refreshStatus(); // as after choosing the other one
+    ASSERT_TRUE(test::waitFor([&] { return !told.empty(); }));
+    EXPECT_THAT(told, ElementsAre(NotesAnswer::Outdated));
+    EXPECT_EQ(notes->requests, 0) << "the user wanted the other one to be asked";
+    EXPECT_EQ(manager->automationStatus.value(), Status::NotDetermined);
+    EXPECT_FALSE(defaults.keys().contains(DefaultsKeys::automationGrantedCached));
 }
 
 TEST_F(PermissionManagerTest, AQuietTestKeepsItsAnswerWithoutTheManagerAndARequestHoldsIt) {
@@ -199,7 +218,7 @@ TEST_F(PermissionManagerTest, AQuietTestKeepsItsAnswerWithoutTheManagerAndAReque
     manager = make();
     weak = manager;
     bool told = false;
-    manager->requestAutomationAccess([&](bool) { told = true; });
+    manager->requestAutomationAccess([&](NotesAnswer) { told = true; });
     entered.acquire();
     manager.reset();
     EXPECT_FALSE(weak.expired());

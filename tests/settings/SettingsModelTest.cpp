@@ -1,10 +1,12 @@
 #include "SettingsTestSupport.h"
 
 #include <gmock/gmock.h>
+#include <thread>
 
 namespace quillet::test {
 namespace {
 
+using testing::Each;
 using testing::ElementsAre;
 using AccessRow = SettingsModel::AccessRow;
 using FoldersRemark = SettingsModel::FoldersRemark;
@@ -159,6 +161,9 @@ class ChoicesTest : public SettingsFixture {
 protected:
     std::shared_ptr<NotesChoiceModel> makeNotesChoice() {
         makeStore();
+        return makeChoice();
+    }
+    std::shared_ptr<NotesChoiceModel> makeChoice() {
         return std::make_shared<NotesChoiceModel>(defaults, "/home/of/notes", chooser.function(), permissions, store);
     }
 };
@@ -180,6 +185,37 @@ TEST_F(ChoicesTest, AnotherNotesApplicationIsFoundOutAboutAnew) {
 
     choice->setApplication(NotesChoiceModel::Application::Joplin);
     EXPECT_FALSE(store->isLoadingFolders.value()) << "the same again changes nothing";
+}
+
+TEST_F(ChoicesTest, AnApplicationThatIsLeftIsNotWaitedForAndItsAnswerChangesNothing) {
+    defaults.set(DefaultsKeys::notesApplication, QStringLiteral("joplin"));
+    notes->asks = true;
+    notes->answer = false;
+    std::atomic<bool> isCancelled = false;
+    notes->duringCall = [&] {
+        while (notes->requests > 0 && !isCancelled) std::this_thread::yield();
+    };
+    notes->onCancel = [&] {
+        isCancelled = defaults.string(DefaultsKeys::notesApplication) == QStringLiteral("joplin");
+    };
+    makeModel();
+    const auto choice = makeChoice();
+    model->allowAccess();
+    ASSERT_TRUE(waitFor([this] { return notes->requests == 1; }));
+
+    notes->asks = false; // the vault
+    choice->setApplication(NotesChoiceModel::Application::Vault);
+    std::vector<PermissionStatus> published;
+    QObject context;
+    permissions->automationStatus.subscribe(&context, [&](PermissionStatus status) { published.push_back(status); });
+    EXPECT_TRUE(waitFor([&] { return published.size() == 2; }));
+    EXPECT_THAT(published, Each(PermissionStatus::Granted));
+    EXPECT_TRUE(defaults.boolean(DefaultsKeys::automationGrantedCached));
+    EXPECT_FALSE(model->isAskingForAccess.value());
+    EXPECT_FALSE(model->accessWasRefused.value());
+    EXPECT_TRUE(services->opened.empty()) << "a window out of nothing";
+    isCancelled = true;
+    ASSERT_TRUE(settle());
 }
 
 TEST_F(ChoicesTest, TheVaultsFolder) {

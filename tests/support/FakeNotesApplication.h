@@ -18,6 +18,7 @@ public:
     std::atomic<bool> answer = true; ///< the user's, to a request
     std::vector<QString> folders;
     NoteOutcome outcome{true, false, {}};
+    std::function<void()> onCancel;
     std::function<void()> duringCall; ///< on the caller's thread, within each call that may block
 
     std::atomic<int> probes = 0;
@@ -38,6 +39,9 @@ public:
         ++requests;
         blocks();
         return answer;
+    }
+    void cancelRequest() override {
+        if (onCancel) onCancel();
     }
     std::vector<QString> fetchFolders() override {
         ++folderCalls;

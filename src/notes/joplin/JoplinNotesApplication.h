@@ -34,8 +34,7 @@ public:
     [[nodiscard]] NotesAccess probeAccess() override;
     /// A call during another one's waiting takes that one's answer.
     [[nodiscard]] bool requestAccess() override;
-    /// Ends the waiting of requestAccess(), which then answers no; the user has not refused.
-    void cancelRequest();
+    void cancelRequest() override;
     [[nodiscard]] std::vector<QString> fetchFolders() override;
     [[nodiscard]] bool testFolderConnection(const QString& folderName) override;
     [[nodiscard]] NoteOutcome createNoteWithAttachment(const NoteDraft& draft) override;
