@@ -1,5 +1,6 @@
 #include "settings/SettingsCatalogue.h"
 
+#include "platform/SystemNotes.h"
 #include "support/ServiceAddress.h"
 #include "templates/TemplateRecords.h"
 
@@ -29,8 +30,8 @@ const std::vector<SettingInfo>& catalogue() {
                   "the output that is recorded, by its name; absent: the system's default"),
             entry("corvane.microphoneDevice", Type::Text, "",
                   "the microphone, by its name; absent: the system's default"),
-            entry("corvane.notesApplication", Type::Choice, "vault", "the notes application",
-                  {QStringLiteral("vault"), QStringLiteral("joplin")}),
+            entry("corvane.notesApplication", Type::Choice, systemNotes() ? "Apple Notes" : "vault",
+                  "the notes application", {QStringLiteral("vault"), QStringLiteral("joplin")}),
             entry("corvane.notesVaultFolder", Type::Folder, "",
                   "the Markdown vault; absent: “Quillet Notes” in the documents folder"),
             entry("corvane.notesFolderName", Type::Text, "", "folder for new notes; empty: the application's default"),

@@ -1,5 +1,7 @@
 #include "settings/SettingsCatalogue.h"
 
+#include "platform/SystemNotes.h"
+
 #include <gtest/gtest.h>
 
 namespace quillet {
@@ -56,7 +58,8 @@ TEST(SettingsCatalogueTest, WhatMakesNoSenseCountsAsAbsent) {
     defaults.set(QStringLiteral("corvane.notesApplication"), QStringLiteral("paper"));
     defaults.set(QStringLiteral("useLocalSummarisation"), QStringLiteral("mostly"));
     defaults.set(QStringLiteral("corvane.selectedTemplateId"), 17);
-    EXPECT_EQ(settingText(*findSetting(QStringLiteral("corvane.notesApplication")), defaults), QStringLiteral("vault"));
+    EXPECT_EQ(settingText(*findSetting(QStringLiteral("corvane.notesApplication")), defaults),
+              systemNotes() ? QStringLiteral("Apple Notes") : QStringLiteral("vault"));
     EXPECT_EQ(settingText(*findSetting(QStringLiteral("useLocalSummarisation")), defaults), QStringLiteral("true"));
     EXPECT_EQ(settingText(*findSetting(QStringLiteral("corvane.selectedTemplateId")), defaults), QString());
 

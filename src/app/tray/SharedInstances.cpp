@@ -10,6 +10,7 @@
 #include "platform/LanguageModel.h"
 #include "platform/LoginItem.h"
 #include "platform/Platform.h"
+#include "platform/SystemNotes.h"
 #include "settings/ui/FolderDialogs.h"
 #include "settings/ui/SettingsView.h"
 #include "support/SharedInstance.h"
@@ -114,8 +115,9 @@ QWidget* makeSharedSettingsView(const QString& section, std::function<void()> qu
                          .setLaunchAtLogin = [launch](bool enabled) { launch->setLaunchAtLogin(enabled); },
                          .quit = std::move(quit)});
     if (const auto first = settingsSection(section)) parts.model->selectedSection.set(*first);
-    parts.notesChoice = std::make_shared<NotesChoiceModel>(defaults(), VaultNotesApplication::standardFolder(),
-                                                           makeFolderChooser(fileDialogs()), permissions, store);
+    if (!systemNotes()) // where the system brings one, that is the one
+        parts.notesChoice = std::make_shared<NotesChoiceModel>(defaults(), VaultNotesApplication::standardFolder(),
+                                                               makeFolderChooser(fileDialogs()), permissions, store);
     parts.soundChoice = std::make_shared<SoundChoiceModel>(makeSoundDevices(), defaults());
     parts.makeTemplatesTab = [](QWidget* parent) -> QWidget* {
         return new TemplatesTabView(SharedInstance<TemplateManager>::get(), fileDialogs(), parent);
