@@ -16,6 +16,7 @@ void SettingsModel::appeared() {
     PermissionManager& permissions = *m_services.permissions;
     permissions.refreshStatus();
     m_services.store->recordingPath.set(m_services.files.recordingsDirectoryDisplayPath());
+    selectedNotesFolder.set(m_services.defaults.string(DefaultsKeys::notesFolderName).value_or(QString()));
     // An application that would ask the user anew each time is only asked when the user wants it.
     if (m_services.notes.isNotesAvailable() && m_services.notesApplication->asksAtMostOnce())
         permissions.triggerNotesAutomationPermissionPromptIfNeeded();

@@ -19,10 +19,12 @@ TEST_F(SettingsModelTest, AppearingReadsEverythingAfresh) {
     const int listings = notes->folderCalls;
     const int asked = systemModel.asked;
     files->setCustomRecordingsDirectory("/nowhere/at/all");
+    defaults.set(DefaultsKeys::notesFolderName, QStringLiteral("Work"));
     launches = true;
     services->screenCapture = false;
     model->appeared();
     EXPECT_EQ(store->recordingPath.value(), QStringLiteral("/nowhere/at/all"));
+    EXPECT_EQ(model->selectedNotesFolder.value(), QStringLiteral("Work"));
     EXPECT_TRUE(model->launchAtLogin.value());
     EXPECT_TRUE(launchChanges.empty()) << "reading is no change";
     EXPECT_EQ(permissions->screenCaptureStatus.value(), PermissionStatus::Denied);
