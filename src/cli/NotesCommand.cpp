@@ -23,7 +23,7 @@ constexpr auto kUsage =
     "       quillet notes authorise";
 
 QString settingNow(const char* key) {
-    return settingText(*findSetting(QString::fromLatin1(key)), UserDefaults::standard());
+    return settingText(*findSetting(QString::fromLatin1(key)), UserDefaults::standard(), FileServices::standard());
 }
 
 QString accessText(NotesAccess access) {

@@ -14,7 +14,8 @@ int list(const UserDefaults& defaults) {
     constexpr int kCharacters = 200; // stored templates may take megabytes, and any number of lines
     for (const SettingInfo& setting : settingsCatalogue())
         print(QStringLiteral("%1 = %2   (%3)")
-                  .arg(setting.key, templateNameForOneLine(settingText(setting, defaults), kCharacters),
+                  .arg(setting.key,
+                       templateNameForOneLine(settingText(setting, defaults, FileServices::standard()), kCharacters),
                        setting.summary));
     return Done;
 }
@@ -25,7 +26,7 @@ int outcome(bool isStored) {
 }
 
 int set(UserDefaults& defaults, const SettingInfo& setting, const QString& text) {
-    const auto value = parseSetting(setting, text);
+    const auto value = parseSetting(setting, text, FileServices::standard());
     if (!value) {
         complain(value.error());
         return WrongUsage;
@@ -59,7 +60,7 @@ int settings(const QStringList& arguments) {
     }
     if (isSet) return set(defaults, *setting, arguments.at(3));
     if (isUnset) return outcome(defaults.remove(setting->key));
-    print(settingText(*setting, defaults));
+    print(settingText(*setting, defaults, FileServices::standard()));
     return Done;
 }
 

@@ -8,6 +8,7 @@
 #include <QUuid>
 
 #include <algorithm>
+#include <optional>
 #include <vector>
 
 namespace quillet {
@@ -24,7 +25,7 @@ const std::vector<SettingInfo>& catalogue() {
         };
         return std::vector<SettingInfo>{
             entry("corvane.autoCreateNote", Type::Bool, "false", "make a note of every recording"),
-            entry("corvane.recordingsFolderBookmark", Type::Folder, "",
+            entry("corvane.recordingsFolderBookmark", Type::Bookmark, "",
                   "where recordings go; absent: the default folder"),
             entry("corvane.systemAudioDevice", Type::Text, "",
                   "the output that is recorded, by its name; absent: the system's default"),
@@ -73,6 +74,25 @@ Result<QVariant, QString> parseBool(const QString& key, const QString& text) {
     return Failure{QStringLiteral("%1 is either true or false.").arg(key)};
 }
 
+Result<QVariant, QString> parseFolder(const SettingInfo& setting, const QString& text, FileServices& files) {
+    if (!QDir::isAbsolutePath(text)) return Failure{QStringLiteral("%1 is an absolute path.").arg(setting.key)};
+    const QByteArray path = QDir::cleanPath(text).toUtf8();
+    if (setting.type == Type::Folder) return QVariant(path);
+    const auto bookmark = files.makeBookmark(path.toStdString());
+    if (!bookmark) return Failure{QStringLiteral("%1 cannot be used: %2").arg(text, bookmark.error().description)};
+    return QVariant(*bookmark);
+}
+
+std::optional<QString> storedText(const SettingInfo& setting, const UserDefaults& defaults, FileServices& files) {
+    if (setting.type != Type::Bookmark && setting.type != Type::Folder && setting.type != Type::Templates)
+        return defaults.string(setting.key);
+    const auto bytes = defaults.data(setting.key);
+    if (!bytes) return std::nullopt;
+    if (setting.type != Type::Bookmark) return QString::fromUtf8(*bytes);
+    const auto folder = files.resolveBookmark(*bytes);
+    return folder ? std::optional(QString::fromStdString(folder->url.string())) : std::nullopt;
+}
+
 } // namespace
 
 std::span<const SettingInfo> settingsCatalogue() { return catalogue(); }
@@ -84,7 +104,7 @@ const SettingInfo* findSetting(const QString& key) {
     return found == settings.end() ? nullptr : &*found;
 }
 
-Result<QVariant, QString> parseSetting(const SettingInfo& setting, const QString& text) {
+Result<QVariant, QString> parseSetting(const SettingInfo& setting, const QString& text, FileServices& files) {
     switch (setting.type) {
     case Type::Bool:
         return parseBool(setting.key, text);
@@ -109,8 +129,8 @@ Result<QVariant, QString> parseSetting(const SettingInfo& setting, const QString
         if (setting.choices.contains(text)) return QVariant(text);
         return Failure{QStringLiteral("%1 is one of: %2.").arg(setting.key, setting.choices.join(QLatin1String(", ")))};
     case Type::Folder:
-        if (!QDir::isAbsolutePath(text)) return Failure{QStringLiteral("%1 is an absolute path.").arg(setting.key)};
-        return QVariant(QDir::cleanPath(text).toUtf8());
+    case Type::Bookmark:
+        return parseFolder(setting, text, files);
     case Type::Uuid: {
         const QUuid id(text);
         if (id.isNull()) return Failure{QStringLiteral("%1 is a UUID.").arg(setting.key)};
@@ -124,16 +144,13 @@ Result<QVariant, QString> parseSetting(const SettingInfo& setting, const QString
     return Failure{QString()};
 }
 
-QString settingText(const SettingInfo& setting, const UserDefaults& defaults) {
+QString settingText(const SettingInfo& setting, const UserDefaults& defaults, FileServices& files) {
     if (setting.type == Type::Bool)
         return defaults.boolean(setting.key, setting.absent == QLatin1String("true")) ? QStringLiteral("true")
                                                                                       : QStringLiteral("false");
-    const bool isBytes = setting.type == Type::Folder || setting.type == Type::Templates;
-    const auto bytes = isBytes ? defaults.data(setting.key) : std::nullopt;
-    const auto stored =
-        isBytes ? (bytes ? std::optional(QString::fromUtf8(*bytes)) : std::nullopt) : defaults.string(setting.key);
-    const bool isShownAnyway = setting.type == Type::Templates;
-    if (!stored || (!isShownAnyway && !parseSetting(setting, *stored))) return setting.absent;
+    const auto stored = storedText(setting, defaults, files);
+    const bool isShownAnyway = setting.type == Type::Templates || setting.type == Type::Bookmark;
+    if (!stored || (!isShownAnyway && !parseSetting(setting, *stored, files))) return setting.absent;
     return setting.type == Type::Secret ? QStringLiteral("(set)") : *stored;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/FileServices.h"
 #include "support/Result.h"
 #include "support/UserDefaults.h"
 
@@ -14,10 +15,11 @@ namespace quillet {
 /// One setting of the product, for whoever sets it up without a screen.
 struct SettingInfo {
     enum class Type {
-        Bool,   ///< true or false
-        Text,   ///< any text
-        Choice, ///< one of the choices
-        Folder, ///< an absolute path
+        Bool,     ///< true or false
+        Text,     ///< any text
+        Choice,   ///< one of the choices
+        Folder,   ///< an absolute path
+        Bookmark, ///< the same, kept as the system's lasting reference to the folder
         Uuid,
         Port,         ///< of a service on this machine
         LocalAddress, ///< of a service on this machine
@@ -39,9 +41,10 @@ struct SettingInfo {
 [[nodiscard]] const SettingInfo* findSetting(const QString& key);
 
 /// The value to store for a text; the error is a sentence for the user.
-[[nodiscard]] Result<QVariant, QString> parseSetting(const SettingInfo& setting, const QString& text);
+[[nodiscard]] Result<QVariant, QString> parseSetting(const SettingInfo& setting, const QString& text,
+                                                     FileServices& files);
 /// What is stored, as parseSetting() takes it ("(set)" for a secret); what counts instead when nothing (or nothing
 /// sensible) is stored. Templates are shown also when they cannot be read, so that they can be mended.
-[[nodiscard]] QString settingText(const SettingInfo& setting, const UserDefaults& defaults);
+[[nodiscard]] QString settingText(const SettingInfo& setting, const UserDefaults& defaults, FileServices& files);
 
 } // namespace quillet

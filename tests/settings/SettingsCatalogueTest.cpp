@@ -1,6 +1,7 @@
 #include "settings/SettingsCatalogue.h"
 
 #include "platform/SystemNotes.h"
+#include "support/FakeFileServices.h"
 
 #include <gtest/gtest.h>
 
@@ -21,7 +22,8 @@ TEST(SettingsCatalogueTest, ValuesAreCheckedByTheirType) {
         {"corvane.notesFolderName", " Meetings, “internal” ", " Meetings, “internal” "},
         {"corvane.notesVaultFolder", "/home/ada/Notizen/./ü", "/home/ada/Notizen/ü"},
         {"corvane.notesVaultFolder", "Notizen", nullptr},
-        {"corvane.recordingsFolderBookmark", "/mnt/a b", "/mnt/a b"},
+        {"corvane.recordingsFolderBookmark", "/mnt/./a b", "/mnt/a b"},
+        {"corvane.recordingsFolderBookmark", "a b", nullptr},
         {"corvane.selectedTemplateId", "{2f1d7b4e-0c3f-4a7e-9a53-5d1b8f7f6a10}",
          "2F1D7B4E-0C3F-4A7E-9A53-5D1B8F7F6A10"},
         {"corvane.selectedTemplateId", "first", nullptr},
@@ -39,33 +41,40 @@ TEST(SettingsCatalogueTest, ValuesAreCheckedByTheirType) {
         {"corvane.localModelContext", "8k", nullptr},
         {"corvane.localModelContext", "512", nullptr},
     };
+    test::FakeFileServices files;
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << row.key << " = " << row.text);
         const SettingInfo* setting = findSetting(QString::fromUtf8(row.key));
         ASSERT_NE(setting, nullptr);
-        const auto value = parseSetting(*setting, QString::fromUtf8(row.text));
+        const auto value = parseSetting(*setting, QString::fromUtf8(row.text), files);
         ASSERT_EQ(value.ok(), row.stored != nullptr);
         if (!value) continue;
         MemoryUserDefaults defaults;
         defaults.set(setting->key, *value);
-        EXPECT_EQ(settingText(*setting, defaults), QString::fromUtf8(row.stored));
+        EXPECT_EQ(settingText(*setting, defaults, files), QString::fromUtf8(row.stored));
+        EXPECT_EQ(defaults.data(setting->key).value_or(QByteArray()).startsWith("bookmark:"),
+                  setting->key == DefaultsKeys::recordingsFolderBookmark);
     }
     EXPECT_EQ(findSetting(QStringLiteral("corvane.unknown")), nullptr);
 }
 
 TEST(SettingsCatalogueTest, WhatMakesNoSenseCountsAsAbsent) {
     MemoryUserDefaults defaults;
+    test::FakeFileServices files;
+    defaults.set(DefaultsKeys::recordingsFolderBookmark, QByteArray("no bookmark"));
+    EXPECT_EQ(settingText(*findSetting(DefaultsKeys::recordingsFolderBookmark), defaults, files), QString());
     defaults.set(QStringLiteral("corvane.notesApplication"), QStringLiteral("paper"));
     defaults.set(QStringLiteral("useLocalSummarisation"), QStringLiteral("mostly"));
     defaults.set(QStringLiteral("corvane.selectedTemplateId"), 17);
-    EXPECT_EQ(settingText(*findSetting(QStringLiteral("corvane.notesApplication")), defaults),
+    EXPECT_EQ(settingText(*findSetting(QStringLiteral("corvane.notesApplication")), defaults, files),
               systemNotes() ? QStringLiteral("Apple Notes") : QStringLiteral("vault"));
-    EXPECT_EQ(settingText(*findSetting(QStringLiteral("useLocalSummarisation")), defaults), QStringLiteral("true"));
-    EXPECT_EQ(settingText(*findSetting(QStringLiteral("corvane.selectedTemplateId")), defaults), QString());
+    EXPECT_EQ(settingText(*findSetting(QStringLiteral("useLocalSummarisation")), defaults, files),
+              QStringLiteral("true"));
+    EXPECT_EQ(settingText(*findSetting(QStringLiteral("corvane.selectedTemplateId")), defaults, files), QString());
 
     const QByteArray truncated = R"([{"name":"x")";
     defaults.set(QStringLiteral("corvane.customTemplates"), truncated);
-    EXPECT_EQ(settingText(*findSetting(QStringLiteral("corvane.customTemplates")), defaults).toUtf8(), truncated)
+    EXPECT_EQ(settingText(*findSetting(QStringLiteral("corvane.customTemplates")), defaults, files).toUtf8(), truncated)
         << "what is there to be mended is shown";
 }
 
