@@ -107,6 +107,10 @@ TEST_F(RecordingFileManagerTest, TheChosenFolderIsFoundAgainAtTheNextStart) {
         EXPECT_EQ(files.generateFileURL()->parent_path(), chosen);
         EXPECT_EQ(files.generateFileURLInApplicationSupport()->parent_path(), *services.support / "Recordings");
         EXPECT_EQ(files.recordingsDirectoryDisplayPath(), QStringLiteral("~/Gespräche mit / ohne/Ton"));
+        services.home = root() / ""; // as people write it in HOME
+        EXPECT_EQ(files.recordingsDirectoryDisplayPath(), QStringLiteral("~/Gespräche mit / ohne/Ton"));
+        services.home = "//";
+        EXPECT_EQ(files.recordingsDirectoryDisplayPath(), QString::fromStdString(chosen.string()));
     }
     services.stale = true;
     defaults.set(DefaultsKeys::recordingsFolderBookmark, QByteArray("bookmark:" + QByteArray(chosen.c_str())));
