@@ -20,16 +20,23 @@ constexpr const char* kStartRecording = QT_TRANSLATE_NOOP("quillet::OnboardingVi
 OnboardingModel::OnboardingModel(OnboardingServices services) : m_services(std::move(services)) {}
 
 void OnboardingModel::appeared() {
-    PermissionManager& permissions = *m_services.permissions;
-    permissions.refreshStatus();
+    refreshAccess();
     // The system may answer a moment later, and the user may change it elsewhere.
-    permissions.microphoneStatus.subscribe(&m_subscriptions, [this](PermissionStatus status) {
-        hasMicrophoneAccess.set(status == PermissionStatus::Granted);
-    });
-    permissions.screenCaptureStatus.subscribe(&m_subscriptions, [this](PermissionStatus status) {
-        hasScreenCaptureAccess.set(status == PermissionStatus::Granted);
-    });
+    PermissionManager& permissions = *m_services.permissions;
+    for (auto* const status : {&permissions.microphoneStatus, &permissions.screenCaptureStatus})
+        status->subscribe(&m_subscriptions, [this](PermissionStatus) { readAccess(); });
     checkAICompatibility();
+}
+
+void OnboardingModel::refreshAccess() {
+    m_services.permissions->refreshStatus();
+    readAccess();
+}
+
+void OnboardingModel::readAccess() {
+    const PermissionManager& permissions = *m_services.permissions;
+    hasMicrophoneAccess.set(permissions.microphoneStatus.value() == PermissionStatus::Granted);
+    hasScreenCaptureAccess.set(permissions.screenCaptureStatus.value() == PermissionStatus::Granted);
 }
 
 void OnboardingModel::checkAICompatibility() {
@@ -89,7 +96,7 @@ void OnboardingModel::nextAction() {
 
 void OnboardingModel::askForMicrophone() {
     m_services.permissions->requestMicrophoneAccess([weak = weak_from_this()](bool) {
-        if (const auto self = weak.lock()) self->m_services.permissions->refreshStatus();
+        if (const auto self = weak.lock()) self->refreshAccess();
     });
 }
 
@@ -97,7 +104,7 @@ void OnboardingModel::askForScreenCapture() {
     m_services.permissions->requestScreenCaptureAccess();
     m_services.permissions->openScreenCapturePreferences();
     QTimer::singleShot(kLookAgainAfterAsking, QCoreApplication::instance(), [weak = weak_from_this()] {
-        if (const auto self = weak.lock()) self->m_services.permissions->refreshStatus();
+        if (const auto self = weak.lock()) self->refreshAccess();
     });
 }
 
@@ -105,15 +112,12 @@ void OnboardingModel::testNotesConnection() {
     m_testedWithoutFolder = false;
     notesTestInProgress.set(true);
     notesTestSuccess.set(std::nullopt);
-    m_services.permissions->requestAutomationAccess([weak = weak_from_this()](NotesAnswer answer) {
+    m_services.permissions->requestAutomationAccess([weak = weak_from_this()](bool granted) {
         const auto self = weak.lock();
         if (!self) return;
-        const bool granted = answer == NotesAnswer::Granted;
         self->hasNotesAccess.set(granted);
         if (granted)
             self->testNotesFolder();
-        else if (answer == NotesAnswer::Outdated)
-            self->notesTestInProgress.set(false); // the other application has not been tested
         else
             self->finishNotesTest(false);
     });

@@ -78,6 +78,8 @@ private:
     void advance() { currentStep.set(currentStep.value() + 1); }
     void askForMicrophone();
     void askForScreenCapture();
+    void refreshAccess();
+    void readAccess();
     void finishNotesTest(bool success);
     void testNotesFolder();
 

@@ -70,10 +70,9 @@ PermissionStatus PermissionManager::currentAutomationStatus() const {
 
 void PermissionManager::updateAutomationStatusFromHelperIfNeeded() {
     if (m_notes->asksForConsent() && !m_defaults.boolean(DefaultsKeys::automationPromptAttempted)) return;
-    checkNotesAutomationAccess(LiveTest::Quiet, [weak = weak_from_this()](NotesAnswer answer) {
+    checkNotesAutomationAccess(LiveTest::Quiet, [weak = weak_from_this(), asked = notesGeneration()](bool granted) {
         const auto self = weak.lock();
-        if (self && answer != NotesAnswer::Outdated)
-            self->automationStatus.set(grantedOrDenied(answer == NotesAnswer::Granted));
+        if (self && asked == self->notesGeneration()) self->automationStatus.set(grantedOrDenied(granted));
     });
 }
 
@@ -94,10 +93,10 @@ void PermissionManager::requestMicrophoneAccess(Completion completion) {
     });
 }
 
-void PermissionManager::requestAutomationAccess(NotesCompletion completion) { askForAutomation(std::move(completion)); }
+void PermissionManager::requestAutomationAccess(Completion completion) { askForAutomation(std::move(completion)); }
 
 void PermissionManager::triggerNotesAutomationPermissionPromptIfNeeded() {
-    if (m_notes->isAvailable()) askForAutomation([](NotesAnswer) {});
+    if (m_notes->isAvailable()) askForAutomation([](bool) {});
 }
 
 void PermissionManager::forgetNotesAccess() {
@@ -107,16 +106,16 @@ void PermissionManager::forgetNotesAccess() {
     m_defaults.remove(DefaultsKeys::automationGrantedCached);
 }
 
-void PermissionManager::askForAutomation(NotesCompletion completion) {
+void PermissionManager::askForAutomation(Completion completion) {
     m_defaults.set(DefaultsKeys::automationPromptAttempted, true);
-    checkNotesAutomationAccess(LiveTest::MayAskTheUser,
-                               [self = shared_from_this(), completion = std::move(completion)](NotesAnswer answer) {
-                                   if (answer != NotesAnswer::Outdated) self->refreshStatus();
-                                   completion(answer);
-                               });
+    checkNotesAutomationAccess(LiveTest::MayAskTheUser, [self = shared_from_this(), asked = notesGeneration(),
+                                                         completion = std::move(completion)](bool granted) {
+        if (asked == self->notesGeneration()) self->refreshStatus();
+        completion(granted);
+    });
 }
 
-void PermissionManager::checkNotesAutomationAccess(LiveTest test, NotesCompletion onMain) {
+void PermissionManager::checkNotesAutomationAccess(LiveTest test, Completion onMain) {
     const auto isOutdated = [generation = m_notesGeneration, own = m_notesGeneration->load()] {
         return *generation != own;
     };
@@ -128,9 +127,9 @@ void PermissionManager::checkNotesAutomationAccess(LiveTest test, NotesCompletio
             granted =
                 test == LiveTest::MayAskTheUser ? notes->requestAccess() : notes->probeAccess() == NotesAccess::Granted;
         MainThread::post([defaults, granted, isOutdated, onMain = std::move(onMain)] {
-            if (isOutdated()) return onMain(NotesAnswer::Outdated);
+            if (isOutdated()) return onMain(false);
             defaults->set(DefaultsKeys::automationGrantedCached, granted);
-            onMain(granted ? NotesAnswer::Granted : NotesAnswer::Denied);
+            onMain(granted);
         });
     });
 }

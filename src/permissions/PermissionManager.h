@@ -14,10 +14,6 @@ namespace quillet {
 
 enum class PermissionStatus { NotDetermined, Granted, Denied };
 
-/// What became of asking for the notes application. Outdated: another one was chosen meanwhile, and what this one says
-/// concerns nobody any more.
-enum class NotesAnswer { Granted, Denied, Outdated };
-
 /// Knows and publishes whether system audio, the microphone and the notes application are open to us, asks for them,
 /// and leads the user to the settings.
 ///
@@ -29,7 +25,6 @@ enum class NotesAnswer { Granted, Denied, Outdated };
 class PermissionManager final : public std::enable_shared_from_this<PermissionManager> {
 public:
     using Completion = std::function<void(bool granted)>;
-    using NotesCompletion = std::function<void(NotesAnswer)>;
 
     /// The defaults must live as long as the main thread runs: the answer to a test is kept even without the manager.
     static std::shared_ptr<PermissionManager> create(std::shared_ptr<PermissionServices> services,
@@ -47,12 +42,14 @@ public:
     bool requestScreenCaptureAccess();
     /// The completions below run on the main thread, never inside the call.
     void requestMicrophoneAccess(Completion completion);
-    void requestAutomationAccess(NotesCompletion completion);
+    void requestAutomationAccess(Completion completion);
     /// The same without an answer, and only when there is a notes application.
     void triggerNotesAutomationPermissionPromptIfNeeded();
     /// Before another notes application, or another place for its notes, is chosen: nothing is known of it, and what is
     /// being found out about this one is given up. A refresh afterwards finds out about the other.
     void forgetNotesAccess();
+    /// Another number after each forgetting: an answer to what was asked before it is no, and means nothing.
+    [[nodiscard]] unsigned notesGeneration() const { return *m_notesGeneration; }
 
     void openScreenCapturePreferences() { m_services->openSettings(SettingsPlace::ScreenCapture); }
     void openMicrophonePreferences() { m_services->openSettings(SettingsPlace::Microphone); }
@@ -67,9 +64,9 @@ private:
     [[nodiscard]] PermissionStatus currentMicrophoneStatus() const;
     [[nodiscard]] PermissionStatus currentAutomationStatus() const;
     void updateAutomationStatusFromHelperIfNeeded();
-    void askForAutomation(NotesCompletion completion);
+    void askForAutomation(Completion completion);
     /// Runs the test on the worker, then, on the main thread, keeps the result unless it is outdated and hands it on.
-    void checkNotesAutomationAccess(LiveTest test, NotesCompletion onMain);
+    void checkNotesAutomationAccess(LiveTest test, Completion onMain);
 
     const std::shared_ptr<PermissionServices> m_services;
     const std::shared_ptr<NotesApplication> m_notes;

@@ -48,15 +48,17 @@ SettingsModel::FoldersRemark SettingsModel::foldersRemark() const {
 void SettingsModel::allowAccess() {
     isAskingForAccess.set(true);
     accessWasRefused.set(false);
-    m_services.permissions->requestAutomationAccess(
-        [weak = weak_from_this(), permissions = m_services.permissions, store = m_services.store](NotesAnswer answer) {
-            if (answer == NotesAnswer::Granted) store->refreshFolders();
-            if (answer == NotesAnswer::Denied) permissions->openAutomationPreferences();
-            const auto self = weak.lock();
-            if (!self) return;
-            self->accessWasRefused.set(answer == NotesAnswer::Denied);
-            self->isAskingForAccess.set(false);
-        });
+    m_services.permissions->requestAutomationAccess([weak = weak_from_this(), permissions = m_services.permissions,
+                                                     store = m_services.store,
+                                                     asked = m_services.permissions->notesGeneration()](bool granted) {
+        const bool refused = !granted && asked == permissions->notesGeneration();
+        if (granted) store->refreshFolders();
+        if (refused) permissions->openAutomationPreferences();
+        const auto self = weak.lock();
+        if (!self) return;
+        self->accessWasRefused.set(refused);
+        self->isAskingForAccess.set(false);
+    });
 }
 
 QStringList SettingsModel::notesFolderOptions() const {

@@ -139,8 +139,7 @@ TEST_F(PermissionManagerTest, AskingMarksTheAttemptAndAnswersOnTheMainThread) {
         notes->access = answer ? NotesAccess::Granted : NotesAccess::Denied;
         const auto manager = make();
         std::optional<bool> told;
-        manager->requestAutomationAccess([&](NotesAnswer result) {
-            const bool granted = result == NotesAnswer::Granted;
+        manager->requestAutomationAccess([&](bool granted) {
             EXPECT_TRUE(MainThread::isCurrent());
             EXPECT_EQ(manager->automationStatus.value(), granted ? Status::Granted : Status::Denied);
             EXPECT_EQ(cached(), granted);
@@ -176,7 +175,7 @@ TEST_F(PermissionManagerTest, ATestThatTakesItsTimeDoesNotReplaceANewerAnswer) {
     const auto manager = make();
     entered.acquire();
     bool told = false;
-    manager->requestAutomationAccess([&](NotesAnswer) { told = true; });
+    manager->requestAutomationAccess([&](bool) { told = true; });
     EXPECT_FALSE(test::waitFor([&] { return told; }, 100)) << "a newer test overtook the older one";
     EXPECT_EQ(notes->requests, 0);
     goOn.release();
@@ -190,13 +189,15 @@ TEST_F(PermissionManagerTest, WhatConcernsTheApplicationBeforeIsNeitherKeptNorPu
     notes->onCancel = [this] { goOn.release(); };
     const auto manager = make();
     entered.acquire(); // a quiet test, which will say yes
-    std::vector<NotesAnswer> told;
-    manager->requestAutomationAccess([&](NotesAnswer answer) { told.push_back(answer); });
+    std::vector<bool> told;
+    const unsigned asked = manager->notesGeneration();
+    manager->requestAutomationAccess([&](bool granted) { told.push_back(granted); });
 
     manager->forgetNotesAccess();
     manager->refreshStatus(); // as after choosing the other one
     ASSERT_TRUE(test::waitFor([&] { return !told.empty(); }));
-    EXPECT_THAT(told, ElementsAre(NotesAnswer::Outdated));
+    EXPECT_THAT(told, ElementsAre(false));
+    EXPECT_NE(manager->notesGeneration(), asked);
     EXPECT_EQ(notes->requests, 0) << "the user wanted the other one to be asked";
     EXPECT_EQ(manager->automationStatus.value(), Status::NotDetermined);
     EXPECT_FALSE(defaults.keys().contains(DefaultsKeys::automationGrantedCached));
@@ -218,7 +219,7 @@ TEST_F(PermissionManagerTest, AQuietTestKeepsItsAnswerWithoutTheManagerAndAReque
     manager = make();
     weak = manager;
     bool told = false;
-    manager->requestAutomationAccess([&](NotesAnswer) { told = true; });
+    manager->requestAutomationAccess([&](bool) { told = true; });
     entered.acquire();
     manager.reset();
     EXPECT_FALSE(weak.expired());
