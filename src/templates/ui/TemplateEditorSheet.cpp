@@ -71,10 +71,11 @@ void TemplateEditorSheet::addFields() {
     m_name->setAccessibleName(tr("Template Name"));
     m_name->setMaxLength(std::numeric_limits<int>::max()); // else a long name is cut without a word
     m_name->setText(m_givenName);
+    m_shownName = m_name->text();
     addCaptioned(tr("Template Name")).addWidget(m_name);
 
     m_content->setPlainText(m_givenContent);
-    m_content->document()->setModified(false);
+    m_shownContent = m_content->document()->toRawText();
     contents()->addWidget(m_content, 1);
 }
 
@@ -108,12 +109,16 @@ void TemplateEditorSheet::append(const QString& placeholder) {
     end.insertText(placeholder);
 }
 
-QString TemplateEditorSheet::name() const { return m_name->isModified() ? m_name->text() : m_givenName; }
+// What is shown decides, not the fields' own notes of having been edited: what assistive technology enters leaves none.
+QString TemplateEditorSheet::name() const {
+    const QString text = m_name->text();
+    return text == m_shownName ? m_givenName : text;
+}
 
 QString TemplateEditorSheet::content() const {
-    if (!m_content->document()->isModified()) return m_givenContent;
     // Not toPlainText(), which turns no-break spaces into ordinary ones.
     QString text = m_content->document()->toRawText();
+    if (text == m_shownContent) return m_givenContent;
     for (QChar& c : text) {
         if (c == QChar::ParagraphSeparator || c == QChar::LineSeparator) c = QLatin1Char('\n');
     }

@@ -39,6 +39,8 @@ private:
 
     const QString m_givenName;
     const QString m_givenContent;
+    QString m_shownName; ///< what the fields make of the given texts
+    QString m_shownContent;
     QLineEdit* m_name;
     TextArea* m_content;
 };

@@ -118,6 +118,15 @@ TEST_F(TemplateSheetsTest, WhatIsNotEditedComesBackAsItWas) {
     EXPECT_EQ(sheet->name() + sheet->content(), QString());
 }
 
+TEST_F(TemplateSheetsTest, WhatAssistiveTechnologyEntersIsSaved) {
+    edit(MeetingTemplate{.name = QStringLiteral("n"), .content = QStringLiteral("c")});
+    QAccessible::queryAccessibleInterface(&name())->editableTextInterface()->insertText(1, QStringLiteral("ew"));
+    content().setPlainText(QStringLiteral("said"));
+    QTest::mouseClick(&button("Save"), Qt::LeftButton);
+    ASSERT_EQ(saved.size(), 1U);
+    EXPECT_EQ(saved.front(), std::pair(QStringLiteral("new"), QStringLiteral("said")));
+}
+
 TEST_F(TemplateSheetsTest, ThePreviewIsReadAndCopied) {
     const QString text = QStringLiteral("# x\n\u00a0• y");
     int dismissed = 0;
