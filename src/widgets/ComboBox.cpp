@@ -2,6 +2,7 @@
 
 #include <QAbstractItemView>
 #include <QAccessibleWidget>
+#include <QWheelEvent>
 
 namespace quillet {
 namespace {
@@ -59,11 +60,14 @@ QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
 } // namespace
 
 ComboBox::ComboBox(QWidget* parent) : QComboBox(parent) {
+    setFocusPolicy(Qt::StrongFocus);
     static const bool installed = [] {
         QAccessible::installFactory(makeAccessible);
         return true;
     }();
     static_cast<void>(installed);
 }
+
+void ComboBox::wheelEvent(QWheelEvent* event) { event->ignore(); }
 
 } // namespace quillet

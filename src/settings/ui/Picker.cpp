@@ -1,7 +1,6 @@
 #include "settings/ui/Picker.h"
 
 #include <QStyleOptionComboBox>
-#include <QWheelEvent>
 
 #include <algorithm>
 #include <vector>
@@ -15,7 +14,6 @@ constexpr int kMostItems = 200;  ///< that are looked at for it
 } // namespace
 
 Picker::Picker(QWidget* parent) : ComboBox(parent) {
-    setFocusPolicy(Qt::StrongFocus);
     setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 }
@@ -43,8 +41,6 @@ void Picker::initStyleOption(QStyleOptionComboBox* option) const {
     const QRect field = style()->subControlRect(QStyle::CC_ComboBox, option, QStyle::SC_ComboBoxEditField, this);
     option->currentText = fontMetrics().elidedText(option->currentText, Qt::ElideRight, field.width() - 4);
 }
-
-void Picker::wheelEvent(QWheelEvent* event) { event->ignore(); }
 
 void alignLabels(std::initializer_list<QLabel*> labels) {
     const auto align = [all = std::vector<QLabel*>(labels)] {

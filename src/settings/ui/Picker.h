@@ -7,8 +7,7 @@
 
 namespace quillet {
 
-/// A pop-up menu of values. Turning the wheel scrolls what it lies in and never changes the value: that is how settings
-/// get changed unnoticed. A value that is too long for its place ends in dots and does not widen the window.
+/// A pop-up menu of values. A value that is too long for its place ends in dots and does not widen the window.
 class Picker final : public ComboBox {
 public:
     explicit Picker(QWidget* parent = nullptr);
@@ -20,7 +19,6 @@ public:
     [[nodiscard]] QSize minimumSizeHint() const override;
 
 protected:
-    void wheelEvent(QWheelEvent* event) override;
     void initStyleOption(QStyleOptionComboBox* option) const override;
 };
 

@@ -15,6 +15,7 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTest>
+#include <QWheelEvent>
 
 #include <gtest/gtest.h>
 
@@ -106,6 +107,10 @@ TEST_F(TemplatesTabViewTest, PickerAndRowsShowTheActiveTemplateAndChooseAnother)
     QTest::keyClick(&picker(), Qt::Key_Down);
     EXPECT_EQ(manager->selectedTemplateId.value(), MeetingTemplate::builtInTemplates().at(2).id);
     EXPECT_TRUE(find<QAbstractButton>(*view, QStringLiteral("Action Items Focus"))->isChecked());
+    QWheelEvent wheel(QPointF(5, 5), picker().mapToGlobal(QPointF(5, 5)), {}, QPoint(0, -120), Qt::NoButton,
+                      Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&picker(), &wheel);
+    EXPECT_EQ(picker().currentText(), QStringLiteral("Action Items Focus")) << "the wheel scrolls";
 
     manager->selectTemplate(QUuid::createUuid()); // as one that was built in when it was stored
     EXPECT_EQ(picker().currentIndex(), -1);
