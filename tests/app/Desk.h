@@ -49,13 +49,14 @@ struct Desk {
         processEvents();
     }
 
-    [[nodiscard]] std::unique_ptr<MenuModel> makeMenuModel() {
+    [[nodiscard]] std::unique_ptr<MenuModel> makeMenuModel() { return makeMenuModel(defaults); }
+    [[nodiscard]] std::unique_ptr<MenuModel> makeMenuModel(UserDefaults& kept) {
         return std::make_unique<MenuModel>(MenuModel::Services{.permissions = permissions,
                                                                .engine = engine,
                                                                .control = control,
                                                                .uiModel = uiModel,
                                                                .files = files,
-                                                               .defaults = defaults});
+                                                               .defaults = kept});
     }
     /// Both sources deliver the same stretch of time, each at one constant level, as devices do: bit by bit.
     void deliver(std::int64_t firstFrame, std::int64_t frames, float system, float microphoneLevel) {

@@ -18,8 +18,9 @@ QString text(const char* latin1) { return QString::fromLatin1(latin1); }
 
 class MenuViewTest : public testing::Test {
 protected:
-    void open() {
-        view = std::make_unique<MenuView>(desk.makeMenuModel());
+    void open() { open(desk.defaults); }
+    void open(UserDefaults& defaults) {
+        view = std::make_unique<MenuView>(desk.makeMenuModel(defaults));
         view->resize(view->sizeHint());
         view->show();
         processEvents();
@@ -115,6 +116,11 @@ TEST_F(MenuViewTest, theSwitchIsTheSetting) {
     view->hide();
     view->show();
     EXPECT_FALSE(note->isChecked());
+
+    FileUserDefaults fileInTheWay(desk.folder.filePath(text("Meeting.m4a/settings.conf")));
+    open(fileInTheWay);
+    click("Auto-create Note");
+    EXPECT_FALSE(find<QAbstractButton>(*view, text("Auto-create Note"))->isChecked()) << "it could not be stored";
 }
 
 TEST_F(MenuViewTest, aFailureIsReadInTheWindowAndRaisesItsAlertEachTime) {

@@ -129,7 +129,10 @@ QWidget* MenuView::makeRecordSection() {
 
     m_autoCreateNote = new QCheckBox(tr("Auto-create Note"), section);
     setTextStyle(*m_autoCreateNote, TextStyle::Caption);
-    connect(m_autoCreateNote, &QCheckBox::clicked, this, [this](bool on) { m_model->setAutoCreateNote(on); });
+    connect(m_autoCreateNote, &QCheckBox::clicked, this, [this](bool on) {
+        m_model->setAutoCreateNote(on);
+        readAutoCreateNote(); // it may not have been stored
+    });
     column->addWidget(m_autoCreateNote);
     column->addStretch(1);
 
@@ -181,9 +184,11 @@ void MenuView::refreshRecordSection() {
     m_recordButton->setIcon(
         symbolIcon(recording ? QStringLiteral("stop.circle.fill") : QStringLiteral("record.circle")));
     setButtonTint(*m_recordButton, recording ? Tint::Record : Tint::Accent);
-    m_autoCreateNote->setChecked(m_model->autoCreateNote());
+    readAutoCreateNote();
     keepMeteringWhileSeen();
 }
+
+void MenuView::readAutoCreateNote() { m_autoCreateNote->setChecked(m_model->autoCreateNote()); }
 
 void MenuView::keepMeteringWhileSeen() {
     const bool wanted = isVisible() && m_model->isRecording();
@@ -223,7 +228,7 @@ bool MenuView::eventFilter(QObject* recordButton, QEvent* event) {
 
 void MenuView::showEvent(QShowEvent*) {
     m_model->appeared();
-    m_autoCreateNote->setChecked(m_model->autoCreateNote()); // another process may have changed it
+    readAutoCreateNote(); // another process may have changed it
     m_scroll->verticalScrollBar()->setValue(0);
     if (!m_alert) m_recordButton->setFocus(Qt::ActiveWindowFocusReason);
     keepMeteringWhileSeen();

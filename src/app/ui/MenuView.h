@@ -42,6 +42,7 @@ private:
     [[nodiscard]] QWidget* makeLatestBlock();
     void refresh();
     void refreshRecordSection();
+    void readAutoCreateNote();
     void presentAlert(const std::optional<AppAlert>& alert);
     void keepMeteringWhileSeen();
     void timerEvent(QTimerEvent* event) override;
