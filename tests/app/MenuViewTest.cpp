@@ -56,6 +56,29 @@ TEST_F(MenuViewTest, asksOnlyForWhatIsMissingAndGivesWayWhenAllIsThere) {
     EXPECT_FALSE(has("Microphone"));
 }
 
+TEST_F(MenuViewTest, comingBackToTheOpenWindowIsAnAppearanceAndOpeningItIsOne) {
+    desk.permissionServices->microphone = AuthorizationStatus::NotDetermined;
+    open();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(view.get()));
+    const int looks = desk.permissionServices->looks;
+    QWidget settings;
+    settings.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&settings));
+    desk.permissionServices->microphone = AuthorizationStatus::Authorized; // allowed there
+    desk.defaults.set(DefaultsKeys::autoCreateNote, true);
+    view->activateWindow();
+    ASSERT_TRUE(waitFor([this] { return has("Record"); }));
+    EXPECT_TRUE(find<QAbstractButton>(*view, text("Auto-create Note"))->isChecked());
+    EXPECT_EQ(desk.permissionServices->looks, looks + 1);
+    settings.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&settings));
+    view->hide();
+    view->show();
+    view->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(view.get()));
+    EXPECT_EQ(desk.permissionServices->looks, looks + 2) << "asking the notes application takes its time";
+}
+
 TEST_F(MenuViewTest, aMissingScreenCaptureLeadsToItsSettings) {
     desk.permissionServices->screenCapture = false;
     open();

@@ -13,10 +13,14 @@ public:
     bool screenCapture = true;
     AuthorizationStatus microphone = AuthorizationStatus::Authorized;
     int screenCaptureRequests = 0;
+    int looks = 0;
     std::function<void(bool)> microphoneCompletion;
     std::vector<SettingsPlace> opened;
 
-    bool preflightScreenCaptureAccess() override { return screenCapture; }
+    bool preflightScreenCaptureAccess() override {
+        ++looks;
+        return screenCapture;
+    }
     void requestScreenCaptureAccess() override { ++screenCaptureRequests; }
     AuthorizationStatus microphoneAuthorizationStatus() override { return microphone; }
     void requestMicrophoneAccess(std::function<void(bool)> completion) override {

@@ -226,9 +226,21 @@ bool MenuView::eventFilter(QObject* recordButton, QEvent* event) {
     return event->type() == QEvent::MouseButtonDblClick || QWidget::eventFilter(recordButton, event);
 }
 
-void MenuView::showEvent(QShowEvent*) {
+bool MenuView::event(QEvent* event) {
+    // A popover is shown each time; to an open window the user just comes back, maybe from allowing what was missing.
+    if (event->type() == QEvent::WindowDeactivate) m_wasLeft = true;
+    if (event->type() == QEvent::WindowActivate && m_wasLeft) lookAgain();
+    return QWidget::event(event);
+}
+
+void MenuView::lookAgain() {
+    m_wasLeft = false; // so that being shown and then activated is one appearance
     m_model->appeared();
     readAutoCreateNote(); // another process may have changed it
+}
+
+void MenuView::showEvent(QShowEvent*) {
+    lookAgain();
     m_scroll->verticalScrollBar()->setValue(0);
     if (!m_alert) m_recordButton->setFocus(Qt::ActiveWindowFocusReason);
     keepMeteringWhileSeen();

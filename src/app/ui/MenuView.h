@@ -31,6 +31,7 @@ public:
     [[nodiscard]] QSize sizeHint() const override;
 
 protected:
+    bool event(QEvent* event) override;
     bool eventFilter(QObject* recordButton, QEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
@@ -43,6 +44,7 @@ private:
     void refresh();
     void refreshRecordSection();
     void readAutoCreateNote();
+    void lookAgain();
     void presentAlert(const std::optional<AppAlert>& alert);
     void keepMeteringWhileSeen();
     void timerEvent(QTimerEvent* event) override;
@@ -67,6 +69,7 @@ private:
 
     AlertCard* m_alert = nullptr;
     int m_meterTimer = 0;
+    bool m_wasLeft = false; ///< another window has had the focus since the content was last looked at
 };
 
 /// A title and the button that leads to allowing it.
