@@ -187,13 +187,20 @@ TEST_F(AppDelegateTest, aPressOpensThePopoverAndTheNextOneClosesIt) {
     tray.handlers.activate({.itemGeometry = QRect(700, 2, 24, 24)});
     QWidget* const popover = window("Quillet");
     ASSERT_NE(popover, nullptr);
-    tray.handlers.activate({});
-    EXPECT_EQ(window("Quillet"), nullptr);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(popover));
+    QWidget panel;
+    panel.show();
+    ASSERT_TRUE(waitFor([] { return window("Quillet") == nullptr; }));
     tray.handlers.activate({});
     EXPECT_EQ(window("Quillet"), nullptr) << "the press that took the focus away comes as an activation, too";
     QTest::qWait(350);
     tray.handlers.activate({});
-    EXPECT_NE(window("Quillet"), nullptr);
+    ASSERT_EQ(window("Quillet"), popover);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(popover));
+    tray.handlers.activate({});
+    EXPECT_EQ(window("Quillet"), nullptr);
+    tray.handlers.activate({});
+    EXPECT_NE(window("Quillet"), nullptr) << "a quick hand is obeyed";
 }
 
 TEST_F(AppDelegateTest, withoutATrayTheWindowOpensOnceItMay) {

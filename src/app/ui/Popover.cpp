@@ -78,7 +78,7 @@ QSize Popover::cardSize() const {
 
 void Popover::toggle(const PopoverAnchor& anchor) {
     if (isVisible() && m_form == Form::Popover) return hide();
-    if (m_sinceHidden.isValid() && m_sinceHidden.elapsed() < kToggleGuardMs) return;
+    if (m_sinceLeft.isValid() && m_sinceLeft.elapsed() < kToggleGuardMs) return;
     showBeside(anchor);
 }
 
@@ -103,7 +103,10 @@ void Popover::showAsWindow() {
 }
 
 void Popover::hideUnlessNeeded() {
-    if (m_form == Form::Popover && isVisible() && m_mayHide()) hide();
+    // While it hides for another reason it still is visible, but no longer meant to be.
+    if (m_form != Form::Popover || isHidden() || !m_mayHide()) return;
+    hide();
+    m_sinceLeft.start();
 }
 
 bool Popover::event(QEvent* event) {
@@ -111,8 +114,6 @@ bool Popover::event(QEvent* event) {
     if (event->type() == QEvent::WindowDeactivate && !QGuiApplication::modalWindow()) hideUnlessNeeded();
     return QWidget::event(event);
 }
-
-void Popover::hideEvent(QHideEvent*) { m_sinceHidden.start(); }
 
 void Popover::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape && m_form == Form::Popover) return hide();

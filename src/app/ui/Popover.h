@@ -34,7 +34,6 @@ protected:
     bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void hideEvent(QHideEvent* event) override;
 
 private:
     enum class Form { Popover, Window };
@@ -48,7 +47,7 @@ private:
     QWidget* m_windowBar = nullptr;
     Form m_form = Form::Popover;
     bool m_isTranslucent = false; ///< the window system lays windows over each other with their shadows
-    QElapsedTimer m_sinceHidden;
+    QElapsedTimer m_sinceLeft;    ///< since it hid because the focus went elsewhere
 };
 
 } // namespace quillet
