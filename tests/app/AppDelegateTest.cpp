@@ -115,9 +115,12 @@ TEST_F(AppDelegateTest, theArgumentsDecideAboutTheIntroduction) {
 TEST_F(AppDelegateTest, theIntroductionIsShownOncePerProcessAndEndsWithItsNotice) {
     launch({});
     ASSERT_TRUE(waitFor([] { return window("Welcome to Quillet") != nullptr; }));
-    EXPECT_EQ(window("Welcome to Quillet")->size(), QSize(480, 560));
+    const QPointer<QWidget> introduction = window("Welcome to Quillet");
+    EXPECT_EQ(introduction->size(), QSize(480, 560));
     desk.notifications.post(Notifications::onboardingDidComplete);
     EXPECT_EQ(window("Welcome to Quillet"), nullptr);
+    EXPECT_FALSE(introduction.isNull()) << "the notice comes from one of its buttons";
+    EXPECT_TRUE(waitFor([&] { return introduction.isNull(); }));
     desk.notifications.post(Notifications::onboardingDidComplete);
 }
 

@@ -165,6 +165,7 @@ void AppDelegate::menuOpenSettings(const QString& section) {
 void AppDelegate::showOnboarding() {
     if (std::exchange(m_hasShownOnboarding, true)) return;
     m_onboardingWindow = makeWindow(tr("Welcome to Quillet"), m_services.makeOnboardingView());
+    m_onboardingWindow->setAttribute(Qt::WA_DeleteOnClose);
     m_onboardingWindow->setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                                        Qt::WindowCloseButtonHint | Qt::WindowStaysOnTopHint);
     m_onboardingWindow->setFixedSize(fittingScreen(kOnboardingSize));
