@@ -225,8 +225,14 @@ TEST_F(AppDelegateTest, withoutATrayTheWindowOpensOnceItMay) {
         launch(row.arguments);
         EXPECT_EQ(window("Quillet") != nullptr, row.opens) << row.what;
     }
-    desk.notifications.post(Notifications::onboardingDidComplete);
-    EXPECT_EQ(window("Quillet"), nullptr) << "the introduction was not completed";
+    ASSERT_TRUE(waitFor([] { return window("Welcome to Quillet") != nullptr; }));
+    EXPECT_EQ(window("Quillet"), nullptr);
+    window("Welcome to Quillet")->close();
+    ASSERT_TRUE(waitFor([] { return window("Quillet") != nullptr; })) << "closed before its end";
+
+    delegate = make();
+    launch({QStringLiteral("--reset-onboarding")});
+    EXPECT_EQ(window("Quillet"), nullptr);
     desk.defaults.set(DefaultsKeys::hasCompletedOnboarding, true);
     desk.notifications.post(Notifications::onboardingDidComplete);
     QWidget* const opened = window("Quillet");

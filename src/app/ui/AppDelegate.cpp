@@ -64,6 +64,7 @@ AppDelegate::AppDelegate(Services services) : m_services(std::move(services)) {
 }
 
 AppDelegate::~AppDelegate() {
+    if (m_onboardingWindow) m_onboardingWindow->disconnect(this);
     delete m_onboardingWindow;
     delete m_settingsWindow;
 }
@@ -74,6 +75,8 @@ void AppDelegate::applicationDidFinishLaunching(const QStringList& arguments) {
     if (arguments.contains(QLatin1String("--skip-onboarding")))
         m_services.defaults.set(DefaultsKeys::hasCompletedOnboarding, true);
     if (arguments.contains(QLatin1String(kStartedAtLoginArgument))) m_patienceWithTheTray.start(kPatience);
+    m_onboardingComesFirst = !m_services.defaults.boolean(DefaultsKeys::hasCompletedOnboarding);
+    if (m_onboardingComesFirst) QTimer::singleShot(kOnboardingDelay, this, [this] { showOnboarding(); });
     setupMenuBar();
     observeRecordingState();
     m_services.notifications.observe(Notifications::openSettingsRequested, this, [this](const QVariantMap& info) {
@@ -81,11 +84,8 @@ void AppDelegate::applicationDidFinishLaunching(const QStringList& arguments) {
     });
     m_services.notifications.observe(Notifications::onboardingDidComplete, this, [this](const QVariantMap&) {
         if (m_onboardingWindow) m_onboardingWindow->close();
-        m_onboardingWindow = nullptr;
-        if (m_statusItem) presenceChanged(m_statusItem->presence().value());
+        onboardingIsOver();
     });
-    if (!m_services.defaults.boolean(DefaultsKeys::hasCompletedOnboarding))
-        QTimer::singleShot(kOnboardingDelay, this, [this] { showOnboarding(); });
 }
 
 void AppDelegate::setupMenuBar() {
@@ -166,10 +166,16 @@ void AppDelegate::showOnboarding() {
     if (std::exchange(m_hasShownOnboarding, true)) return;
     m_onboardingWindow = makeWindow(tr("Welcome to Quillet"), m_services.makeOnboardingView());
     m_onboardingWindow->setAttribute(Qt::WA_DeleteOnClose);
+    connect(m_onboardingWindow, &QObject::destroyed, this, [this] { onboardingIsOver(); });
     m_onboardingWindow->setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                                        Qt::WindowCloseButtonHint | Qt::WindowStaysOnTopHint);
     m_onboardingWindow->setFixedSize(fittingScreen(kOnboardingSize));
     showCentred(*m_onboardingWindow);
+}
+
+void AppDelegate::onboardingIsOver() {
+    m_onboardingComesFirst = false;
+    if (m_statusItem) presenceChanged(m_statusItem->presence().value());
 }
 
 Popover& AppDelegate::popover() {
@@ -221,7 +227,7 @@ void AppDelegate::presenceChanged(StatusItem::Presence presence) {
     // A panel that restarts will be back.
     if (std::exchange(m_wasInTray, false)) m_patienceWithTheTray.start(kPatience);
     // The introduction comes first, and a panel that is still starting gets its time.
-    if (m_patienceWithTheTray.isActive() || !m_services.defaults.boolean(DefaultsKeys::hasCompletedOnboarding)) return;
+    if (m_patienceWithTheTray.isActive() || m_onboardingComesFirst) return;
     showWindowWithoutTray();
 }
 

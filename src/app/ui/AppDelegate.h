@@ -64,6 +64,7 @@ private:
     void setupMenuBar();
     void observeRecordingState();
     void showOnboarding();
+    void onboardingIsOver();
     void showStatusImage();
     void presenceChanged(StatusItem::Presence presence);
     void showWindowWithoutTray();
@@ -77,6 +78,7 @@ private:
     bool m_blinkState = false;
     StatusImage m_image;
     bool m_hasShownOnboarding = false;
+    bool m_onboardingComesFirst = false; ///< until it has been completed, or closed before its end
     QPointer<QWidget> m_onboardingWindow;
     QPointer<QWidget> m_settingsWindow;
     QTimer m_patienceWithTheTray; ///< runs for a while after a start at login and when the tray goes
