@@ -166,8 +166,11 @@ TEST_F(TrayTest, theItemReturnsWithItsPanelAndCommandsReachTheRunningProgram) {
     EXPECT_TRUE(desktop->waitForWindow(u"Quillet"_s)) << "a second start shows the first";
     quillet({u"--settings"_s});
     EXPECT_TRUE(desktop->waitForWindow(u"Quillet Settings"_s));
+    quillet({u"--reset-onboarding"_s});
     quillet({u"--quit"_s});
     EXPECT_TRUE(ends());
+    start();
+    EXPECT_TRUE(desktop->waitForWindow(u"Welcome to Quillet"_s)) << "what the running program could not do";
 }
 
 TEST_F(TrayTest, anOlderTrayHoldsTheItemAndMayRestart) {

@@ -55,6 +55,12 @@ void TrayProgram::claimed(SingleInstance::Claim claim) {
     case SingleInstance::Claim::First:
         return launch();
     case SingleInstance::Claim::Delivered:
+        if (UserDefaults& defaults = UserDefaults::standard();
+            AppDelegate::rememberAboutOnboarding(m_arguments, defaults)) {
+            const bool skips = defaults.boolean(DefaultsKeys::hasCompletedOnboarding);
+            QTextStream(stderr) << "quillet: Quillet is running already; its next start will be "
+                                << (skips ? "without" : "with") << " the introduction.\n";
+        }
         return QCoreApplication::exit(EXIT_SUCCESS);
     case SingleInstance::Claim::Unreached:
         QTextStream(stderr) << "quillet: Quillet is running already but does not answer. End it and try again.\n";

@@ -69,11 +69,16 @@ AppDelegate::~AppDelegate() {
     delete m_settingsWindow;
 }
 
+bool AppDelegate::rememberAboutOnboarding(const QStringList& arguments, UserDefaults& defaults) {
+    const bool resets = arguments.contains(QLatin1String("--reset-onboarding"));
+    const bool skips = arguments.contains(QLatin1String("--skip-onboarding"));
+    if (resets) defaults.remove(DefaultsKeys::hasCompletedOnboarding);
+    if (skips) defaults.set(DefaultsKeys::hasCompletedOnboarding, true);
+    return resets || skips;
+}
+
 void AppDelegate::applicationDidFinishLaunching(const QStringList& arguments) {
-    if (arguments.contains(QLatin1String("--reset-onboarding")))
-        m_services.defaults.remove(DefaultsKeys::hasCompletedOnboarding);
-    if (arguments.contains(QLatin1String("--skip-onboarding")))
-        m_services.defaults.set(DefaultsKeys::hasCompletedOnboarding, true);
+    rememberAboutOnboarding(arguments, m_services.defaults);
     if (arguments.contains(QLatin1String(kStartedAtLoginArgument))) m_patienceWithTheTray.start(kPatience);
     m_onboardingComesFirst = !m_services.defaults.boolean(DefaultsKeys::hasCompletedOnboarding);
     if (m_onboardingComesFirst) QTimer::singleShot(kOnboardingDelay, this, [this] { showOnboarding(); });

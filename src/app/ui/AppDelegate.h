@@ -45,6 +45,8 @@ public:
     explicit AppDelegate(Services services);
     ~AppDelegate() override;
 
+    /// Stores what the arguments say of the introduction, for this start or the next; whether they say anything.
+    static bool rememberAboutOnboarding(const QStringList& arguments, UserDefaults& defaults);
     void applicationDidFinishLaunching(const QStringList& arguments);
 
     /// What the menu's entries do; also for requests from outside.
