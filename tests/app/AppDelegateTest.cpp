@@ -10,6 +10,7 @@
 #include "widgets/Theme.h"
 
 #include <QApplication>
+#include <QMenu>
 #include <QtTest/QTest>
 
 #include <gmock/gmock.h>
@@ -237,7 +238,12 @@ TEST_F(AppDelegateTest, withoutATrayTheWindowOpensOnceItMay) {
     desk.notifications.post(Notifications::onboardingDidComplete);
     QWidget* const opened = window("Quillet");
     ASSERT_NE(opened, nullptr);
-    EXPECT_NE(find<QAbstractButton>(*opened, QStringLiteral("Menu")), nullptr);
+    auto* const button = find<QAbstractButton>(*opened, QStringLiteral("Menu"));
+    ASSERT_NE(button, nullptr);
+    button->click();
+    button->findChild<QMenu*>()->actions().back()->trigger();
+    EXPECT_EQ(terminations, 0) << "the menu closes first";
+    EXPECT_TRUE(waitFor([this] { return terminations == 1; }));
 }
 
 class RecordingNoticesTest : public testing::Test {

@@ -3,6 +3,7 @@
 #include "app/ui/MenuView.h"
 #include "app/ui/Popover.h"
 #include "platform/LoginItem.h"
+#include "platform/MenuFilling.h"
 #include "widgets/Controls.h"
 #include "widgets/Symbol.h"
 #include "widgets/WindowHost.h"
@@ -10,7 +11,6 @@
 #include <QCursor>
 #include <QGuiApplication>
 #include <QHBoxLayout>
-#include <QMenu>
 #include <QShortcut>
 
 #include <chrono>
@@ -28,19 +28,6 @@ constexpr auto kPatience = 10s;
 constexpr QSize kOnboardingSize(480, 560);
 constexpr QSize kSettingsSize(720, 520);
 constexpr QSize kLeastSettingsSize(620, 460);
-
-void fill(QMenu& menu, const std::vector<MenuEntry>& entries) {
-    for (const MenuEntry& entry : entries) {
-        if (entry.isSeparator()) {
-            menu.addSeparator();
-            continue;
-        }
-        QAction* const action = menu.addAction(entry.title);
-        action->setShortcut(entry.shortcut);
-        action->setEnabled(entry.enabled);
-        QObject::connect(action, &QAction::triggered, &menu, [run = entry.action] { run(); });
-    }
-}
 
 /// The pointer, where the window system tells its place at any time.
 std::optional<QPoint> pointer() {
@@ -206,7 +193,7 @@ QWidget* AppDelegate::makeWindowBar() {
     connect(button, &QPushButton::clicked, this, [this, button] {
         auto* const menu = new QMenu(button);
         menu->setAttribute(Qt::WA_DeleteOnClose);
-        fill(*menu, makeContextMenu());
+        fillMenu(*menu, makeContextMenu());
         menu->popup(button->mapToGlobal(QPoint(0, button->height())));
     });
     row->addWidget(button);
