@@ -33,8 +33,9 @@ public:
     static constexpr std::size_t kBuffers = 64;
     static constexpr std::size_t kFramesPerBuffer = 2048;
     /// So much waits on the queue for more to come, or for whatever else the queue is woken for: one fragment of the
-    /// sound server's, in however many pieces it arrives. Two fragments share a wake-up, and the first is 20 ms later.
-    static constexpr std::size_t kFramesThatWait = 1024;
+    /// sound server's, in however many pieces it arrives and however drift has lengthened it. Two fragments share a
+    /// wake-up, and the first is 20 ms later.
+    static constexpr std::size_t kFramesThatWait = 1536;
 
     DeliveryPool(SerialQueue& queue, SampleHandler handler, int channels, FirstStamp firstStamp);
     ~DeliveryPool();

@@ -100,12 +100,12 @@ TEST_F(DeliveryPoolTest, AFragmentInPiecesWaitsForTheNextWhichWakesTheQueueByIts
 
     bool waits = false; // at first the queue's thread may be awake still and take along what comes
     for (int attempt = 0; attempt < 20 && !waits; ++attempt) {
-        deliver(845);
-        deliver(118);
+        deliver(905);
+        deliver(120);
         waits = !waitFor(allArrived, 20);
     }
     EXPECT_TRUE(waits) << "each fragment wakes the queue";
-    deliver(845);
+    deliver(1023);
     EXPECT_TRUE(waitFor(allArrived));
     queue.sync([] {}); // nothing is left to arrive after the counters are gone
 }
