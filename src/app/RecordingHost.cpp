@@ -43,6 +43,7 @@ void RecordingHost::recordingDidComplete(const std::filesystem::path& recording)
 }
 
 std::optional<CreateNoteResult> RecordingHost::createNote(const std::filesystem::path& recording, WallTime recordedAt) {
+    m_repairs.sync([] {}); // a rename may be on its way, and this note may be filed under the name of before
     return m_notes.create(recording, recordedAt);
 }
 

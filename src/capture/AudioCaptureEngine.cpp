@@ -82,14 +82,20 @@ bool AudioCaptureEngine::startMicCapture() {
             "Microphone access is required. Enable it in System Settings → Privacy & Security → Microphone."));
         return false;
     }
-    auto session = m_hardware.microphone->start(
-        m_queue, [this](const SampleBuffer& buffer) { m_mixer.deliverMicrophone(buffer); });
+    auto session = m_hardware.microphone->start(m_queue, toMixer(&AudioMixer::deliverMicrophone));
     if (!session) {
         setErrorOnMain(text(session.error()));
         return false;
     }
     m_captureSession = std::move(session.value());
     return true;
+}
+
+/// What is on its way when the engine ends on its own queue arrives behind it.
+SampleHandler AudioCaptureEngine::toMixer(void (AudioMixer::*deliver)(const SampleBuffer&)) {
+    return [weak = weak_from_this(), deliver](const SampleBuffer& buffer) {
+        if (const auto engine = weak.lock()) (engine->m_mixer.*deliver)(buffer);
+    };
 }
 
 void AudioCaptureEngine::continueWithContent(const Result<std::optional<ShareableContent>>& content) {
@@ -106,8 +112,7 @@ void AudioCaptureEngine::continueWithContent(const Result<std::optional<Shareabl
 
     const ContentFilter filter{.display = (*content)->displays.front()};
     auto stream = m_hardware.systemAudio->makeStream(filter, StreamConfiguration{});
-    const auto added =
-        stream->addStreamOutput(m_queue, [this](const SampleBuffer& buffer) { m_mixer.deliverSystemAudio(buffer); });
+    const auto added = stream->addStreamOutput(m_queue, toMixer(&AudioMixer::deliverSystemAudio));
     if (!added) return fail(QStringLiteral("Failed to add stream output: ") + added.error().description);
 
     m_stream = std::move(stream);

@@ -102,6 +102,7 @@ private:
 
     void performStartRecording();
     bool startMicCapture();
+    [[nodiscard]] SampleHandler toMixer(void (AudioMixer::*deliver)(const SampleBuffer&));
     void continueWithContent(const Result<std::optional<ShareableContent>>& content);
     void streamDidStart(const std::optional<PlatformError>& error);
     void performStopRecording();

@@ -20,16 +20,16 @@ inline constexpr float kLargestSample = 1000.0F;
 void copySanitized(std::span<const float> from, std::span<float> to);
 
 /// Carries a source's buffers from the source's own thread to the capture queue without allocating: a fixed number of
-/// buffers goes round. The source's thread calls deliver(), the capture queue closes; the pool may be destroyed on
-/// either once the source's thread delivers no more.
+/// buffers goes round. The source's thread calls deliver(), or at its end the capture queue in its place; the capture
+/// queue closes; the pool may be destroyed on either once nothing is delivered any more.
 class DeliveryPool {
 public:
     /// How the first buffer is stamped. The first system-audio buffer sets frame 0, at the frame's beginning;
     /// everything else lies half a frame inside its frame (see MediaTime::insideFrame).
     enum class FirstStamp { AtFrame, InsideFrame };
 
-    /// Buffers of two of the sound server's usual 1,024 frames. As many as a second and more in single fragments takes,
-    /// for a capture queue that is starved as long; memory that is not used is not touched.
+    /// Buffers of two of the sound server's usual 1,024 frames, for a capture queue that is starved for a second when
+    /// fragments come whole; memory that is not used is not touched.
     static constexpr std::size_t kBuffers = 64;
     static constexpr std::size_t kFramesPerBuffer = 2048;
     /// So much waits on the queue for more to come, or for whatever else the queue is woken for: one fragment of the

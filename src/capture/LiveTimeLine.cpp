@@ -12,10 +12,9 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr std::size_t kMostHeldFrames = 2 * kSampleRateHz;
-constexpr std::size_t kSilenceFrames = 960;
 constexpr std::size_t kPieceFrames = 2048; ///< what one call of the converter gets, and one delivery
 constexpr HostTime::duration kFillInterval = 20ms;
-constexpr std::array<float, kSilenceFrames * 2> kSilence{};
+constexpr std::array<float, kPieceFrames * 2> kSilence{};
 
 /// A moment in host frames. As a double it is exact to a thousandth of a frame for years of uptime.
 double framesAt(HostTime time) { return Seconds(time.time_since_epoch()).count() * kSampleRateHz; }
@@ -135,7 +134,8 @@ void LiveTimeLine::finish(HostTime now) {
     if (m_state == State::Anchoring && m_heldEnd > 0) lock(now);
     if (!m_begun) begin();
     const std::int64_t behind = (wholeFrame(framesAt(now)) - m_next).count();
-    if (behind > kUsualDelayFrames) emitSilence(behind);
+    // In large pieces: the receiver has only so many buffers, and none of them comes back before this is through.
+    if (behind > kUsualDelayFrames) emitSilence(behind, kPieceFrames);
     payOwed();
 }
 
@@ -172,9 +172,9 @@ void LiveTimeLine::emit(std::span<const float> interleaved) {
     m_next += FrameCount(frames);
 }
 
-void LiveTimeLine::emitSilence(std::int64_t frames) {
+void LiveTimeLine::emitSilence(std::int64_t frames, std::size_t framesPerPiece) {
     while (frames > 0) {
-        const auto part = std::min(frames, static_cast<std::int64_t>(kSilenceFrames));
+        const auto part = std::min(frames, static_cast<std::int64_t>(framesPerPiece));
         emit(std::span(kSilence).first(static_cast<std::size_t>(part) * m_channels));
         frames -= part;
     }

@@ -16,7 +16,8 @@ namespace quillet {
 /// sounded. It follows the device's clock by stretching, fills lost audio and silent devices with silence, drops audio
 /// for which silence has already been delivered, and finds its place anew after every break. Once begun, it is never
 /// more than about a second behind the present nor 60 ms ahead of it. Owned by a recording stream and used on that
-/// stream's thread only; it allocates nothing after construction, apart from the converter's own warm-up.
+/// stream's thread only, but for the end; it allocates nothing after construction, apart from the converter's own
+/// warm-up.
 class LiveTimeLine {
 public:
     /// Takes frames that begin at the position and returns how many it took; what it leaves is owed to it as silence.
@@ -47,13 +48,14 @@ public:
     [[nodiscard]] HostTime nextTick(HostTime now) const;
 
 private:
+    static constexpr std::size_t kSilenceFrames = 960;
     enum class State { Anchoring, Locked };
 
     void lock(HostTime now);
     void begin();
     void keepUp(HostTime now);
     void emit(std::span<const float> interleaved);
-    void emitSilence(std::int64_t frames);
+    void emitSilence(std::int64_t frames, std::size_t framesPerPiece = kSilenceFrames);
     void payOwed();
     void convertAndEmit(std::span<const float> interleaved);
     [[nodiscard]] std::int64_t heldFrames() const;

@@ -37,9 +37,13 @@ std::filesystem::path identity(const std::filesystem::path& path) {
 
 PlatformError failure(const QString& description) { return {0, description}; }
 
+/// As precisely as it is stored.
+WallTime toMilliseconds(WallTime time) { return std::chrono::floor<std::chrono::milliseconds>(time); }
+
 QDateTime toQDateTime(WallTime time) {
     return QDateTime::fromMSecsSinceEpoch(
-        std::chrono::floor<std::chrono::milliseconds>(time.time_since_epoch()).count(), Qt::UTC);
+        std::chrono::duration_cast<std::chrono::milliseconds>(toMilliseconds(time).time_since_epoch()).count(),
+        Qt::UTC);
 }
 
 QJsonObject toJson(const PendingNote& note) {
@@ -86,19 +90,19 @@ Result<void> PendingNotes::add(const PendingNote& note) {
     });
 }
 
-Result<void> PendingNotes::remove(const std::filesystem::path& recording) {
-    const auto path = identity(recording);
-    return update([&path](std::vector<PendingNote>& notes) {
-        return std::erase_if(notes, [&path](const PendingNote& known) { return known.recording == path; }) > 0;
+Result<void> PendingNotes::remove(WallTime completedAt) {
+    return update([stored = toMilliseconds(completedAt)](std::vector<PendingNote>& notes) {
+        return std::erase_if(notes, [&stored](const PendingNote& known) { return known.completedAt == stored; }) > 0;
     });
 }
 
 Result<void> PendingNotes::rename(const std::filesystem::path& from, const std::filesystem::path& to) {
     const auto before = identity(from);
     return update([&before, after = identity(to)](std::vector<PendingNote>& notes) {
-        const auto renamed = std::ranges::find(notes, before, &PendingNote::recording);
-        if (renamed == notes.end()) return false;
-        renamed->recording = after;
+        const auto isKnown = [&before](const PendingNote& known) { return known.recording == before; };
+        if (std::ranges::none_of(notes, isKnown)) return false;
+        std::erase_if(notes, [&after](const PendingNote& known) { return known.recording == after; });
+        std::ranges::find_if(notes, isKnown)->recording = after;
         return true;
     });
 }

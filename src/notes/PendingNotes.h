@@ -34,8 +34,10 @@ public:
 
     /// Replaces what was known of the same recording.
     Result<void> add(const PendingNote& note);
-    Result<void> remove(const std::filesystem::path& recording);
-    /// The recording has another name now. Whether there is anything at either is not looked at.
+    /// Of the recording that was completed at this moment: it may have got another name meanwhile.
+    Result<void> remove(WallTime completedAt);
+    /// The recording has another name now, and what was known under that is no longer true. The files are not looked
+    /// at.
     Result<void> rename(const std::filesystem::path& from, const std::filesystem::path& to);
     [[nodiscard]] std::optional<PendingNote> find(const std::filesystem::path& recording) const;
     /// The oldest first.

@@ -36,7 +36,7 @@ std::optional<NoteOutcome> RecordingNotes::makeNoteLater(const std::filesystem::
 
 std::optional<NoteOutcome> RecordingNotes::attempt(const NoteRequest& request) {
     auto outcome = m_integrator.makeNote(request);
-    if (outcome && outcome->success) static_cast<void>(m_pending.remove(request.recording));
+    if (outcome && outcome->success) static_cast<void>(m_pending.remove(request.recordedAt));
     return outcome;
 }
 

@@ -112,15 +112,18 @@ void OnboardingModel::testNotesConnection() {
     m_testedWithoutFolder = false;
     notesTestInProgress.set(true);
     notesTestSuccess.set(std::nullopt);
-    m_services.permissions->requestAutomationAccess([weak = weak_from_this()](bool granted) {
-        const auto self = weak.lock();
-        if (!self) return;
-        self->hasNotesAccess.set(granted);
-        if (granted)
-            self->testNotesFolder();
-        else
-            self->finishNotesTest(false);
-    });
+    m_services.permissions->requestAutomationAccess(
+        [weak = weak_from_this(), asked = m_services.permissions->notesGeneration()](bool granted) {
+            const auto self = weak.lock();
+            if (!self) return;
+            if (asked != self->m_services.permissions->notesGeneration()) // the other application has not been tested
+                return self->notesTestInProgress.set(false);
+            self->hasNotesAccess.set(granted);
+            if (granted)
+                self->testNotesFolder();
+            else
+                self->finishNotesTest(false);
+        });
 }
 
 void OnboardingModel::testNotesFolder() {

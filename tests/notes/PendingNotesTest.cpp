@@ -32,7 +32,7 @@ protected:
 TEST_F(PendingNotesTest, ARecordingIsFoundByAnotherProcessHoweverItsPathIsWritten) {
     EXPECT_FALSE(PendingNotes(folder()).find("/r/a.m4a"));
     ASSERT_TRUE(PendingNotes(folder()).add({"/r/Ü \"1\"\n.m4a", completedAt - std::chrono::hours(1), text("Old")}));
-    ASSERT_TRUE(PendingNotes(folder()).add({"/r/b.m4a", completedAt, {}}));
+    ASSERT_TRUE(PendingNotes(folder()).add({"/r/b.m4a", completedAt + std::chrono::milliseconds(1), {}}));
     ASSERT_TRUE(PendingNotes(folder()).add({"/r/Ü \"1\"\n.m4a", completedAt, text("Räume/..")}));
     PendingNotes other(folder());
     ASSERT_EQ(other.all().size(), 2U);
@@ -51,8 +51,8 @@ TEST_F(PendingNotesTest, ARecordingIsFoundByAnotherProcessHoweverItsPathIsWritte
     EXPECT_FALSE(PendingNotes(folder()).find("/r/Ü \"1\"\n.m4a"));
     EXPECT_EQ(PendingNotes(folder()).find("/r/Ü (earlier).m4a")->folderName, text("Räume/.."));
 
-    ASSERT_TRUE(other.remove("/r/Ü (earlier).m4a"));
-    ASSERT_TRUE(other.remove("/r/never.m4a"));
+    ASSERT_TRUE(other.remove(completedAt + std::chrono::microseconds(400))) << "it was stored to the millisecond";
+    ASSERT_TRUE(other.remove(completedAt + std::chrono::hours(1)));
     EXPECT_FALSE(PendingNotes(folder()).find("/r/Ü (earlier).m4a"));
     EXPECT_TRUE(PendingNotes(folder()).find("/r/b.m4a"));
 }

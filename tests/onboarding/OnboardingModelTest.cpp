@@ -76,9 +76,9 @@ TEST_F(OnboardingModelTest, ScreenCaptureIsAskedForInPassing) {
     QElapsedTimer since;
     since.start();
     int looks = -1; // subscribing is none
-    permissions->screenCaptureStatus.subscribe(&context, [&looks](PermissionStatus) { ++looks; });
-    ASSERT_TRUE(waitFor([&] { return looks == 1; })) << "the manager's own, which comes too early";
-    services->screenCapture = true;
+    permissions->screenCaptureStatus.subscribe(&context, [&](PermissionStatus) {
+        services->screenCapture = ++looks > 0; // the manager's own look comes too early
+    });
     ASSERT_TRUE(waitFor([this] { return model->hasScreenCaptureAccess.value(); }));
     EXPECT_GE(since.elapsed(), 900);
 

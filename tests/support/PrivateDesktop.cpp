@@ -117,7 +117,8 @@ void PrivateDesktop::startInThePanelsPlace(const QString& program, const QString
 
 void PrivateDesktop::startPanel() {
     startInThePanelsPlace(u"xfce4-panel"_s, {u"--disable-wm-check"_s});
-    EXPECT_TRUE(waitForWindow(u"xfce4-panel"_s));
+    constexpr int kColdStartMs = 30'000; // of the panel, from a disk that others use as well
+    ASSERT_TRUE(waitForWindow(u"xfce4-panel"_s, true, kColdStartMs));
 }
 
 void PrivateDesktop::startOlderTray() {

@@ -91,7 +91,7 @@ bool JoplinNotesApplication::requestAccess() {
         m_isAsking = true;
         m_isCancelled = false;
     }
-    const bool answer = connect().ok() || askForConsent();
+    const bool answer = connect().ok() || (!isCancelled() && askForConsent());
     const std::lock_guard lock(m_consentMutex);
     m_isAsking = false;
     m_lastAnswer = answer;
@@ -103,6 +103,11 @@ void JoplinNotesApplication::cancelRequest() {
     const std::lock_guard lock(m_consentMutex);
     m_isCancelled = true;
     m_consentChanged.notify_all();
+}
+
+bool JoplinNotesApplication::isCancelled() {
+    const std::lock_guard lock(m_consentMutex);
+    return m_isCancelled;
 }
 
 bool JoplinNotesApplication::waitOrCancelled() {

@@ -45,6 +45,7 @@ private:
     /// With a token that Joplin takes at this moment.
     [[nodiscard]] Result<Client, joplin::Fault> connect();
     [[nodiscard]] bool askForConsent();
+    [[nodiscard]] bool isCancelled();
     [[nodiscard]] bool waitOrCancelled();
     [[nodiscard]] Result<QString, joplin::Fault> findOrMakeFolder(joplin::Client& client, const QString& title);
 

@@ -32,4 +32,8 @@ void StampedSource::tick(HostTime now) {
     if (!m_ended) m_timeLine.tick(now);
 }
 
+void StampedSource::end(HostTime now) {
+    if (!std::exchange(m_ended, true)) m_timeLine.finish(now);
+}
+
 } // namespace quillet::apple

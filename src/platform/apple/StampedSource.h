@@ -25,10 +25,10 @@ public:
     void interrupted() { m_timeLine.interrupted(); }
     /// Several times a second, so that a silent source does not hold up the other one.
     void tick(HostTime now);
-    /// Nothing goes to the capture queue any more once this has returned.
-    void end() { m_ended = true; }
-    /// Nothing reaches the handler any more once this has returned.
-    void close() { m_pool.close(); }
+    /// Nothing is captured any more; what has been goes to the capture queue, and nothing once this has returned.
+    void end(HostTime now);
+    /// Capture queue: nothing reaches the handler any more behind what is on that queue by now.
+    void close() { m_pool.closeBehindDeliveries(); }
 
 private:
     const int m_channels;

@@ -124,7 +124,7 @@ using quillet::apple::StampedSource;
       [self->_session stopRunning];
     });
     dispatch_sync(_sampleQueue, ^{
-      self->_source->end();
+      self->_source->end(quillet::hostNow());
     });
 }
 

@@ -108,7 +108,7 @@ private:
         if (!m_source) return;
         const auto source = m_source;
         dispatch_sync(m_sampleQueue, ^{
-          source->end();
+          source->end(hostNow());
         });
         m_source->close();
     }

@@ -145,17 +145,16 @@ void RecordStream::lookUp(const DeviceChoice& choice, void (RecordStream::*ifMis
         std::make_unique<DeviceLookup>(m_server->context(), choice, [this, ifMissing, name = choice.name](auto found) {
             if (!found) return failed(found.error());
             if (!found.value()) return (this->*ifMissing)();
-            if (name == m_choice.name) m_chosenMissingSince.reset();
-            record(found.value()->source);
+            record(found.value()->source, name == m_choice.name ? Role::Chosen : Role::StandIn);
         });
 }
 
-void RecordStream::record(const std::string& source) {
+void RecordStream::record(const std::string& source, Role role) {
     if (m_stream != nullptr && source == m_source) return;
 
     const HostTime now = std::chrono::steady_clock::now();
     if (now < m_notBefore) return refreshIn(m_notBefore - now);
-    open(source);
+    open(source, role);
 }
 
 /// A meeting in which somebody pulls the headset out goes on with the default device; when the chosen one returns, that
@@ -169,7 +168,6 @@ void RecordStream::chosenMissing() {
         close();
         return refreshIn(patientUntil - now);
     }
-    if (m_tellStandIn) std::exchange(m_tellStandIn, nullptr)();
     lookUp({m_choice.kind, {}}, &RecordStream::deviceMissing);
 }
 
@@ -180,8 +178,9 @@ void RecordStream::deviceMissing() {
     m_server->wakeWaiting();
 }
 
-void RecordStream::open(const std::string& source) {
+void RecordStream::open(const std::string& source, Role role) {
     close();
+    m_role = role;
     const HostTime now = std::chrono::steady_clock::now();
     m_attempts = now - m_openedAt > kLivedForAWhile ? 0 : m_attempts + 1;
     m_openedAt = now;
@@ -227,6 +226,11 @@ void RecordStream::opened() {
             static_cast<int>(m_channels), makeDriftResampler(static_cast<int>(m_channels)),
             [this](HostFramePos position, std::span<const float> frames) { return m_pool->deliver(position, frames); },
             now);
+    }
+    if (m_role == Role::Chosen) {
+        m_chosenMissingSince.reset();
+    } else if (m_tellStandIn) {
+        std::exchange(m_tellStandIn, nullptr)();
     }
     m_doubtDue = now + kSilenceBeforeDoubt;
     scheduleTick(now);
@@ -280,7 +284,8 @@ void RecordStream::read() {
 void RecordStream::doubtSilence(HostTime now) {
     if (now < m_doubtDue) return;
     m_doubtDue = now + kDoubtInterval;
-    m_opinion = std::make_unique<SecondOpinion>(m_server->mainloop(), m_choice, [this](const auto& found) {
+    const DeviceChoice choice = m_role == Role::Chosen ? m_choice : DeviceChoice{m_choice.kind, {}};
+    m_opinion = std::make_unique<SecondOpinion>(m_server->mainloop(), choice, [this](const auto& found) {
         if (!found || !found.value()) return;
         const bool agrees = m_stream != nullptr && found.value()->source == m_source;
         if (!agrees && m_server->ready()) m_server->reconnect();

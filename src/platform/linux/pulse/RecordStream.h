@@ -29,7 +29,7 @@ public:
         PlatformError error;
     };
 
-    /// Told on the server's thread, at most once: the chosen device has gone, and the default one takes its place.
+    /// Told on the server's thread, at most once: the chosen device has gone, and the default one has taken its place.
     using TellStandIn = std::function<void()>;
 
     RecordStream(std::shared_ptr<SoundServer> server, DeviceChoice choice, std::unique_ptr<DeliveryPool> pool,
@@ -45,6 +45,7 @@ public:
 private:
     class Callbacks;
     enum class Phase { Idle, Starting, Running, Stopped };
+    enum class Role { Chosen, StandIn };
 
     void serverReady() override;
     void serverLost() override;
@@ -55,8 +56,8 @@ private:
     void shut();
     void lookUp(const DeviceChoice& choice, void (RecordStream::*ifMissing)());
     void chosenMissing();
-    void record(const std::string& source);
-    void open(const std::string& source);
+    void record(const std::string& source, Role role);
+    void open(const std::string& source, Role role);
     void opened();
     void failed(const PlatformError& error);
     void close();
@@ -82,10 +83,11 @@ private:
     std::unique_ptr<MainloopTimer> m_tickTimer;
     HostTime m_refreshDue = HostTime::max();
     HostTime m_tickDue = HostTime::max();
-    std::optional<HostTime> m_chosenMissingSince;
+    std::optional<HostTime> m_chosenMissingSince; ///< until it records again
 
     pa_stream* m_stream = nullptr;
     std::string m_source; ///< what m_stream records or is about to
+    Role m_role = Role::Chosen;
     HostTime m_openedAt;
     HostTime m_notBefore; ///< the next attempt to open anything
     HostTime m_doubtDue;  ///< unless there is sound before
