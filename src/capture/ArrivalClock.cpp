@@ -9,6 +9,8 @@ using namespace std::chrono_literals;
 
 constexpr Seconds kBucket = 500ms;
 
+constexpr Seconds kSteadiness = 1ms; ///< within which the lateness stays when a period has been skipped
+
 // The time constant grows from brisk to calm: at first the device's rate is unknown, and two hundred parts per million
 // would carry the position off by three milliseconds before the calm controller had found them.
 constexpr double kFirstTimeConstantSeconds = 6;
@@ -56,11 +58,21 @@ void ArrivalClock::closeBucket(HostTime now) {
 
 std::optional<Seconds> ArrivalClock::lost() const {
     if (m_filled < kBucketsToTellLoss) return std::nullopt;
-    Seconds least = m_minima[(m_filled - 1) % kBuckets];
-    for (std::size_t back = 2; back <= kBucketsToTellLoss; ++back)
-        least = std::min(least, m_minima[(m_filled - back) % kBuckets]);
-    if (least <= kDiscontinuity) return std::nullopt;
+    const Seconds loss = lastMinima(kBucketsToTellLoss).least;
+    if (loss > kDiscontinuity) return loss;
+    if (m_filled < kBucketsToTellSkip) return std::nullopt;
+    const auto [least, most] = lastMinima(kBucketsToTellSkip);
+    if (least < kShortestSkip || most - least > kSteadiness) return std::nullopt;
     return least;
+}
+
+ArrivalClock::Range ArrivalClock::lastMinima(std::size_t buckets) const {
+    Range range{Seconds::max(), Seconds::min()};
+    for (std::size_t back = 1; back <= buckets; ++back) {
+        const Seconds minimum = m_minima[(m_filled - back) % kBuckets];
+        range = {std::min(range.least, minimum), std::max(range.most, minimum)};
+    }
+    return range;
 }
 
 void ArrivalClock::movedForward(Seconds by) {

@@ -21,6 +21,10 @@ public:
     /// Lateness beyond this is lost audio, not drift; as far ahead of its arrival no frame is ever placed.
     static constexpr Seconds kDiscontinuity = std::chrono::milliseconds(60);
 
+    /// Less than this is drift and chance: the shortest usual period of a server is 256 frames, 5.3 ms, and a device
+    /// that is off by 600 ppm comes 3 ms late before its rate is found.
+    static constexpr Seconds kShortestSkip = std::chrono::milliseconds(5);
+
     /// Begins anew after a break in the stream. What was learned about the device's rate is kept.
     void restart(HostTime now);
 
@@ -31,7 +35,8 @@ public:
     [[nodiscard]] double correctionPpm() const { return m_correctionPpm; }
 
     /// How much audio has been lost on the way, when every arrival for more than a second has come too late: a stall
-    /// alone ends with a burst that is on time again.
+    /// alone ends with a burst that is on time again. Less than kDiscontinuity is known as lost only by being steady, a
+    /// period that the server has skipped; on a busy machine the lateness wanders.
     [[nodiscard]] std::optional<Seconds> lost() const;
 
     /// The time line has been moved forward, to make up for lost audio.
@@ -40,8 +45,14 @@ public:
 private:
     static constexpr std::size_t kBuckets = 8;
     static constexpr std::size_t kBucketsToTellLoss = 2;
+    static constexpr std::size_t kBucketsToTellSkip = 3;
 
     void closeBucket(HostTime now);
+    struct Range {
+        Seconds least;
+        Seconds most;
+    };
+    [[nodiscard]] Range lastMinima(std::size_t buckets) const;
 
     std::array<Seconds, kBuckets> m_minima{}; ///< least lateness of each past half second, a ring
     std::size_t m_filled = 0;                 ///< buckets since the restart, without limit

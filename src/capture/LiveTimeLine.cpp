@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <utility>
 
 namespace quillet {
@@ -25,6 +26,7 @@ double countOf(HostFramePos position) { return static_cast<double>(position.time
 
 constexpr double kPatienceFrames = LiveTimeLine::kPatience.count() * kSampleRateHz;
 constexpr double kFramesAhead = ArrivalClock::kDiscontinuity.count() * kSampleRateHz;
+constexpr double kSkippedFrames = ArrivalClock::kShortestSkip.count() * kSampleRateHz;
 /// What a device that is well has not delivered yet.
 constexpr std::int64_t kUsualDelayFrames = kSampleRateHz / 10;
 
@@ -74,7 +76,9 @@ void LiveTimeLine::arrived(HostTime now) {
     if (m_state == State::Anchoring) {
         if (m_heldEnd == 0) return;
         const double origin = framesAt(now) - static_cast<double>(m_heldEnd);
-        m_origin = m_holdingSince == now ? origin : std::min(m_origin, origin);
+        if (m_holdingSince == now) m_originWhileLinking = m_origin = std::numeric_limits<double>::infinity();
+        double& earliest = now - m_holdingSince < kLinking ? m_originWhileLinking : m_origin;
+        earliest = std::min(earliest, origin);
         if (now - m_holdingSince >= kAnchoring) lock(now);
         return;
     }
@@ -89,7 +93,7 @@ void LiveTimeLine::arrived(HostTime now) {
 }
 
 void LiveTimeLine::lock(HostTime now) {
-    const double first = m_origin + static_cast<double>(m_heldEnd - heldFrames());
+    const double first = originOfHeld() + static_cast<double>(m_heldEnd - heldFrames());
     const HostFramePos begin = wholeFrame(first);
     if (!m_begun) m_next = begin;
     m_begun = true;
@@ -104,6 +108,12 @@ void LiveTimeLine::lock(HostTime now) {
     convertAndEmit(std::span(std::as_const(m_held)).subspan(static_cast<std::size_t>(covered) * m_channels));
     m_held.clear();
     m_heldEnd = 0;
+}
+
+/// What came before a skipped period would place everything behind it too early; it is placed too late itself instead.
+double LiveTimeLine::originOfHeld() const {
+    const bool skipped = std::isfinite(m_origin) && m_origin - m_originWhileLinking > kSkippedFrames;
+    return skipped ? m_origin : std::min(m_originWhileLinking, m_origin);
 }
 
 void LiveTimeLine::interrupted() {

@@ -28,6 +28,8 @@ public:
     static constexpr Seconds kPatience = std::chrono::seconds(1);
     /// How long arrivals are watched before the first of them is placed.
     static constexpr Seconds kAnchoring = std::chrono::milliseconds(400);
+    /// How much of that passes before a server that has just linked a stream is past skipping a period.
+    static constexpr Seconds kLinking = std::chrono::milliseconds(100);
 
     LiveTimeLine(int channels, std::unique_ptr<RateConverter> converter, Deliver deliver, HostTime started);
 
@@ -52,6 +54,7 @@ private:
     enum class State { Anchoring, Locked };
 
     void lock(HostTime now);
+    [[nodiscard]] double originOfHeld() const;
     void begin();
     void keepUp(HostTime now);
     void emit(std::span<const float> interleaved);
@@ -75,7 +78,10 @@ private:
     std::vector<float> m_held; ///< while anchoring: what has arrived
     HostTime m_holdingSince;
     std::int64_t m_heldEnd = 0; ///< frames arrived since the hold began, also those that did not fit
-    double m_origin = 0;        ///< the earliest place, in host frames, that the first of them can have
+    /// The earliest place, in host frames, that the first of them can have, by the arrivals of the first moments and by
+    /// the later ones; infinite before the first arrival of each.
+    double m_originWhileLinking = 0;
+    double m_origin = 0;
 };
 
 } // namespace quillet

@@ -281,6 +281,39 @@ TEST_F(Break, LostAudioIsReplacedByAsMuchSilence) {
     EXPECT_LT(simulation.furthestBehind, 0.5);
 }
 
+TEST_F(Break, APeriodThatTheServerSkipsIsReplacedSoonAndWithoutATouchOnTheRate) {
+    simulation.lose(1);
+    play(10 * kPerSecond);
+    const std::size_t found = before + 1 + 2 * kPerSecond;
+
+    EXPECT_NEAR(simulation.place(before + 1), soundedAt(before), 0.001) << "not known to be lost yet";
+    expectInPlace(found, simulation.fragments() - 2);
+    EXPECT_TRUE(simulation.contiguous);
+}
+
+TEST_F(Break, WhatABusyMachineDelaysIsNotTakenForLost) {
+    std::mt19937 random(3);
+    std::uniform_real_distribution<> delay(0.008, 0.040);
+    double last = 0;
+    for (std::size_t i = 0; i < 3 * kPerSecond; ++i) {
+        last = std::max(last, soundedAt(simulation.fragments() + 1) + delay(random));
+        simulation.arrive(last);
+    }
+    play(10 * kPerSecond);
+
+    expectInPlace(before, before + 3 * kPerSecond);
+}
+
+TEST(LiveTimeLine, IsNotAnchoredByWhatComesBeforeTheServerHasSettled) {
+    for (const std::size_t arrivedBefore : {1U, 2U, 4U}) {
+        Simulation simulation(100);
+        for (std::size_t i = 1; i <= arrivedBefore; ++i) simulation.arrive(100 + static_cast<double>(i) * 0.02);
+        simulation.lose(1);
+        for (std::size_t i = arrivedBefore + 2; i < 50; ++i) simulation.arrive(100 + static_cast<double>(i) * 0.02);
+        EXPECT_NEAR(simulation.place(40), 100 + 40 * 0.02, 0.001);
+    }
+}
+
 TEST_F(Break, ASilentDeviceIsFollowedInSilenceAndPlacedAnewWhenItReturns) {
     const double returns = soundedAt(before + 10 * kPerSecond);
     simulation.lose(10 * kPerSecond);
