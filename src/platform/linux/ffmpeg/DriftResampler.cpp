@@ -17,6 +17,9 @@ namespace quillet {
 namespace {
 
 constexpr std::size_t kFilterTaps = 32;
+// The library's usual 2^10 positions between two samples are 128 KiB of filter, through which a drifting clock walks
+// with cold caches. With 2^7 and linear interpolation, 1 and 10 kHz come out as clean (-101 dB), 20 kHz 3 dB less so.
+constexpr int kPhaseBits = 7;
 constexpr int kCorrectionFrames = 1'000'000; ///< ppm are frames per this many; renewed long before they are over
 constexpr std::int64_t kDelayBase = std::int64_t{kSampleRateHz} * 1000;
 
@@ -38,6 +41,7 @@ public:
         av_opt_set_int(swr, "flags", SWR_FLAG_RESAMPLE, 0);
         av_opt_set_int(swr, "linear_interp", 1, 0);
         av_opt_set_int(swr, "exact_rational", 0, 0);
+        av_opt_set_int(swr, "phase_shift", kPhaseBits, 0);
         av_opt_set_int(swr, "filter_size", static_cast<std::int64_t>(kFilterTaps), 0);
         require(swr_init(swr) >= 0, "the resampler refuses 48 kHz float");
     }
