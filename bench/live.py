@@ -1,17 +1,18 @@
-"""Records live beside a private sound server, with Quillet and with ffmpeg in turns, while both sides of a meeting play.
+"""Records live beside a private sound server, with Quillet and with ffmpeg at once, while both sides of a meeting play.
 
 live.py QUILLET ROUNDS SECONDS SYSTEM.wav MICROPHONE.wav FOLDER RESULT.json; started by run.py through
-scripts/sound-server. As with files, the smallest figure of each program counts; of memory, the largest.
+scripts/sound-server. As with files, both are bound to one processor and the medians count; of memory, the largest.
 """
 
 import json
 import pathlib
+import statistics
 import subprocess
 import sys
 import time
 
 import peers
-from measure import Failed, progress, run
+from measure import Comparison, Failed, progress, side_by_side
 
 
 def pactl(what):
@@ -51,10 +52,14 @@ def check_whole(usage, seconds):
         raise Failed(f"the recording is not whole: {usage.output}")
 
 
+def wakeups_per_s(usage):
+    return usage.wakeups / usage.wall_s
+
+
 def entry(usages):
     return {
-        "cpu_s": min(usage.cpu_s for usage in usages),
-        "wakeups_per_s": min(usage.wakeups / usage.wall_s for usage in usages),
+        "cpu_s": statistics.median(usage.cpu_s for usage in usages),
+        "wakeups_per_s": statistics.median(map(wakeups_per_s, usages)),
         "peak_mib": max(usage.peak_mib for usage in usages),
     }
 
@@ -62,20 +67,20 @@ def entry(usages):
 def main():
     quillet, rounds, seconds, system, microphone, folder, result = sys.argv[1:]
     log = sys.stderr.fileno()
-    commands = {"ours": [quillet, "record", "--duration", seconds, "--folder", folder, "--json"]}
-    if peers.has_ffmpeg():
-        inputs = [("pulse", "speakers.monitor"), ("pulse", "microphone")]
-        out = str(pathlib.Path(folder) / "ffmpeg.m4a")
-        commands["ffmpeg"] = peers.ffmpeg(inputs, out, True, seconds)
-    usages = {name: [] for name in commands}
+    ours = [quillet, "record", "--duration", seconds, "--folder", folder, "--json"]
+    inputs = [("pulse", "speakers.monitor"), ("pulse", "microphone")]
+    theirs = peers.ffmpeg(inputs, str(pathlib.Path(folder) / "ffmpeg.m4a"), True, seconds)
+    both = Comparison([], [])
     for number in range(int(rounds)):
-        for name, command in commands.items():
-            progress(f"round {number + 1} of {rounds}: {name}")
-            with Playing(system, microphone):
-                usages[name].append(run(command, log))
-    for usage in usages["ours"]:
-        check_whole(usage, float(seconds))
-    pathlib.Path(result).write_text(json.dumps({name: entry(used) for name, used in usages.items()}))
+        progress(f"round {number + 1} of {rounds}")
+        with Playing(system, microphone):
+            usages = side_by_side(ours, theirs, number, log)
+        check_whole(usages[0], float(seconds))
+        both.ours.append(usages[0])
+        both.theirs.append(usages[1])
+    pathlib.Path(result).write_text(json.dumps({
+        "ours": entry(both.ours), "theirs": entry(both.theirs),
+        "ratio": {"cpu_s": both.ratio(), "wakeups_per_s": both.ratio(wakeups_per_s)}}))
 
 
 if __name__ == "__main__":

@@ -1,7 +1,9 @@
 """Runs programs and accounts for them by what the kernel charges at their end."""
 
+import concurrent.futures
 import os
 import signal
+import statistics
 import subprocess
 import sys
 import time
@@ -22,42 +24,85 @@ class Usage:
     killed: bool
 
 
+class Running:
+    """A program that has been started, bound to one processor if that is given."""
+
+    def __init__(self, command, log, cpu=None):
+        bind = None if cpu is None else lambda: os.sched_setaffinity(0, {cpu})
+        self.name = command[0]
+        self.begin = time.monotonic()
+        self.process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=log,
+                                        preexec_fn=bind)
+
+    def kill(self):
+        self.process.kill()
+
+    def finish(self, accept_kill=False):
+        """Waits for the end, reading what the program prints."""
+        try:
+            output = self.process.stdout.read().decode(errors="replace")
+        except BaseException:
+            self.kill()
+            raise
+        finally:
+            _, status, used = os.wait4(self.process.pid, 0)
+            self.process.returncode = os.waitstatus_to_exitcode(status)
+        wall_s = time.monotonic() - self.begin
+        killed = self.process.returncode == -signal.SIGKILL
+        if self.process.returncode != 0 and not (killed and accept_kill):
+            raise Failed(f"{self.name} ended with {self.process.returncode}; see the log")
+        return Usage(used.ru_utime + used.ru_stime, wall_s, used.ru_maxrss / 1024, used.ru_nvcsw, output, killed)
+
+
 def run(command, log, meanwhile=None, accept_kill=False):
     """Runs the command to its end. Meanwhile, if given, is called with its pid once it has been started."""
-    begin = time.monotonic()
-    process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=log)
+    running = Running(command, log)
     try:
         if meanwhile is not None:
-            meanwhile(process.pid)
-        output = process.stdout.read().decode(errors="replace")
+            meanwhile(running.process.pid)
     except BaseException:
-        process.kill()
+        running.kill()
         raise
     finally:
-        _, status, used = os.wait4(process.pid, 0)
-        process.returncode = os.waitstatus_to_exitcode(status)
-    wall_s = time.monotonic() - begin
-    killed = process.returncode == -signal.SIGKILL
-    if process.returncode != 0 and not (killed and accept_kill):
-        raise Failed(f"{command[0]} ended with {process.returncode}; see the log")
-    return Usage(used.ru_utime + used.ru_stime, wall_s, used.ru_maxrss / 1024, used.ru_nvcsw, output, killed)
+        usage = running.finish(accept_kill=True)
+    if usage.killed and not accept_kill:
+        raise Failed(f"{command[0]} was killed; see the log")
+    return usage
 
 
-def interleaved(commands, rounds, log):
-    """Runs each of the named commands once per round, and returns the usages per name. A command that fails is reported
-    and left out of the later rounds."""
-    usages = {name: [] for name in commands}
-    for number in range(rounds):
-        for name, command in commands.items():
-            if len(usages[name]) < number:
-                continue
-            progress(f"round {number + 1} of {rounds}: {name}")
-            try:
-                usages[name].append(run(command, log))
-            except Failed as failure:
-                progress(f"{name}: {failure}")
-                usages[name] = []
-    return usages
+def side_by_side(ours, theirs, number, log):
+    """Runs both at once, bound to the same processor, another one for each number, and returns their usages. What other
+    work on the machine costs them, they meet in the same moments."""
+    cpus = sorted(os.sched_getaffinity(0))
+    cpu = cpus[number % len(cpus)]
+    both = [Running(command, log, cpu) for command in (ours, theirs)]
+    # Each by a thread of its own: the kernel tells what one has used when it is waited for, whichever ends first.
+    with concurrent.futures.ThreadPoolExecutor(len(both)) as waiting:
+        ends = [waiting.submit(running.finish) for running in both]
+        try:
+            return [end.result() for end in ends]
+        except BaseException:
+            for running in both:
+                if running.process.returncode is None:
+                    running.kill()
+            raise
+
+
+@dataclass
+class Comparison:
+    """What both have used in rounds side by side."""
+
+    ours: list
+    theirs: list
+
+    def ratio(self, of=lambda usage: usage.cpu_s):
+        """Ours to theirs: the median of the rounds."""
+        return statistics.median(of(ours) / of(theirs) for ours, theirs in zip(self.ours, self.theirs))
+
+
+def compared(ours, theirs, rounds, log):
+    pairs = [side_by_side(ours, theirs, number, log) for number in range(rounds)]
+    return Comparison(*map(list, zip(*pairs)))
 
 
 def progress(text):

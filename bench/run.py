@@ -1,9 +1,8 @@
 """Measures Quillet against what else does the same work, and prints a section of Markdown. Started by scripts/bench.
 
-Everything compared is run in turns within one session, and counts by its fastest run: what other work on the machine
-adds is never taken away, so the smallest figure is the truest, given enough rounds for each program to meet a quiet
-moment. In three sessions on a busy machine the smallest of ten to thirty rounds gave 1.149, 1.144 and 1.141, the
-median of the rounds' ratios 1.198, 1.170 and 1.121 for the same programs.
+What is compared by processor time runs side by side, bound to one processor, and the median of the rounds' ratios
+counts: both then meet the same moments of a machine that others use as well. A program beside itself gave 1.0004 with a
+standard error of 0.0005; in turns, the smallest of many rounds wandered by 0.05 from session to session.
 """
 
 import argparse
@@ -17,10 +16,11 @@ import signal
 import statistics
 import subprocess
 import time
+import types
 
 import notes
 import peers
-from measure import Failed, interleaved, progress, run
+from measure import Failed, compared, progress, run
 
 HOUR_S = 3600
 STARTS = 6  # of the tray application
@@ -38,9 +38,9 @@ class Bench:
 
     # -- little helpers -----------------------------------------------------------------------------------------------
 
-    def row(self, what, ours, theirs="", ratio=None, goal="", met=None):
+    def row(self, what, ours, theirs="", ratio=None, goal="", met=None, digits=2):
         verdict = "" if met is None else ("met" if met else "**missed**")
-        self.rows.append((what, ours, theirs, "" if ratio is None else f"{ratio:.2f}", goal, verdict))
+        self.rows.append((what, ours, theirs, "" if ratio is None else f"{ratio:.{digits}f}", goal, verdict))
 
     def failed(self, what, why):
         self.rows.append((what, "", str(why), "", "", "**not measured**"))
@@ -77,41 +77,39 @@ class Bench:
         inputs = [(None, str(side)) for side in sides]
         out = str(self.folder / "peer.m4a")
 
-        commands = {"ours": self.record(sides, self.empty("cpu")),
-                    "encoding alone": [str(self.tools / "quillet-bench-encode"), str(mixed)]}
-        compared = [("encoding alone", "the encoder alone, same options", None)]
+        ours = self.record(sides, self.empty("cpu"))
+        encoder = [str(self.tools / "quillet-bench-encode"), str(mixed)]
+        found = self.compare("the encoder alone, same options (ours / theirs)", ours, encoder)
+        self.row(*found.row, found.ratio, "≤ 1.05", found.ratio <= 1.05, digits=3)
+        self.ours_per_hour = found.ours_per_hour
+        peaks = [f"{found.ours_mib:.0f}"]
         for kind, present in (("ffmpeg", peers.has_ffmpeg()), ("GStreamer", peers.has_gstreamer())):
             for same in (True, False):
-                name = f"{kind}, {'same encoder options' if same else 'its default encoder options'}"
+                name = f"{kind}, {'same' if same else 'its default'} encoder options"
                 goal = 3.0 if not same else 1.3 if kind == "ffmpeg" else 1.2
-                compared.append((name, name, goal))
-                if present and kind == "ffmpeg":
-                    commands[name] = peers.ffmpeg(inputs, out, same)
-                elif present:
-                    commands[name] = peers.gstreamer(*map(str, sides), out, same)
+                if not present:
+                    self.failed(f"CPU s per hour of audio: {name}", "not installed")
+                    continue
+                command = peers.ffmpeg(inputs, out, same) if kind == "ffmpeg" else \
+                    peers.gstreamer(*map(str, sides), out, same)
+                found = self.compare(f"{name} (theirs / ours)", ours, command)
+                self.row(*found.row, 1 / found.ratio, f"≥ {goal}", 1 / found.ratio >= goal)
+                if same:
+                    peaks.append(f"{found.theirs_mib:.0f} {kind}")
+        self.row("Peak resident memory of the same runs, MiB", peaks[0], ", ".join(peaks[1:]) or "not installed")
 
-        usages = interleaved(commands, self.options.rounds, self.log)
-        if not usages["ours"]:
-            raise Failed("no recording could be made; see the log")
-        self.check_recording(usages["ours"][0].output, seconds)
-        per_hour = {name: min(u.cpu_s for u in used) * HOUR_S / seconds for name, used in usages.items() if used}
-        ours = per_hour["ours"]
-        for key, name, goal in compared:
-            title = f"CPU s per hour of audio: {name}"
-            if key not in per_hour:
-                self.row(title, f"{ours:.1f}", "failed" if key in commands else "not installed",
-                         goal=f"≥ {goal}" if goal else "")
-            elif goal is None:
-                ratio = ours / per_hour[key]
-                self.row(title + " (ours / theirs)", f"{ours:.1f}", f"{per_hour[key]:.1f}", ratio, "≤ 1.05",
-                         ratio <= 1.05)
-            else:
-                ratio = per_hour[key] / ours
-                self.row(title, f"{ours:.1f}", f"{per_hour[key]:.1f}", ratio, f"≥ {goal}", ratio >= goal)
-        self.ours_per_hour = ours
-        peaks = {name: max(u.peak_mib for u in used) for name, used in usages.items() if used}
-        others = ", ".join(f"{peaks[name]:.0f} {name.split(',')[0]}" for name in peaks if "same" in name)
-        self.row("Peak resident memory of the same runs, MiB", f"{peaks['ours']:.0f}", others or "not installed")
+    def compare(self, name, ours, theirs):
+        """One row's figures by processor time, and what else the rounds have shown."""
+        seconds = self.options.minutes * 60
+        progress(f"{self.options.rounds} rounds beside {name}")
+        both = compared(ours, theirs, self.options.rounds, self.log)
+        self.check_recording(both.ours[0].output, seconds)
+        per_hour = [statistics.median(usage.cpu_s for usage in usages) * HOUR_S / seconds
+                    for usages in (both.ours, both.theirs)]
+        return types.SimpleNamespace(
+            row=(f"CPU s per hour of audio: {name}", *(f"{figure:.1f}" for figure in per_hour)), ratio=both.ratio(),
+            ours_per_hour=per_hour[0], ours_mib=max(usage.peak_mib for usage in both.ours),
+            theirs_mib=max(usage.peak_mib for usage in both.theirs))
 
     def check_recording(self, output, seconds):
         """A recording that left something out would be fast, and worth nothing."""
@@ -274,6 +272,9 @@ class Bench:
         if not self.options.sound_servers.is_dir():
             self.failed("Live recording", "no private sound servers")
             return
+        if not peers.has_ffmpeg():
+            self.failed("Live recording", "ffmpeg is not installed")
+            return
         sides = self.speech("live", self.options.live_seconds + 15)
         for kind, name in (("pulseaudio", "PulseAudio"), ("pipewire", "PipeWire")):
             result = self.folder / f"live-{kind}.json"
@@ -289,18 +290,14 @@ class Bench:
                 self.failed(f"Live on {name}", failure)
 
     def live_rows(self, name, result):
-        ours, theirs = result["ours"], result.get("ffmpeg")
+        ours, theirs = result["ours"], result["theirs"]
         length = f"live {self.options.live_seconds} s on {name}"
         for what, key, form, goal in (("CPU s", "cpu_s", "{:.2f}", 0.7),
                                       ("Wake-ups per s", "wakeups_per_s", "{:.0f}", 0.7),
                                       ("Peak resident memory, MiB", "peak_mib", "{:.0f}", None)):
             title = f"{what}, {length}; ffmpeg -f pulse, same encoder options (ours / theirs)"
-            goal_text = f"≤ {goal}" if goal else ""
-            if theirs is None:
-                self.row(title, form.format(ours[key]), "not installed", None, goal_text)
-                continue
-            ratio = ours[key] / theirs[key]
-            self.row(title, form.format(ours[key]), form.format(theirs[key]), ratio, goal_text,
+            ratio = result["ratio"].get(key)
+            self.row(title, form.format(ours[key]), form.format(theirs[key]), ratio, f"≤ {goal}" if goal else "",
                      ratio <= goal if goal else None)
 
     # -- f) the tray application --------------------------------------------------------------------------------------
@@ -405,14 +402,14 @@ class Bench:
 
 
 EXPLANATION = """\
-Processor time is user and system time of the whole process over two {minutes}-minute WAV files of speech, the smallest
-of {rounds} rounds in which every program ran in turn. "Theirs" does the same work: a gain that adapts per source,
-mixing, AAC at 256 kbit/s in an MP4 file. Coding noise is compared with what the encoder was given, by a simple model of
-masking (bench/Quality.cpp says which); nobody listened. Live, the smaller figure of {live_rounds} recordings in turn
-counts. Wake-ups are voluntary context switches of all threads. The tray application runs on an X server without a
-window manager, beside a panel that answers at once (bench/TrayMeter.cpp); "its share" of memory counts pages that
-several processes use in part. Notes are timed as the whole process of `quillet notes create`, and what arrived is
-compared byte by byte; Joplin runs without a screen.\
+Processor time is user and system time of the whole process over two {minutes}-minute WAV files of speech: medians of
+{rounds} rounds in which both programs ran side by side on one processor, which makes each dearer than alone. "Theirs"
+does the same work: a gain that adapts per source, mixing, AAC at 256 kbit/s in an MP4 file. Coding noise is compared
+with what the encoder was given, by a simple model of masking (bench/Quality.cpp says which); nobody listened. Live,
+both record at once, in {live_rounds} rounds. Wake-ups are voluntary context switches of all threads. The tray
+application runs on an X server without a window manager, beside a panel that answers at once (bench/TrayMeter.cpp);
+"its share" of memory counts pages that several processes use in part. Notes are timed as the whole process of
+`quillet notes create`, and what arrived is compared byte by byte; Joplin runs without a screen.\
 """
 
 
@@ -428,8 +425,8 @@ def main():
     parser.add_argument("--quick", action="store_true")
     parser.add_argument("--only", action="append", help="a step by its name; may be given again")
     options = parser.parse_args()
-    options.minutes = 3
-    options.rounds, options.live_rounds, options.live_seconds = (3, 1, 10) if options.quick else (20, 2, 60)
+    options.minutes = 3 if options.quick else 10
+    options.rounds, options.live_rounds, options.live_seconds = (2, 1, 10) if options.quick else (4, 3, 60)
 
     bench = Bench(options)
     bench.run_all()
