@@ -37,12 +37,19 @@ class Playing:
 
     def __enter__(self):
         self.players = [subprocess.Popen(command, stdin=subprocess.DEVNULL) for command in self.commands]
-        self.wait_for(streams=len(self.commands))
+        try:
+            self.wait_for(streams=len(self.commands))
+        except BaseException:
+            self.stop()
+            raise
 
-    def __exit__(self, *_):
+    def stop(self):
         for player in self.players:
             player.kill()
             player.wait()
+
+    def __exit__(self, *_):
+        self.stop()
         self.wait_for(streams=0)
 
 

@@ -35,7 +35,9 @@ class Running:
                                         preexec_fn=bind)
 
     def kill(self):
-        self.process.kill()
+        """Without looking whether it has ended: a look would take the account of it that finish() asks for."""
+        if self.process.returncode is None:
+            os.kill(self.process.pid, signal.SIGKILL)
 
     def finish(self, accept_kill=False):
         """Waits for the end, reading what the program prints."""
@@ -75,7 +77,15 @@ def side_by_side(ours, theirs, number, log):
     work on the machine costs them, they meet in the same moments."""
     cpus = sorted(os.sched_getaffinity(0))
     cpu = cpus[number % len(cpus)]
-    both = [Running(command, log, cpu) for command in (ours, theirs)]
+    both = []
+    try:
+        for command in (ours, theirs):
+            both.append(Running(command, log, cpu))
+    except BaseException:
+        for running in both:
+            running.kill()
+            running.finish(accept_kill=True)
+        raise
     # Each by a thread of its own: the kernel tells what one has used when it is waited for, whichever ends first.
     with concurrent.futures.ThreadPoolExecutor(len(both)) as waiting:
         ends = [waiting.submit(running.finish) for running in both]
@@ -83,8 +93,7 @@ def side_by_side(ours, theirs, number, log):
             return [end.result() for end in ends]
         except BaseException:
             for running in both:
-                if running.process.returncode is None:
-                    running.kill()
+                running.kill()
             raise
 
 

@@ -403,13 +403,14 @@ class Bench:
 
 EXPLANATION = """\
 Processor time is user and system time of the whole process over two {minutes}-minute WAV files of speech: medians of
-{rounds} rounds in which both programs ran side by side on one processor, which makes each dearer than alone. "Theirs"
-does the same work: a gain that adapts per source, mixing, AAC at 256 kbit/s in an MP4 file. Coding noise is compared
-with what the encoder was given, by a simple model of masking (bench/Quality.cpp says which); nobody listened. Live,
-both record at once, in {live_rounds} rounds. Wake-ups are voluntary context switches of all threads. The tray
-application runs on an X server without a window manager, beside a panel that answers at once (bench/TrayMeter.cpp);
-"its share" of memory counts pages that several processes use in part. Notes are timed as the whole process of
-`quillet notes create`, and what arrived is compared byte by byte; Joplin runs without a screen.\
+{rounds} rounds in which both programs ran side by side on one processor, which makes each dearer than alone; one that
+takes longer has it to itself for the rest. "Theirs" does the same work: a gain that adapts per source, mixing, AAC at
+256 kbit/s in an MP4 file. Coding noise is compared with what the encoder was given, by a simple model of masking
+(bench/Quality.cpp says which); nobody listened. Live, both record at once from one server, in {live_rounds} rounds.
+Wake-ups are voluntary context switches of all threads. The tray application runs on an X server without a window
+manager, beside a panel that answers at once (bench/TrayMeter.cpp); "its share" of memory counts pages that several
+processes use in part. Notes are timed as the whole process of `quillet notes create`, and what arrived is compared byte
+by byte; Joplin runs without a screen.\
 """
 
 

@@ -1,6 +1,9 @@
 #include "capture/ArrivalClock.h"
 
+#include "capture/MediaTime.h"
+
 #include <algorithm>
+#include <cmath>
 
 namespace quillet {
 namespace {
@@ -9,7 +12,8 @@ using namespace std::chrono_literals;
 
 constexpr Seconds kBucket = 500ms;
 
-constexpr Seconds kSteadiness = 1ms; ///< within which the lateness stays when a period has been skipped
+constexpr Seconds kPeriod = FrameCount(1024); ///< PipeWire's usual one, and the fragment that is asked for
+constexpr Seconds kSteadiness = 1ms;          ///< how exactly the lateness shows and keeps what has been skipped
 
 // The time constant grows from brisk to calm: at first the device's rate is unknown, and two hundred parts per million
 // would carry the position off by three milliseconds before the calm controller had found them.
@@ -21,6 +25,12 @@ constexpr double kLargestIntegralPpm = 500;
 constexpr double kLargestCorrectionPpm = 1000; ///< still inaudible: two hundredths of a semitone
 
 } // namespace
+
+bool ArrivalClock::isSkip(Seconds lateness) {
+    if (lateness > kDiscontinuity) return false;
+    const double periods = std::round(lateness / kPeriod);
+    return periods >= 1 && std::abs((lateness - periods * kPeriod).count()) <= kSteadiness.count();
+}
 
 void ArrivalClock::restart(HostTime now) {
     m_filled = 0;
@@ -46,6 +56,7 @@ void ArrivalClock::closeBucket(HostTime now) {
     const Seconds error =
         *std::min_element(m_minima.begin(), m_minima.begin() + std::ptrdiff_t(std::min(m_filled, kBuckets)));
     if (error > kDiscontinuity) return; // soon made up for by inserted frames, and no sign of the rate
+    if (m_filled <= kBucketsToTellSkip && isSkip(error)) return; // perhaps so; stretching would make it hard to see
 
     // Critically damped: the proportional gain is the inverse time constant, the integral one a quarter of its square.
     const double timeConstant = std::min(
@@ -62,7 +73,7 @@ std::optional<Seconds> ArrivalClock::lost() const {
     if (loss > kDiscontinuity) return loss;
     if (m_filled < kBucketsToTellSkip) return std::nullopt;
     const auto [least, most] = lastMinima(kBucketsToTellSkip);
-    if (least < kShortestSkip || most - least > kSteadiness) return std::nullopt;
+    if (!isSkip(least) || most - least > kSteadiness) return std::nullopt;
     return least;
 }
 

@@ -21,9 +21,9 @@ public:
     /// Lateness beyond this is lost audio, not drift; as far ahead of its arrival no frame is ever placed.
     static constexpr Seconds kDiscontinuity = std::chrono::milliseconds(60);
 
-    /// Less than this is drift and chance: the shortest usual period of a server is 256 frames, 5.3 ms, and a device
-    /// that is off by 600 ppm comes 3 ms late before its rate is found.
-    static constexpr Seconds kShortestSkip = std::chrono::milliseconds(5);
+    /// Whether somebody who is late by so much has missed one period of the sound server or two, and no more than that
+    /// has happened. A server that changes its latency shifts what it delivers by other amounts.
+    [[nodiscard]] static bool isSkip(Seconds lateness);
 
     /// Begins anew after a break in the stream. What was learned about the device's rate is kept.
     void restart(HostTime now);
@@ -35,8 +35,8 @@ public:
     [[nodiscard]] double correctionPpm() const { return m_correctionPpm; }
 
     /// How much audio has been lost on the way, when every arrival for more than a second has come too late: a stall
-    /// alone ends with a burst that is on time again. Less than kDiscontinuity is known as lost only by being steady, a
-    /// period that the server has skipped; on a busy machine the lateness wanders.
+    /// alone ends with a burst that is on time again. Less than kDiscontinuity counts only when it is a skip and has
+    /// been steady for longer.
     [[nodiscard]] std::optional<Seconds> lost() const;
 
     /// The time line has been moved forward, to make up for lost audio.

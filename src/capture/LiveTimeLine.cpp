@@ -26,7 +26,6 @@ double countOf(HostFramePos position) { return static_cast<double>(position.time
 
 constexpr double kPatienceFrames = LiveTimeLine::kPatience.count() * kSampleRateHz;
 constexpr double kFramesAhead = ArrivalClock::kDiscontinuity.count() * kSampleRateHz;
-constexpr double kSkippedFrames = ArrivalClock::kShortestSkip.count() * kSampleRateHz;
 /// What a device that is well has not delivered yet.
 constexpr std::int64_t kUsualDelayFrames = kSampleRateHz / 10;
 
@@ -112,7 +111,7 @@ void LiveTimeLine::lock(HostTime now) {
 
 /// What came before a skipped period would place everything behind it too early; it is placed too late itself instead.
 double LiveTimeLine::originOfHeld() const {
-    const bool skipped = std::isfinite(m_origin) && m_origin - m_originWhileLinking > kSkippedFrames;
+    const bool skipped = ArrivalClock::isSkip(Seconds((m_origin - m_originWhileLinking) / kSampleRateHz));
     return skipped ? m_origin : std::min(m_originWhileLinking, m_origin);
 }
 

@@ -116,27 +116,26 @@ void OnboardingModel::testNotesConnection() {
         [weak = weak_from_this(), asked = m_services.permissions->notesGeneration()](bool granted) {
             const auto self = weak.lock();
             if (!self) return;
-            if (asked != self->m_services.permissions->notesGeneration()) // the other application has not been tested
-                return self->notesTestInProgress.set(false);
-            self->hasNotesAccess.set(granted);
+            if (asked == self->m_services.permissions->notesGeneration()) self->hasNotesAccess.set(granted);
             if (granted)
-                self->testNotesFolder();
+                self->testNotesFolder(asked);
             else
-                self->finishNotesTest(false);
+                self->finishNotesTest(asked, false);
         });
 }
 
-void OnboardingModel::testNotesFolder() {
+void OnboardingModel::testNotesFolder(unsigned asked) {
     const QString folder = m_services.settingsStore()->notesFolderName.value();
     m_testedWithoutFolder = folder.trimmed().isEmpty();
-    m_services.notes.testFolderConnection(folder, [weak = weak_from_this()](bool exists) {
-        if (const auto self = weak.lock()) self->finishNotesTest(exists);
+    m_services.notes.testFolderConnection(folder, [weak = weak_from_this(), asked](bool exists) {
+        if (const auto self = weak.lock()) self->finishNotesTest(asked, exists);
     });
 }
 
-void OnboardingModel::finishNotesTest(bool success) {
+/// The result for an application that is no longer the chosen one says nothing about the other.
+void OnboardingModel::finishNotesTest(unsigned asked, bool success) {
     notesTestInProgress.set(false);
-    notesTestSuccess.set(success);
+    if (asked == m_services.permissions->notesGeneration()) notesTestSuccess.set(success);
 }
 
 OnboardingModel::NotesTestRemark OnboardingModel::notesTestRemark() const {

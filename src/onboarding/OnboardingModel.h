@@ -80,8 +80,8 @@ private:
     void askForScreenCapture();
     void refreshAccess();
     void readAccess();
-    void finishNotesTest(bool success);
-    void testNotesFolder();
+    void finishNotesTest(unsigned asked, bool success);
+    void testNotesFolder(unsigned asked);
 
     const OnboardingServices m_services;
     QObject m_subscriptions;            ///< to what the permission manager publishes

@@ -2,7 +2,10 @@
 
 #include <QElapsedTimer>
 
+#include <atomic>
+#include <chrono>
 #include <gmock/gmock.h>
+#include <thread>
 
 namespace quillet::test {
 namespace {
@@ -144,6 +147,22 @@ TEST_F(OnboardingModelTest, TestingTheNotes) {
         EXPECT_EQ(model->notesTestRemark(), Remark::None);
         ASSERT_TRUE(settleNotesTest());
     }
+}
+
+TEST_F(OnboardingModelTest, AResultForAnApplicationThatIsNoLongerChosenIsNotShown) {
+    defaults.set(DefaultsKeys::notesFolderName, QStringLiteral("Work"));
+    start();
+    std::atomic<bool> mayAnswer = false;
+    const int before = notes->folderCalls;
+    notes->duringCall = [&] {
+        while (notes->folderCalls > before && !mayAnswer) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    };
+    model->testNotesConnection();
+    EXPECT_TRUE(waitFor([&] { return notes->folderCalls > before; }));
+    permissions->forgetNotesAccess();
+    mayAnswer = true;
+    ASSERT_TRUE(settleNotesTest());
+    EXPECT_FALSE(model->notesTestSuccess.value().has_value());
 }
 
 TEST_F(OnboardingModelTest, ATestDoesNotKeepTheIntroductionAlive) {
