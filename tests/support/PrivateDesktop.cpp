@@ -76,7 +76,9 @@ PrivateDesktop::PrivateDesktop() {
     for (const QString& name : {u"QT_QPA_PLATFORM"_s, u"WAYLAND_DISPLAY"_s, u"SESSION_MANAGER"_s, u"QT_SCALE_FACTOR"_s})
         m_environment.remove(name);
 
-    QProcess* const screen = start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s,
+    // An X server that resets drops the clients that just connect when the last of the others leaves, which at the
+    // start is whoever looks for a window.
+    QProcess* const screen = start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-noreset"_s, u"-screen"_s, u"0"_s,
                                                u"%1x%2x24"_s.arg(kScreen.width()).arg(kScreen.height()), u"-dpi"_s,
                                                u"96"_s, u"-nolisten"_s, u"tcp"_s});
     while (!screen->canReadLine() && screen->waitForReadyRead(10000)) {
