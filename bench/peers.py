@@ -5,13 +5,15 @@ import shutil
 import subprocess
 
 BIT_RATE = 256000
-SAME_OPTIONS = ["-aac_coder", "fast", "-aac_is", "0", "-aac_pns", "0", "-aac_tns", "0"]
+# Quillet codes sum and difference where the channels are alike; its peers may do so everywhere, which costs less.
+SAME_OPTIONS = ["-aac_coder", "fast", "-aac_is", "0", "-aac_pns", "0", "-aac_tns", "0", "-aac_ms", "1"]
+SAME_OPTIONS += ["-cutoff", "18000"]
 GAIN_AND_MIX = (
     "[0:a]dynaudnorm=f=500:g=15,aformat=channel_layouts=stereo[a];"
     "[1:a]dynaudnorm=f=500:g=15,aformat=channel_layouts=stereo[b];"
     "[a][b]amix=inputs=2:duration=longest:normalize=0,alimiter=limit=0.98:level=0[m]"
 )
-GST_SAME_OPTIONS = ["aac-coder=fast", "aac-is=false", "aac-pns=false", "aac-tns=false"]
+GST_SAME_OPTIONS = ["aac-coder=fast", "aac-is=false", "aac-pns=false", "aac-tns=false", "aac-ms=true", "cutoff=18000"]
 GST_ELEMENTS = ["audiomixer", "audiodynamic", "avenc_aac", "mp4mux", "wavparse"]
 
 

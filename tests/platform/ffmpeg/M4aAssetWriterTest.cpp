@@ -169,6 +169,35 @@ TEST(M4aAssetWriterTest, gapsBecomeSilenceAndUnusableSamplesToo) {
         -15);
 }
 
+TEST(M4aAssetWriterTest, channelsStayApartHoweverAlikeTheyWereBefore) {
+    // Runs of blocks that are the same in both channels, each before a run of as many that are to be heard on the left
+    // only: the encoder treats the two differently, and must not be late in changing.
+    std::vector<float> sound = testSound(600);
+    std::vector<bool> leftOnly;
+    for (std::size_t run = 1; leftOnly.size() < 600; run = run % 7 + 1) {
+        leftOnly.insert(leftOnly.end(), run, false);
+        leftOnly.insert(leftOnly.end(), run, true);
+    }
+    for (std::size_t i = 0; i < sound.size(); i += 2) sound[i + 1] = leftOnly[i / kBlockSamples] ? 0.0F : sound[i];
+    MemoryWriter memory;
+    ASSERT_NO_FATAL_FAILURE(memory.make());
+    ASSERT_EQ(memory.append(sound), 600);
+    ASSERT_EQ(finish(*memory.writer), Status::Completed);
+
+    const std::vector<float> decoded = decode(memory.disk->bytes);
+    ASSERT_EQ(decoded.size(), sound.size());
+    EXPECT_LT(worstBlockDb(decoded, sound), -15);
+    double leaked = -200;
+    for (std::size_t block = 1; block + 1 < 600; ++block) {
+        if (!leftOnly[block - 1] || !leftOnly[block] || !leftOnly[block + 1]) continue;
+        double energy = 1e-12;
+        for (std::size_t i = 0; i < kBlockSamples; i += 2)
+            energy += std::pow(decoded[block * kBlockSamples + i + 1], 2);
+        leaked = std::max(leaked, 10 * std::log10(energy / kBlockFrames));
+    }
+    EXPECT_LT(leaked, -60);
+}
+
 TEST(M4aAssetWriterTest, refusesWhatDoesNotBelongIntoTheFile) {
     const std::vector<float> sound = testSound(3);
     auto made = makeM4aAssetWriter(std::make_unique<MemoryFile>(std::make_shared<MemoryDisk>()), kSoon);

@@ -10,9 +10,9 @@
 
 namespace quillet {
 
-/// AAC-LC, 48 kHz stereo, by libavcodec. Takes blocks of 1,024 frames and hands out packets, the first of which is
-/// priming: N blocks make N + 1 packets. One thread at a time. Samples that are not finite, or so large that the
-/// encoder would give up on the whole block, count as silence.
+/// AAC-LC, 48 kHz stereo, up to 18 kHz, by libavcodec. Takes blocks of 1,024 frames and hands out packets, the first
+/// of which is priming: N blocks make N + 1 packets. One thread at a time. Samples that are not finite, or so large
+/// that the encoder would give up on the whole block, count as silence.
 class AacEncoder {
 public:
     [[nodiscard]] static Result<std::unique_ptr<AacEncoder>> create(int bitsPerSecond);
@@ -28,12 +28,14 @@ public:
 private:
     AacEncoder(libav::CodecContext context, libav::Frame frame, libav::Packet packet)
         : m_context(std::move(context)), m_frame(std::move(frame)), m_packet(std::move(packet)) {}
+    void chooseStereoCoding(bool alike);
     Result<void> send(const AVFrame* frame, const PacketSink& sink);
 
     libav::CodecContext m_context;
     libav::Frame m_frame;
     libav::Packet m_packet;
     std::int64_t m_nextFrame = 0;
+    int m_blocksAlike = 0; ///< the latest, whose channels are nearly the same; counted as far as it matters
 };
 
 } // namespace quillet
