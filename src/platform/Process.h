@@ -23,12 +23,18 @@ void prepareProcess();
 void becomeCompanion(const char* program, char** arguments);
 
 /// Calls the handler on the main thread each time the user or the system asks the process to end (Ctrl-C, termination,
-/// the terminal going away unless the process was told to outlive it). While it lives, nobody reading what is printed
-/// any more is no reason to end. One for the life of the process, made on the main thread after the application object.
+/// the terminal going away unless the process was told to outlive it, the session's manager, which would else leave the
+/// event loop). While it lives, nobody reading what is printed any more is no reason to end. One for the life of the
+/// process, made on the main thread after the application object.
 class TerminationRequests : public QObject {
 public:
     explicit TerminationRequests(std::function<void()> handler);
     ~TerminationRequests() override;
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    const std::function<void()> m_handler;
 };
 
 } // namespace quillet

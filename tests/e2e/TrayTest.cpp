@@ -265,14 +265,24 @@ TEST_F(TrayTest, theEndOfTheSessionFinishesTheRecording) {
     if (const std::string why = PrivateSoundServer::whyUnavailable(); !why.empty()) GTEST_SKIP() << why;
     useSoundServer();
     const QString recordings = u"/data/quillet/Recordings"_s;
-    start({u"--skip-onboarding"_s, u"--toggle-recording"_s});
-    ASSERT_TRUE(waitFor([&] { return !files(recordings, u"*.m4a"_s).isEmpty(); }, 15000));
-    std::this_thread::sleep_for(1500ms);
-    program.terminate();
-    ASSERT_TRUE(ends());
-    QFile log(desktop->home() + u"/data/quillet/test_log.txt"_s);
-    EXPECT_TRUE(log.open(QFile::ReadOnly)) << "nothing is said of a recording that is not finished";
-    EXPECT_TRUE(log.readAll().contains("Meeting_"));
+    const struct {
+        const char* name;
+        std::function<void()> end;
+    } rows[] = {{"the process is asked to end", [this] { program.terminate(); }},
+                {"the display goes away", [this] { desktop->stopScreen(); }}};
+    qsizetype recorded = 0;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        start({u"--skip-onboarding"_s, u"--toggle-recording"_s});
+        ++recorded;
+        ASSERT_TRUE(waitFor([&] { return files(recordings, u"*.m4a"_s).size() == recorded; }, 15000));
+        std::this_thread::sleep_for(1500ms);
+        row.end();
+        ASSERT_TRUE(ends());
+        QFile log(desktop->home() + u"/data/quillet/test_log.txt"_s);
+        EXPECT_TRUE(log.open(QFile::ReadOnly)) << "nothing is said of a recording that is not finished";
+        EXPECT_EQ(log.readAll().count("Meeting_"), recorded);
+    }
 }
 
 TEST(TrayWithoutDisplay, saysSoAndPointsToTheHeadlessCommand) {

@@ -99,6 +99,11 @@ PrivateDesktop::~PrivateDesktop() {
     std::for_each(m_processes.rbegin(), m_processes.rend(), [](const auto& process) { end(*process); });
 }
 
+void PrivateDesktop::stopScreen() {
+    m_processes.front()->kill();
+    m_processes.front()->waitForFinished();
+}
+
 QProcess* PrivateDesktop::start(const QString& program, const QStringList& arguments) {
     auto process = std::make_unique<QProcess>();
     process->setProcessEnvironment(m_environment);

@@ -32,6 +32,8 @@ public:
     void startOlderTray();
     /// Why there can be none here; empty when there can.
     [[nodiscard]] static std::string whyNoOlderTray();
+    /// As when an X server crashes. Nothing can be shown from then on.
+    void stopScreen();
 
     /// For programs that are to run on it. Its home and configuration are the desktop's own, too.
     [[nodiscard]] const QProcessEnvironment& environment() const { return m_environment; }

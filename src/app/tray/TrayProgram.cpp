@@ -9,11 +9,13 @@
 #include "widgets/Theme.h"
 
 #include <QApplication>
+#include <QSessionManager>
 #include <QTextStream>
 
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <future>
 #include <thread>
 
 namespace quillet {
@@ -86,7 +88,7 @@ void TrayProgram::launch() {
                 SharedInstance<RecordingFileManager>::get()->showInFinderSelecting(recording);
             },
         .open = [this] { m_delegate->showPopover(); }});
-    m_termination = std::make_unique<TerminationRequests>([this] { finishAndExit(); });
+    followSession();
     m_delegate->applicationDidFinishLaunching(m_arguments);
     makeLoginItem()->followProgram();
     if (m_command != RemoteCommand::Open) obey(m_command);
@@ -162,6 +164,15 @@ void TrayProgram::recoverUnfinished() {
     }).detach();
 }
 
+void TrayProgram::followSession() {
+    m_termination = std::make_unique<TerminationRequests>([this] { finishAndExit(); });
+    std::atexit(&finishWithinExit); // which the toolkit calls when the display goes away
+    // Whether it starts at login is the user's choice, not the session's.
+    const auto startNoneAnew = [](QSessionManager& session) { session.setRestartHint(QSessionManager::RestartNever); };
+    connect(qApp, &QGuiApplication::commitDataRequest, this, startNoneAnew, Qt::DirectConnection);
+    connect(qApp, &QGuiApplication::saveStateRequest, this, startNoneAnew, Qt::DirectConnection);
+}
+
 void TrayProgram::finishAndExit() {
     m_control->stop();
     std::thread([engine = SharedInstance<AudioCaptureEngine>::get()] {
@@ -169,6 +180,19 @@ void TrayProgram::finishAndExit() {
         exitNow();
     }).detach();
     QTimer::singleShot(kLongestFinish, this, [] { exitNow(); });
+}
+
+void TrayProgram::finishWithinExit() {
+    const auto engine = SharedInstance<AudioCaptureEngine>::get();
+    engine->stopRecording();
+    const auto finished = std::make_shared<std::promise<void>>();
+    std::thread([engine, finished] {
+        engine->waitUntilFinished();
+        finished->set_value();
+    }).detach();
+    finished->get_future().wait_for(kLongestFinish);
+    std::fflush(nullptr);
+    std::_Exit(EXIT_FAILURE);
 }
 
 void TrayProgram::exitNow() {

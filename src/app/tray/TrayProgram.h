@@ -33,8 +33,11 @@ private:
     void recoverUnfinished();
     [[nodiscard]] static std::vector<std::filesystem::path> recordingFolders();
     [[nodiscard]] std::unique_ptr<AppDelegate> makeDelegate();
+    void followSession();
     /// Ends a recording before the process ends, as far as the system gives it time.
     void finishAndExit();
+    /// The same from within exit(), where nothing else can run on the main thread any more.
+    static void finishWithinExit();
     static void exitNow();
 
     const QStringList m_arguments;

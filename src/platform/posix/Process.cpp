@@ -2,6 +2,8 @@
 
 #include "platform/posix/SystemCalls.h"
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QSocketNotifier>
 
 #include <csignal>
@@ -69,14 +71,15 @@ void becomeCompanion(const char* program, char** arguments) {
     }
 }
 
-TerminationRequests::TerminationRequests(std::function<void()> handler) {
+TerminationRequests::TerminationRequests(std::function<void()> handler) : m_handler(std::move(handler)) {
+    QCoreApplication::instance()->installEventFilter(this);
     if (SystemCalls::makePipe(signalPipe) != 0) return;
     auto* notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, this);
-    connect(notifier, &QSocketNotifier::activated, this, [handler = std::move(handler)] {
+    connect(notifier, &QSocketNotifier::activated, this, [this] {
         char bytes[16];
         while (read(signalPipe[0], bytes, sizeof bytes) > 0) {
         }
-        handler();
+        m_handler();
     });
     for (const int signal : {SIGINT, SIGTERM}) handle(signal, noteSignal);
     if (!isIgnored(SIGHUP)) handle(SIGHUP, noteSignal);
@@ -88,6 +91,12 @@ TerminationRequests::~TerminationRequests() {
         if (!isIgnored(signal)) std::signal(signal, SIG_DFL);
     }
     for (int& end : signalPipe) close(std::exchange(end, -1));
+}
+
+bool TerminationRequests::eventFilter(QObject* watched, QEvent* event) {
+    if (watched != QCoreApplication::instance() || event->type() != QEvent::Quit) return false;
+    m_handler();
+    return true;
 }
 
 } // namespace quillet
