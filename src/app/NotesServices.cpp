@@ -16,6 +16,7 @@ std::filesystem::path dataFolder() { return applicationSupportDirectory().value_
 std::shared_ptr<NotesApplication> makeJoplin(const UserDefaults& defaults) {
     const auto givenToken = [&defaults] { return defaults.string(DefaultsKeys::joplinToken).value_or(QString()); };
     JoplinOptions options;
+    options.lockFolder = dataFolder();
     options.ports = [&defaults]() -> std::vector<quint16> {
         const int port = defaults.string(DefaultsKeys::joplinPort).value_or(QString()).toInt();
         if (port < 1 || port > 65535) return {};

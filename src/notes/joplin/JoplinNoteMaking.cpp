@@ -4,13 +4,16 @@
 
 #include <QCryptographicHash>
 #include <QDateTime>
+#include <QDir>
 #include <QFileInfo>
+#include <QLockFile>
 #include <QRegularExpression>
 
 namespace quillet::joplin {
 namespace {
 
 constexpr int kMaxTrashed = 20;
+constexpr int kLongestWaitMs = 120'000; ///< for another attempt at the same note
 
 /// The same for the same draft with the same recording, now and in another run.
 QString idFor(const NoteDraft& draft, const QFileInfo& recording, const QString& what) {
@@ -52,15 +55,20 @@ Result<NotePlan, Fault> plan(Client& client, const NoteDraft& draft, const QFile
 
 } // namespace
 
-Result<void, Fault> makeNote(Client& client, const NoteDraft& draft, const QString& folderId) {
+Result<void, Fault> makeNote(Client& client, const NoteDraft& draft, const QString& folderId,
+                             const std::filesystem::path& lockFolder) {
     QFile file(QString::fromStdString(draft.attachment.string()));
     const QFileInfo recording(file);
     if (!recording.isFile() || !file.open(QFile::ReadOnly)) return Failure{Fault::Unreadable};
+    const QString resourceId = idFor(draft, recording, QStringLiteral("recording"));
+    QLockFile lock(QDir(QFile::decodeName(lockFolder.c_str())).filePath(resourceId + QStringLiteral(".lock")));
+    lock.setStaleLockTime(0); // an upload may take long; whose process is gone does not count in any case
+    // A folder where nothing can be written must not cost the note.
+    if (!lock.tryLock(kLongestWaitMs) && lock.error() == QLockFile::LockFailedError) return Failure{Fault::Stalled};
     const auto note = plan(client, draft, recording);
     if (!note) return Failure{note.error()};
     if (note->isComplete) return {};
 
-    const QString resourceId = idFor(draft, recording, QStringLiteral("recording"));
     const auto bytes = client.resourceBytes(resourceId);
     if (!bytes) return Failure{bytes.error()};
     const bool isUploaded = *bytes == recording.size();

@@ -191,7 +191,7 @@ NoteOutcome JoplinNotesApplication::createNoteWithAttachment(const NoteDraft& dr
     if (!client) return failed(client.error());
     const auto folder = findOrMakeFolder(**client, folderName);
     if (!folder) return failed(folder.error());
-    const auto made = joplin::makeNote(**client, draft, *folder);
+    const auto made = joplin::makeNote(**client, draft, *folder, m_options.lockFolder);
     return made ? NoteOutcome{.success = true, .isAutomationDenied = false, .reason = {}} : failed(made.error());
 }
 

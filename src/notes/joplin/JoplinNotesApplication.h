@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <filesystem>
 #include <memory>
 #include <mutex>
 
@@ -15,6 +16,8 @@ struct JoplinOptions {
     /// Where to look for the service, asked for at each call; empty for the ten ports that Joplin chooses from.
     std::function<std::vector<quint16>()> ports;
     joplin::Limits limits;
+    /// The same for all processes of the user; where attempts at one note wait for each other.
+    std::filesystem::path lockFolder;
     std::chrono::milliseconds consentPoll{1'000};
     std::chrono::milliseconds consentLimit{300'000};
 };

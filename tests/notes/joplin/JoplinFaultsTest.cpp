@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
 #include <gmock/gmock.h>
 
 namespace quillet::test {
@@ -36,6 +37,7 @@ protected:
         JoplinOptions options;
         options.ports = [this] { return ports; };
         options.limits = limits;
+        options.lockFolder = user.path("").toStdString();
         options.consentPoll = milliseconds(20);
         options.consentLimit = milliseconds(1'000);
         return options;
@@ -224,6 +226,32 @@ TEST_F(JoplinFaultsTest, whatALostAnswerLeftBehindIsCompletedNotDoubled) {
 
     EXPECT_EQ(service.journal().filter(u("POST ")), QStringList());
     EXPECT_EQ(service.journal().filter(u("PUT ")), puts);
+}
+
+TEST_F(JoplinFaultsTest, ofTwoAttemptsAtOnceOneMakesTheNoteAndBothSucceed) {
+    // The first one's upload is held up until the second has asked about everything that it may ask before.
+    service.stallAfterBodyBytes = 0;
+    service.script = [this](const Request& request) {
+        const QByteArray id = request.path.section(u'/', -1).toLatin1();
+        const bool isMade = !service.journal().filter(u("PUT /notes/")).isEmpty();
+        if (isMade && request.verb == "GET" && request.path.startsWith(u"/notes/"))
+            return reply(200, "{\"id\":\"" + id + "\",\"body\":\"text\",\"deleted_time\":0}");
+        return FakeService::asJoplin(request);
+    };
+    QTimer::singleShot(500, &service, [this] { service.letOn(1'000'000); });
+
+    const bool bothSucceed = onWorker([&] {
+        const auto attempt = [&] {
+            return JoplinNotesApplication(user.secrets(), options()).createNoteWithAttachment(user.draft()).success;
+        };
+        auto other = std::async(std::launch::async, attempt);
+        const bool succeeds = attempt();
+        return other.get() && succeeds;
+    });
+
+    EXPECT_TRUE(bothSucceed);
+    EXPECT_EQ(service.count(u("POST /resources")), 1);
+    EXPECT_EQ(service.journal().filter(u("DELETE ")), QStringList());
 }
 
 TEST_F(JoplinFaultsTest, consentEndsWithoutARefusalWhenNobodyAnswers) {

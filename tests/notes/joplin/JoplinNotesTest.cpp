@@ -50,6 +50,7 @@ protected:
     JoplinNotesApplication application{secrets, [this] {
                                            JoplinOptions options;
                                            options.ports = [this] { return std::vector<quint16>{joplin.port()}; };
+                                           options.lockFolder = user.path("").toStdString();
                                            options.consentPoll = std::chrono::milliseconds(50);
                                            return options;
                                        }()};
