@@ -35,9 +35,10 @@ LiveTimeLine::LiveTimeLine(int channels, std::unique_ptr<RateConverter> converte
     : m_channels(static_cast<std::size_t>(channels)),
       m_converter(std::move(converter)),
       m_deliver(std::move(deliver)),
-      m_started(started),
+      m_next(wholeFrame(framesAt(started)) - FrameCount(1)),
       m_lastArrival(started) {
     m_held.reserve(kMostHeldFrames * m_channels);
+    emitSilence(1);
 }
 
 std::int64_t LiveTimeLine::heldFrames() const { return static_cast<std::int64_t>(m_held.size() / m_channels); }
@@ -94,9 +95,6 @@ void LiveTimeLine::arrived(HostTime now) {
 void LiveTimeLine::lock(HostTime now) {
     const double first = originOfHeld() + static_cast<double>(m_heldEnd - heldFrames());
     const HostFramePos begin = wholeFrame(first);
-    if (!m_begun) m_next = begin;
-    m_begun = true;
-
     const std::int64_t gap = (begin - m_next).count();
     emitSilence(std::max<std::int64_t>(gap, 0));
     const std::int64_t covered = std::min(std::max<std::int64_t>(-gap, 0), heldFrames());
@@ -141,27 +139,14 @@ HostTime LiveTimeLine::nextTick(HostTime now) const {
 
 void LiveTimeLine::finish(HostTime now) {
     if (m_state == State::Anchoring && m_heldEnd > 0) lock(now);
-    if (!m_begun) begin();
     const std::int64_t behind = (wholeFrame(framesAt(now)) - m_next).count();
     // In large pieces: the receiver has only so many buffers, and none of them comes back before this is through.
     if (behind > kUsualDelayFrames) emitSilence(behind, kPieceFrames);
     payOwed();
 }
 
-/// Without anything from the device.
-void LiveTimeLine::begin() {
-    m_next = wholeFrame(framesAt(m_started));
-    m_begun = true;
-}
-
 /// The present minus the patience, and no further: what a stalled device still delivers late is then not lost.
-void LiveTimeLine::keepUp(HostTime now) {
-    if (!m_begun) {
-        if (now - m_started < kPatience) return;
-        begin();
-    }
-    emitSilence((wholeFrame(framesAt(now) - kPatienceFrames) - m_next).count());
-}
+void LiveTimeLine::keepUp(HostTime now) { emitSilence((wholeFrame(framesAt(now) - kPatienceFrames) - m_next).count()); }
 
 void LiveTimeLine::convertAndEmit(std::span<const float> interleaved) {
     // In pieces, so that a long burst does not make the converter grow.

@@ -14,10 +14,9 @@ namespace quillet {
 
 /// Places what arrives from a live device on the machine's monotonic clock: one unbroken run of frames, each where it
 /// sounded. It follows the device's clock by stretching, fills lost audio and silent devices with silence, drops audio
-/// for which silence has already been delivered, and finds its place anew after every break. Once begun, it is never
-/// more than about a second behind the present nor 60 ms ahead of it. Owned by a recording stream and used on that
-/// stream's thread only, but for the end; it allocates nothing after construction, apart from the converter's own
-/// warm-up.
+/// for which silence has already been delivered, and finds its place anew after every break. It is never more than
+/// about a second behind the present nor 60 ms ahead of it. Owned by a recording stream and used on that stream's
+/// thread only, but for the end; it allocates nothing after construction, apart from the converter's own warm-up.
 class LiveTimeLine {
 public:
     /// Takes frames that begin at the position and returns how many it took; what it leaves is owed to it as silence.
@@ -31,6 +30,8 @@ public:
     /// How much of that passes before a server that has just linked a stream is past skipping a period.
     static constexpr Seconds kLinking = std::chrono::milliseconds(100);
 
+    /// Delivers a frame of silence at once, the last before the start: from there on the other source's sound can be
+    /// placed, while this one's first is still held back.
     LiveTimeLine(int channels, std::unique_ptr<RateConverter> converter, Deliver deliver, HostTime started);
 
     /// Frames that were taken from the device at this moment; arrived() ends the moment's series.
@@ -55,7 +56,6 @@ private:
 
     void lock(HostTime now);
     [[nodiscard]] double originOfHeld() const;
-    void begin();
     void keepUp(HostTime now);
     void emit(std::span<const float> interleaved);
     void emitSilence(std::int64_t frames, std::size_t framesPerPiece = kSilenceFrames);
@@ -66,12 +66,10 @@ private:
     const std::size_t m_channels;
     const std::unique_ptr<RateConverter> m_converter;
     const Deliver m_deliver;
-    const HostTime m_started;
     ArrivalClock m_clock;
 
     State m_state = State::Anchoring;
-    bool m_begun = false;
-    HostFramePos m_next;     ///< where the next frame belongs; meaningful once begun
+    HostFramePos m_next;     ///< where the next frame belongs
     std::int64_t m_owed = 0; ///< frames before m_next that nobody has taken
     HostTime m_lastArrival;
 
