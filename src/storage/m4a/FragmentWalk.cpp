@@ -124,6 +124,7 @@ private:
     Result<Step> takeFragment(std::int64_t& position);
     Result<std::uint32_t> writtenPackets(std::size_t chunk, std::size_t firstPacket);
     Result<bool> endsInZeros(std::int64_t from, std::int64_t atMost);
+    Result<bool> restHoldsLaterSound();
 
     DurableFile& m_file;
     Walk& m_walk;
@@ -248,16 +249,40 @@ Result<bool> Walker::endsInZeros(std::int64_t from, std::int64_t atMost) {
     return true;
 }
 
+/// Looks for a fragment that continues more sound than has been found. The one that was cut off continues just that.
+Result<bool> Walker::restHoldsLaterSound() {
+    const std::int64_t rest = std::min(m_walk.fileSize - m_walk.soundEnd, kMostRubbish);
+    const auto bytes = window(m_walk.soundEnd, static_cast<std::size_t>(rest));
+    if (!bytes) return Failure{bytes.error()};
+    static constexpr std::array kType = {std::byte{'m'}, std::byte{'o'}, std::byte{'o'}, std::byte{'f'}};
+    const std::uint64_t foundFrames = m_walk.samples.packetBytes.size() * std::uint64_t{kPacketFrames};
+    for (auto at = bytes->begin(); at != bytes->end(); ++at) {
+        at = std::search(at, bytes->end(), kType.begin(), kType.end());
+        const auto offset = static_cast<std::size_t>(at - bytes->begin());
+        if (at == bytes->end()) break;
+        if (offset < kType.size()) continue;
+        const std::uint32_t length = ByteReader(bytes->subspan(offset - kType.size())).u32();
+        const Bytes payload = bytes->subspan(offset + kType.size());
+        if (length < kBoxHeaderBytes || length - kBoxHeaderBytes > payload.size()) continue;
+        const auto fragment = parseFragment(payload.first(length - kBoxHeaderBytes), m_defaults);
+        if (fragment && fragment->firstFrame > foundFrames) return true;
+    }
+    return false;
+}
+
 /// What follows the sound is given up when finishing. That must be the remains of one fragment, zeros, or an earlier
-/// attempt at finishing; more than that means that a damaged spot hides the greater part of the recording.
+/// attempt at finishing; more than that means that a damaged spot hides a part of the recording.
 Result<void> Walker::judgeRest() {
-    if (m_walk.fileSize - m_walk.soundEnd <= kMostRubbish) return {};
     const auto bytes = window(m_walk.soundEnd, kBoxHeaderBytes);
     if (!bytes) return Failure{bytes.error()};
     ByteReader header(*bytes);
     header.u32();
     const std::uint32_t type = header.u32();
     if (type == fourCc("moov") || type == fourCc("free")) return {};
+    const auto hidesSound = restHoldsLaterSound();
+    if (!hidesSound) return Failure{hidesSound.error()};
+    if (*hidesSound) return refusal(QStringLiteral("it is damaged in the middle"));
+    if (m_walk.fileSize - m_walk.soundEnd <= kMostRubbish) return {};
     const auto zeros = endsInZeros(m_walk.soundEnd, kMostRubbish);
     if (!zeros) return Failure{zeros.error()};
     return *zeros ? Result<void>() : refusal(QStringLiteral("it is damaged in the middle"));

@@ -126,19 +126,6 @@ TEST_F(FinishInPlaceTest, pagesThatNeverReachedTheDiskEndTheRecordingInFrontOfTh
     }
 }
 
-TEST_F(FinishInPlaceTest, aFragmentThatIsMissingEndsTheRecordingInFrontOfIt) {
-    const std::vector<std::size_t> edges = boxEdges(s_leftover);
-    ByteVector bytes = s_leftover;
-    bytes.erase(bytes.begin() + static_cast<std::ptrdiff_t>(edges[4]),
-                bytes.begin() + static_cast<std::ptrdiff_t>(edges[6]));
-    MemoryFile file(bytes);
-
-    const auto finished = finishInPlace(file, {});
-
-    ASSERT_TRUE(finished.ok());
-    EXPECT_EQ(finished->blocks, packetsBefore(edges[4]) - 1);
-}
-
 /// Finishing is stopped after every single byte that it writes, in each of three ways, and then tried again.
 TEST_F(FinishInPlaceTest, stoppedAtAnyByteItIsFinishedAllTheSameTheNextTime) {
     enum class Stop { Killed, PowerCut, DeviceError };
@@ -207,9 +194,13 @@ ByteVector replaced(ByteVector bytes, std::string_view what, std::string_view by
 }
 
 TEST_F(FinishInPlaceTest, whatIsNotAnUnfinishedRecordingOfOursStaysUntouched) {
-    ByteVector damaged = unfinishedRecording(3000);
-    ASSERT_GT(damaged.size(), 1400U << 10);
-    damaged[boxEdges(damaged)[10] + 5] = std::byte{'x'}; // a fragment near the beginning is none any more
+    ByteVector damaged[] = {unfinishedRecording(200), unfinishedRecording(3000)};
+    ASSERT_GT(damaged[1].size(), 1400U << 10);
+    for (ByteVector& file : damaged) file[boxEdges(file)[10] + 5] = std::byte{'x'}; // near the beginning, no fragment
+    ByteVector incomplete = s_leftover;
+    const auto edges = boxEdges(incomplete);
+    incomplete.erase(incomplete.begin() + static_cast<std::ptrdiff_t>(edges[4]),
+                     incomplete.begin() + static_cast<std::ptrdiff_t>(edges[6]));
     ByteVector text(5000, std::byte{'a'});
     const struct {
         const char* name;
@@ -220,7 +211,9 @@ TEST_F(FinishInPlaceTest, whatIsNotAnUnfinishedRecordingOfOursStaysUntouched) {
                 {"finished already", s_finished},
                 {"fragments of somebody else", replaced(s_leftover, "Quillet", "Somebdy")},
                 {"another codec", replaced(s_leftover, "mp4a", "alac")},
-                {"damaged in the middle", damaged}};
+                {"a fragment is missing", incomplete},
+                {"a fragment is damaged", damaged[0]},
+                {"a fragment far from the end is damaged", damaged[1]}};
     for (const auto& row : rows) {
         MemoryFile file(row.bytes);
         const auto finished = finishInPlace(file, {});
