@@ -107,7 +107,9 @@ std::size_t DeliveryPool::deliver(HostFramePos position, std::span<const float> 
         const std::size_t gathered =
             std::accumulate(state.buffers.begin(), found, buffer.frames,
                             [](std::size_t frames, const Buffer& waiting) { return frames + waiting.frames; });
-        if (gathered > kFramesThatWait) {
+        // Many small pieces are no reason to run out of buffers.
+        const bool halfAreWaiting = static_cast<std::size_t>(found - state.buffers.begin()) >= kBuffers / 2;
+        if (gathered > kFramesThatWait || halfAreWaiting) {
             state.queue.post(buffer);
         } else {
             state.queue.postUnhurried(buffer);

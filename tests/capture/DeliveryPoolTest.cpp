@@ -107,6 +107,12 @@ TEST_F(DeliveryPoolTest, AFragmentInPiecesWaitsForTheNextWhichWakesTheQueueByIts
     EXPECT_TRUE(waits) << "each fragment wakes the queue";
     deliver(1023);
     EXPECT_TRUE(waitFor(allArrived));
+
+    for (std::size_t i = 0; i < DeliveryPool::kBuffers; ++i) deliver(8);
+    EXPECT_TRUE(waitFor([&] { return arrived >= delivered - static_cast<int>(DeliveryPool::kBuffers / 2); }))
+        << "small pieces do so before they take the last buffer";
+    deliver(2048);
+    EXPECT_TRUE(waitFor(allArrived));
     queue.sync([] {}); // nothing is left to arrive after the counters are gone
 }
 
