@@ -116,8 +116,6 @@ QString describe(Fault fault) {
         return QStringLiteral("Joplin reported an internal error.");
     case Fault::Garbage:
         return QStringLiteral("Joplin gave an answer that makes no sense.");
-    case Fault::Unreadable:
-        return QStringLiteral("The recording cannot be read.");
     }
     return {};
 }

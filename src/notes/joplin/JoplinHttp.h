@@ -24,8 +24,7 @@ enum class Fault {
     Stalled,    ///< no answer, or no progress, within the limit
     BrokenOff,  ///< the connection ended in the middle
     ServerError,
-    Garbage,   ///< an answer that is not Joplin's
-    Unreadable ///< the file to upload
+    Garbage ///< an answer that is not Joplin's
 };
 
 /// A sentence for the user.

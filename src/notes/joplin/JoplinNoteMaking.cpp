@@ -16,11 +16,11 @@ constexpr int kMaxTrashed = 20;
 constexpr int kLongestWaitMs = 120'000; ///< for another attempt at the same note
 
 /// The same for the same draft with the same recording, now and in another run.
-QString idFor(const NoteDraft& draft, const QFileInfo& recording, const QString& what) {
+QString idFor(const NoteDraft& draft, const Recording& recording, const QString& what) {
     QCryptographicHash hash(QCryptographicHash::Sha256);
-    for (const QString& part : {what, recording.canonicalFilePath(), QString::number(recording.size()),
-                                QString::number(recording.lastModified().toMSecsSinceEpoch()), draft.title, draft.body,
-                                draft.folderName.value_or(QString())}) {
+    for (const QString& part :
+         {what, recording.canonicalPath, QString::number(recording.bytes), QString::number(recording.modifiedMs),
+          draft.title, draft.body, draft.folderName.value_or(QString())}) {
         const QByteArray bytes = part.toUtf8();
         hash.addData(QByteArray::number(bytes.size()) + ':' + bytes);
     }
@@ -29,9 +29,8 @@ QString idFor(const NoteDraft& draft, const QFileInfo& recording, const QString&
 }
 
 /// A suffix that Joplin knows the type of, which decides whether the note shows a player.
-QString suffixOf(const QFileInfo& recording) {
+QString playableSuffix(const QString& suffix) {
     static const QRegularExpression kPlain(QStringLiteral("^[A-Za-z0-9]{1,7}$"));
-    const QString suffix = recording.suffix();
     return QLatin1Char('.') + (kPlain.match(suffix).hasMatch() ? suffix : QStringLiteral("m4a"));
 }
 
@@ -42,7 +41,7 @@ struct NotePlan {
 };
 
 /// A note in the trash was made and thrown away; one more may be made, under another id.
-Result<NotePlan, Fault> plan(Client& client, const NoteDraft& draft, const QFileInfo& recording) {
+Result<NotePlan, Fault> plan(Client& client, const NoteDraft& draft, const Recording& recording) {
     for (int trashed = 0; trashed < kMaxTrashed; ++trashed) {
         const QString id = idFor(draft, recording, QStringLiteral("note %1").arg(trashed));
         const auto note = client.note(id);
@@ -55,11 +54,18 @@ Result<NotePlan, Fault> plan(Client& client, const NoteDraft& draft, const QFile
 
 } // namespace
 
-Result<void, Fault> makeNote(Client& client, const NoteDraft& draft, const QString& folderId,
+Recording::Recording(const std::filesystem::path& path) : file(QString::fromStdString(path.string())) {
+    QFileInfo info(file);
+    if (!info.isFile() || !file.open(QFile::ReadOnly)) return;
+    canonicalPath = info.canonicalFilePath();
+    name = info.fileName();
+    suffix = info.suffix();
+    bytes = file.size();
+    modifiedMs = info.lastModified().toMSecsSinceEpoch();
+}
+
+Result<void, Fault> makeNote(Client& client, const NoteDraft& draft, Recording& recording, const QString& folderId,
                              const std::filesystem::path& lockFolder) {
-    QFile file(QString::fromStdString(draft.attachment.string()));
-    const QFileInfo recording(file);
-    if (!recording.isFile() || !file.open(QFile::ReadOnly)) return Failure{Fault::Unreadable};
     const QString resourceId = idFor(draft, recording, QStringLiteral("recording"));
     QLockFile lock(QDir(QFile::decodeName(lockFolder.c_str())).filePath(resourceId + QStringLiteral(".lock")));
     lock.setStaleLockTime(0); // an upload may take long; whose process is gone does not count in any case
@@ -71,12 +77,13 @@ Result<void, Fault> makeNote(Client& client, const NoteDraft& draft, const QStri
 
     const auto bytes = client.resourceBytes(resourceId);
     if (!bytes) return Failure{bytes.error()};
-    const bool isUploaded = *bytes == recording.size();
+    const bool isUploaded = *bytes == recording.bytes;
     Result<void, Fault> done;
-    if (!isUploaded) done = client.makeResource(resourceId, recording.fileName(), file, suffixOf(recording));
+    if (!isUploaded)
+        done = client.makeResource(resourceId, recording.name, recording.file, playableSuffix(recording.suffix));
     if (done && !note->exists) done = client.makeNote(note->id, draft.title, folderId);
     if (done) {
-        const QString player = QStringLiteral("[%1](:/%2)").arg(markdown::linkLabel(recording.fileName()), resourceId);
+        const QString player = QStringLiteral("[%1](:/%2)").arg(markdown::linkLabel(recording.name), resourceId);
         done = client.setBody(note->id,
                               markdown::withParagraphBelowHeading(markdown::withDashBullets(draft.body), player));
     }

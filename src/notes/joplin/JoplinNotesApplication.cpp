@@ -181,9 +181,9 @@ Result<QString, Fault> JoplinNotesApplication::findOrMakeFolder(joplin::Client& 
 }
 
 NoteOutcome JoplinNotesApplication::createNoteWithAttachment(const NoteDraft& draft) {
-    const QString recording = QString::fromStdString(draft.attachment.string());
-    if (!QFileInfo(recording).isFile() || !QFileInfo(recording).isReadable())
-        return {false, false, QStringLiteral("The recording %1 cannot be read.").arg(recording)};
+    joplin::Recording recording(draft.attachment);
+    if (!recording.isOpen())
+        return {false, false, QStringLiteral("The recording %1 cannot be read.").arg(recording.file.fileName())};
     const QString folderName = draft.folderName.value_or(QString()).trimmed();
     if (!folderName.isEmpty() && titleAsKept(folderName).isEmpty())
         return {false, false, QStringLiteral("A folder in Joplin cannot be called “%1”.").arg(folderName)};
@@ -191,7 +191,7 @@ NoteOutcome JoplinNotesApplication::createNoteWithAttachment(const NoteDraft& dr
     if (!client) return failed(client.error());
     const auto folder = findOrMakeFolder(**client, folderName);
     if (!folder) return failed(folder.error());
-    const auto made = joplin::makeNote(**client, draft, *folder, m_options.lockFolder);
+    const auto made = joplin::makeNote(**client, draft, recording, *folder, m_options.lockFolder);
     return made ? NoteOutcome{.success = true, .isAutomationDenied = false, .reason = {}} : failed(made.error());
 }
 

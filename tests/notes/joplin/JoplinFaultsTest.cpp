@@ -228,6 +228,24 @@ TEST_F(JoplinFaultsTest, whatALostAnswerLeftBehindIsCompletedNotDoubled) {
     EXPECT_EQ(service.journal().filter(u("PUT ")), puts);
 }
 
+TEST_F(JoplinFaultsTest, aNoteGetsTheRecordingThatItWasAskedForWhateverTakesItsName) {
+    const qint64 bytes = QFileInfo(user.path("talk.m4a")).size();
+    service.script = [this](const Request& request) {
+        if (request.path == u"/folders") {
+            QFile::rename(user.path("talk.m4a"), user.path("talk earlier.m4a"));
+            user.write("talk.m4a", QByteArray(5'000, 'b'));
+        }
+        return FakeService::asJoplin(request);
+    };
+
+    EXPECT_TRUE(create(user.draft()).success);
+
+    const auto upload = std::find_if(service.requests.begin(), service.requests.end(),
+                                     [](const Request& request) { return request.path == u"/resources"; });
+    ASSERT_NE(upload, service.requests.end());
+    EXPECT_GT(upload->bodyBytes, bytes);
+}
+
 TEST_F(JoplinFaultsTest, ofTwoAttemptsAtOnceOneMakesTheNoteAndBothSucceed) {
     // The first one's upload is held up until the second has asked about everything that it may ask before.
     service.stallAfterBodyBytes = 0;
