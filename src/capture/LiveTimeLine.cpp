@@ -25,6 +25,8 @@ HostFramePos wholeFrame(double hostFrames) { return HostFramePos(FrameCount(std:
 double countOf(HostFramePos position) { return static_cast<double>(position.time_since_epoch().count()); }
 
 constexpr double kPatienceFrames = LiveTimeLine::kPatience.count() * kSampleRateHz;
+constexpr HostTime::duration kGone = 5s;
+constexpr double kGoneDelayFrames = 0.25 * kSampleRateHz;
 constexpr double kFramesAhead = ArrivalClock::kDiscontinuity.count() * kSampleRateHz;
 /// What a device that is well has not delivered yet.
 constexpr std::int64_t kUsualDelayFrames = kSampleRateHz / 10;
@@ -145,8 +147,12 @@ void LiveTimeLine::finish(HostTime now) {
     payOwed();
 }
 
-/// The present minus the patience, and no further: what a stalled device still delivers late is then not lost.
-void LiveTimeLine::keepUp(HostTime now) { emitSilence((wholeFrame(framesAt(now) - kPatienceFrames) - m_next).count()); }
+/// The present minus the patience, and no further: what a stalled device still delivers late is then not lost. From one
+/// that is gone nothing comes late, and the other source's sound must not wait on its way to the disk.
+void LiveTimeLine::keepUp(HostTime now) {
+    const double delay = now - m_lastArrival >= kGone ? kGoneDelayFrames : kPatienceFrames;
+    emitSilence((wholeFrame(framesAt(now) - delay) - m_next).count());
+}
 
 void LiveTimeLine::convertAndEmit(std::span<const float> interleaved) {
     // In pieces, so that a long burst does not make the converter grow.

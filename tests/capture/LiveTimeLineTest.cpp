@@ -336,7 +336,7 @@ TEST_F(Break, ASilentDeviceIsFollowedInSilenceAndPlacedAnewWhenItReturns) {
     play(10 * kPerSecond);
 
     EXPECT_TRUE(simulation.contiguous);
-    EXPECT_GT(behindInSilence, 0.9);
+    EXPECT_LT(behindInSilence, 0.28) << "the other source waits";
     EXPECT_LT(simulation.furthestBehind, 1.1);
     EXPECT_LT(simulation.furthestAhead, 0.060);
     expectInPlace(before + 10 * kPerSecond, simulation.fragments() - 2);
@@ -409,10 +409,9 @@ TEST(LiveTimeLine, BeginsAtOnceAndGoesOnInSilenceWhenADeviceDeliversNothing) {
     EXPECT_NEAR(simulation.firstSeconds, 100, 0.001);
     simulation.advance(100.9);
     EXPECT_NEAR(simulation.behind(at(100.9)), 0.9, 0.001) << "nothing is made up while sound may be on its way";
-    simulation.advance(105);
-
+    simulation.advance(104);
     EXPECT_LT(simulation.furthestBehind, 1.03);
-    EXPECT_LT(simulation.behind(at(105)), 1.03);
+    EXPECT_GT(simulation.behind(at(104)), 0.9) << "much may still come late";
 }
 
 } // namespace
