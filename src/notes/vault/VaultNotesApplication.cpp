@@ -57,15 +57,6 @@ bool VaultNotesApplication::canBeMade(const Place& place) {
     return folder && (*folder)->checkWritable();
 }
 
-bool VaultNotesApplication::isAvailable() const {
-    const Place place = this->place();
-    std::error_code error;
-    if (!place.folder.is_absolute()) return false;
-    if (std::filesystem::exists(std::filesystem::symlink_status(place.folder, error)))
-        return std::filesystem::is_directory(place.folder, error);
-    return canBeMade(place);
-}
-
 NotesAccess VaultNotesApplication::probeAccess() {
     const Place place = this->place();
     if (!place.folder.is_absolute()) return NotesAccess::Denied;

@@ -25,7 +25,9 @@ public:
     /// "Quillet Notes" in the user's documents.
     [[nodiscard]] static std::filesystem::path standardFolder();
 
-    [[nodiscard]] bool isAvailable() const override;
+    /// Wherever there could be a vault. Whether there is one only its volume could tell, which may be a network's that
+    /// does not answer: that is a question of access.
+    [[nodiscard]] bool isAvailable() const override { return place().folder.is_absolute(); }
     [[nodiscard]] bool asksForConsent() const override { return false; }
     [[nodiscard]] NotesAccess probeAccess() override;
     [[nodiscard]] bool requestAccess() override;
