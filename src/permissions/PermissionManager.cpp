@@ -17,6 +17,11 @@ PermissionStatus grantedOrDenied(bool granted) {
     return granted ? PermissionStatus::Granted : PermissionStatus::Denied;
 }
 
+/// Access is looked at often and seldom another: the file of the settings is not written anew for what it says already.
+void keep(UserDefaults& defaults, const QString& key, bool value) {
+    if (defaults.boolean(key, !value) != value) defaults.set(key, value);
+}
+
 } // namespace
 
 PermissionManager::PermissionManager(std::shared_ptr<PermissionServices> services,
@@ -107,7 +112,7 @@ void PermissionManager::forgetNotesAccess() {
 }
 
 void PermissionManager::askForAutomation(Completion completion) {
-    m_defaults.set(DefaultsKeys::automationPromptAttempted, true);
+    keep(m_defaults, DefaultsKeys::automationPromptAttempted, true);
     checkNotesAutomationAccess(LiveTest::MayAskTheUser, [self = shared_from_this(), asked = notesGeneration(),
                                                          completion = std::move(completion)](bool granted) {
         if (asked == self->notesGeneration()) self->refreshStatus();
@@ -128,7 +133,7 @@ void PermissionManager::checkNotesAutomationAccess(LiveTest test, Completion onM
                 test == LiveTest::MayAskTheUser ? notes->requestAccess() : notes->probeAccess() == NotesAccess::Granted;
         MainThread::post([defaults, granted, isOutdated, onMain = std::move(onMain)] {
             if (isOutdated()) return onMain(false);
-            defaults->set(DefaultsKeys::automationGrantedCached, granted);
+            keep(*defaults, DefaultsKeys::automationGrantedCached, granted);
             onMain(granted);
         });
     });

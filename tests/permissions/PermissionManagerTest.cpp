@@ -5,10 +5,12 @@
 #include "support/WaitFor.h"
 
 #include <QElapsedTimer>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <semaphore>
 #include <thread>
@@ -152,6 +154,29 @@ TEST_F(PermissionManagerTest, AskingMarksTheAttemptAndAnswersOnTheMainThread) {
     }
     EXPECT_EQ(notes->requests, 2);
     EXPECT_FALSE(notes->wasAskedOnTheMainThread);
+}
+
+TEST_F(PermissionManagerTest, AnAnswerThatIsNoNewsLeavesTheFileOfTheSettingsAlone) {
+    const QTemporaryDir folder;
+    const std::filesystem::path file = folder.filePath(QStringLiteral("settings.ini")).toStdString();
+    const std::filesystem::path sameFile = folder.filePath(QStringLiteral("linked")).toStdString();
+    FileUserDefaults stored(QString::fromStdString(file.string()));
+    const auto manager = PermissionManager::create(services, notes, stored);
+    const auto ask = [&] {
+        bool told = false;
+        manager->requestAutomationAccess([&](bool) { told = true; });
+        const bool isOver = test::waitFor([&] { return told && notes.use_count() == 2; });
+        test::processEvents(); // the quiet look that follows
+        return isOver;
+    };
+    ASSERT_TRUE(ask());
+    std::filesystem::create_hard_link(file, sameFile);
+    ASSERT_TRUE(ask());
+    EXPECT_TRUE(std::filesystem::equivalent(file, sameFile)) << "a file that is written takes the place of the old one";
+    notes->answer = false;
+    notes->access = NotesAccess::Denied;
+    ASSERT_TRUE(ask());
+    EXPECT_FALSE(stored.boolean(DefaultsKeys::automationGrantedCached));
 }
 
 TEST_F(PermissionManagerTest, TheUsersPromptComesOnlyWhereThereIsAnApplicationAndThenEachTime) {
