@@ -20,17 +20,20 @@ constexpr const char* kMessage =
 std::shared_ptr<SettingsStore> SettingsStore::create(RecordingFileManager& files, const NoteIntegrator& notes,
                                                      const PermissionManager& permissions, const UserDefaults& defaults,
                                                      FolderChooser chooseFolder) {
-    std::shared_ptr<SettingsStore> store(new SettingsStore(files, notes, defaults, std::move(chooseFolder)));
+    std::shared_ptr<SettingsStore> store(
+        new SettingsStore(files, notes, permissions, defaults, std::move(chooseFolder)));
     if (permissions.automationStatus.value() == PermissionStatus::Granted) store->refreshFolders();
     return store;
 }
 
-SettingsStore::SettingsStore(RecordingFileManager& files, const NoteIntegrator& notes, const UserDefaults& defaults,
+SettingsStore::SettingsStore(RecordingFileManager& files, const NoteIntegrator& notes,
+                             const PermissionManager& permissions, const UserDefaults& defaults,
                              FolderChooser chooseFolder)
     : recordingPath(files.recordingsDirectoryDisplayPath()),
       notesFolderName(defaults.string(DefaultsKeys::notesFolderName).value_or(QString())),
       m_files(files),
       m_notes(notes),
+      m_permissions(permissions),
       m_chooseFolder(std::move(chooseFolder)) {
     m_refreshFoldersWorkItem.setSingleShot(true);
     m_refreshFoldersWorkItem.setTimerType(Qt::PreciseTimer);
@@ -44,9 +47,10 @@ void SettingsStore::refreshFolders() {
 }
 
 void SettingsStore::fetchFolders() {
-    m_notes.fetchFoldersAsyncDetailed([weak = weak_from_this()](const std::vector<QString>& folders, bool failed) {
+    m_notes.fetchFoldersAsyncDetailed([weak = weak_from_this(), asked = m_permissions.notesGeneration()](
+                                          const std::vector<QString>& folders, bool failed) {
         const auto self = weak.lock();
-        if (!self) return;
+        if (!self || asked != self->m_permissions.notesGeneration()) return;
         self->availableFolders.set(folders);
         self->notesFoldersLoadFailed.set(failed);
         self->isLoadingFolders.set(false);

@@ -34,18 +34,20 @@ public:
     /// The folder for notes that was chosen when the store was made.
     Published<QString> notesFolderName;
 
-    /// Requests closer together than 300 ms make one listing. A listing that has begun still delivers.
+    /// Requests closer together than 300 ms make one listing. A listing that has begun still delivers, unless another
+    /// notes application has been chosen meanwhile: with that choice goes a request of its own.
     void refreshFolders();
     void chooseRecordingsFolder();
 
 private:
-    SettingsStore(RecordingFileManager& files, const NoteIntegrator& notes, const UserDefaults& defaults,
-                  FolderChooser chooseFolder);
+    SettingsStore(RecordingFileManager& files, const NoteIntegrator& notes, const PermissionManager& permissions,
+                  const UserDefaults& defaults, FolderChooser chooseFolder);
     void fetchFolders();
     [[nodiscard]] std::optional<std::filesystem::path> startFolder() const;
 
     RecordingFileManager& m_files;
     const NoteIntegrator& m_notes;
+    const PermissionManager& m_permissions;
     const FolderChooser m_chooseFolder;
     QTimer m_refreshFoldersWorkItem; ///< runs while a refresh is scheduled and has not begun
 };

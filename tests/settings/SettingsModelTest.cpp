@@ -220,6 +220,26 @@ TEST_F(ChoicesTest, AnApplicationThatIsLeftIsNotWaitedForAndItsAnswerChangesNoth
     ASSERT_TRUE(settle());
 }
 
+TEST_F(ChoicesTest, ALateAnswerOfTheApplicationBeforeDoesNotReplaceTheFolders) {
+    notes->folders = {QStringLiteral("Of the other one")};
+    std::atomic<bool> goOn = false;
+    notes->duringCall = [&] {
+        if (notes->folderCalls != 1) return; // the first listing, and no other
+        while (!goOn) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    };
+    const auto choice = makeNotesChoice();
+    ASSERT_TRUE(waitFor([this] { return notes->folderCalls == 1; }));
+
+    notes->folders = {QStringLiteral("Work")};
+    choice->setApplication(NotesChoiceModel::Application::Joplin);
+    ASSERT_TRUE(settle());
+    goOn = true;
+    ASSERT_TRUE(waitFor([this] { return notes.use_count() == 3; }));
+    processEvents();
+    EXPECT_THAT(store->availableFolders.value(), ElementsAre(QStringLiteral("Work")));
+    EXPECT_FALSE(store->notesFoldersLoadFailed.value());
+}
+
 TEST_F(ChoicesTest, TheVaultsFolder) {
     const auto choice = makeNotesChoice();
     EXPECT_TRUE(choice->isDefaultVault());

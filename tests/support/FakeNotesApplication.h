@@ -44,9 +44,10 @@ public:
         if (onCancel) onCancel();
     }
     std::vector<QString> fetchFolders() override {
+        std::vector<QString> found = folders; // before the call is known of: the test may change them then
         ++folderCalls;
         blocks();
-        return folders;
+        return found;
     }
     bool testFolderConnection(const QString& folderName) override {
         ++folderCalls;
