@@ -18,9 +18,10 @@ void SettingsModel::appeared() {
     m_services.store->recordingPath.set(m_services.files.recordingsDirectoryDisplayPath());
     selectedNotesFolder.set(m_services.defaults.string(DefaultsKeys::notesFolderName).value_or(QString()));
     // An application that would ask the user anew each time is only asked when the user wants it.
-    if (m_services.notes.isNotesAvailable() && m_services.notesApplication->asksAtMostOnce())
+    const NotesApplication& application = *m_services.notesApplication;
+    if (m_services.notes.isNotesAvailable() && application.asksForConsent() && application.asksAtMostOnce())
         permissions.triggerNotesAutomationPermissionPromptIfNeeded();
-    m_services.store->refreshFolders();
+    refreshFolders();
     launchAtLogin.set(m_services.isLaunchedAtLogin());
     m_services.summarisation->checkLocalAvailability();
 }
@@ -59,6 +60,15 @@ void SettingsModel::allowAccess() {
         self->accessWasRefused.set(refused);
         self->isAskingForAccess.set(false);
     });
+}
+
+void SettingsModel::refreshFolders() {
+    const auto store = m_services.store;
+    if (m_services.notesApplication->asksForConsent()) return store->refreshFolders();
+    // A folder opens without anybody's consent: a disk is back, a network answers again. What was known of it would
+    // keep it from being listed.
+    store->isLoadingFolders.set(true);
+    m_services.permissions->requestAutomationAccess([store](bool) { store->refreshFolders(); });
 }
 
 QStringList SettingsModel::notesFolderOptions() const {

@@ -91,6 +91,8 @@ public:
     [[nodiscard]] AccessRow accessRow() const;
     [[nodiscard]] FoldersRemark foldersRemark() const;
     void allowAccess();
+    /// Lists the folders anew; where nobody has to allow anything, after looking whether we are let in by now.
+    void refreshFolders();
     /// The empty string, which stands for the default place, the stored name when it is not listed, all that is listed.
     [[nodiscard]] QStringList notesFolderOptions() const;
     void selectNotesFolder(const QString& name);

@@ -121,6 +121,23 @@ TEST_F(SettingsViewTest, AFreshVaultHasNoFoldersYetAndAsksForNothing) {
     EXPECT_FALSE(says("Could not load Notes folders. Grant Automation permission for Notes and try Refresh again."));
 }
 
+TEST_F(SettingsViewTest, ANotesFolderThatIsBackIsUsedAfterRefresh) {
+    const char* const unusable = "Quillet cannot write to the notes folder. Please choose another one.";
+    notes->answer = false;
+    notes->access = NotesAccess::Denied;
+    open();
+    EXPECT_TRUE(says(unusable));
+    notes->answer = true;
+    notes->access = NotesAccess::Granted;
+    notes->folders = {QStringLiteral("Work")};
+    click("Refresh");
+    EXPECT_FALSE(picker("Folder")) << "something happens at once";
+    ASSERT_TRUE(settle());
+    EXPECT_FALSE(says(unusable));
+    ASSERT_TRUE(picker("Folder"));
+    EXPECT_EQ(picker("Folder")->count(), 2);
+}
+
 TEST_F(SettingsViewTest, WithoutAccessTheWayToItIsShown) {
     notes->asks = true;
     notes->asksOnce = false;

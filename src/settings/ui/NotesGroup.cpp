@@ -149,7 +149,7 @@ void NotesGroup::addFolderRow(Group& group) {
 
     connect(m_folder, &QComboBox::activated, this,
             [this](int index) { m_model->selectNotesFolder(m_folder->itemData(index).toString()); });
-    connect(refresh, &QPushButton::clicked, this, [this] { m_model->services().store->refreshFolders(); });
+    connect(refresh, &QPushButton::clicked, this, [this] { m_model->refreshFolders(); });
     connect(create, &QPushButton::clicked, this, [this] { m_model->openNewFolderSheet(); });
 }
 
