@@ -98,7 +98,20 @@ void PermissionManager::requestMicrophoneAccess(Completion completion) {
     });
 }
 
-void PermissionManager::requestAutomationAccess(Completion completion) { askForAutomation(std::move(completion)); }
+void PermissionManager::requestAutomationAccess(Completion completion) {
+    if (m_askers && !m_notes->asksAtMostOnce()) return m_askers->push_back(std::move(completion));
+    m_askers = std::make_shared<Askers>(1, std::move(completion));
+    isAskingForAutomation.set(true);
+    askForAutomation([self = shared_from_this(), askers = m_askers](bool granted) {
+        if (askers == self->m_askers) self->endAsking();
+        for (const Completion& asker : *askers) asker(granted);
+    });
+}
+
+void PermissionManager::endAsking() {
+    m_askers.reset();
+    isAskingForAutomation.set(false);
+}
 
 void PermissionManager::triggerNotesAutomationPermissionPromptIfNeeded() {
     if (m_notes->isAvailable()) askForAutomation([](bool) {});
@@ -107,6 +120,7 @@ void PermissionManager::triggerNotesAutomationPermissionPromptIfNeeded() {
 void PermissionManager::forgetNotesAccess() {
     ++*m_notesGeneration;
     m_notes->cancelRequest();
+    endAsking(); // whoever asked for that is told no when it ends
     m_defaults.remove(DefaultsKeys::automationPromptAttempted);
     m_defaults.remove(DefaultsKeys::automationGrantedCached);
 }

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace quillet {
 
@@ -33,6 +34,8 @@ public:
     Published<PermissionStatus> screenCaptureStatus{PermissionStatus::NotDetermined};
     Published<PermissionStatus> microphoneStatus{PermissionStatus::NotDetermined};
     Published<PermissionStatus> automationStatus{PermissionStatus::NotDetermined};
+    /// requestAutomationAccess() has been called and not answered.
+    Published<bool> isAskingForAutomation{false};
 
     void refreshStatus();
     /// All that recording needs.
@@ -42,6 +45,8 @@ public:
     bool requestScreenCaptureAccess();
     /// The completions below run on the main thread, never inside the call.
     void requestMicrophoneAccess(Completion completion);
+    /// An application that would ask the user anew each time is not asked again during a request: its answer counts for
+    /// all who want it.
     void requestAutomationAccess(Completion completion);
     /// The same without an answer, and only when there is a notes application.
     void triggerNotesAutomationPermissionPromptIfNeeded();
@@ -65,14 +70,18 @@ private:
     [[nodiscard]] PermissionStatus currentAutomationStatus() const;
     void updateAutomationStatusFromHelperIfNeeded();
     void askForAutomation(Completion completion);
+    void endAsking();
     /// Runs the test on the worker, then, on the main thread, keeps the result unless it is outdated and hands it on.
     void checkNotesAutomationAccess(LiveTest test, Completion onMain);
+
+    using Askers = std::vector<Completion>;
 
     const std::shared_ptr<PermissionServices> m_services;
     const std::shared_ptr<NotesApplication> m_notes;
     UserDefaults& m_defaults;
     /// Counts the choices of an application; a test belongs to that of its beginning. Written on the main thread.
     const std::shared_ptr<std::atomic<unsigned>> m_notesGeneration = std::make_shared<std::atomic<unsigned>>(0);
+    std::shared_ptr<Askers> m_askers; ///< who waits for the newest request; null without one
     /// One test after another, so that an older answer never replaces a newer one. Each test holds the queue: the last
     /// of them may outlive the manager, whose end must not wait for it.
     const std::shared_ptr<SerialQueue> m_worker = std::make_shared<SerialQueue>("quillet.permissions");

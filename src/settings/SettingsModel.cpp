@@ -47,7 +47,6 @@ SettingsModel::FoldersRemark SettingsModel::foldersRemark() const {
 }
 
 void SettingsModel::allowAccess() {
-    isAskingForAccess.set(true);
     accessWasRefused.set(false);
     m_services.permissions->requestAutomationAccess([weak = weak_from_this(), permissions = m_services.permissions,
                                                      store = m_services.store,
@@ -55,10 +54,7 @@ void SettingsModel::allowAccess() {
         const bool refused = !granted && asked == permissions->notesGeneration();
         if (granted) store->refreshFolders();
         if (refused) permissions->openAutomationPreferences();
-        const auto self = weak.lock();
-        if (!self) return;
-        self->accessWasRefused.set(refused);
-        self->isAskingForAccess.set(false);
+        if (const auto self = weak.lock()) self->accessWasRefused.set(refused);
     });
 }
 

@@ -76,8 +76,6 @@ public:
     Published<QString> newFolderName;
     /// The chosen folder for notes, as stored; empty for the default place.
     Published<QString> selectedNotesFolder;
-    /// The user is being asked for access and has not answered.
-    Published<bool> isAskingForAccess{false};
     /// Access was asked for from here and not given.
     Published<bool> accessWasRefused{false};
 

@@ -156,6 +156,33 @@ TEST_F(PermissionManagerTest, AskingMarksTheAttemptAndAnswersOnTheMainThread) {
     EXPECT_FALSE(notes->wasAskedOnTheMainThread);
 }
 
+TEST_F(PermissionManagerTest, AQuestionThatIsOpenIsNotPutASecondTime) {
+    for (const bool asksOnce : {false, true}) {
+        SCOPED_TRACE(asksOnce);
+        arrange(false, {});
+        notes->asksOnce = asksOnce;
+        notes->answer = false;
+        notes->requests = 0;
+        isFirstCall = true;
+        holdFirstCall();
+        const auto manager = make();
+        std::vector<bool> told;
+        const auto ask = [&] { manager->requestAutomationAccess([&](bool granted) { told.push_back(granted); }); };
+        ask();
+        entered.acquire();
+        ask();
+        EXPECT_TRUE(manager->isAskingForAutomation.value());
+        goOn.release();
+        ASSERT_TRUE(test::waitFor([&] { return told.size() == 2; }));
+        EXPECT_THAT(told, ElementsAre(false, false));
+        EXPECT_FALSE(manager->isAskingForAutomation.value());
+        EXPECT_EQ(notes->requests, asksOnce ? 2 : 1);
+        ask();
+        ASSERT_TRUE(test::waitFor([&] { return told.size() == 3; }));
+        EXPECT_EQ(notes->requests, asksOnce ? 3 : 2) << "after the answer it is another question";
+    }
+}
+
 TEST_F(PermissionManagerTest, AnAnswerThatIsNoNewsLeavesTheFileOfTheSettingsAlone) {
     const QTemporaryDir folder;
     const std::filesystem::path file = folder.filePath(QStringLiteral("settings.ini")).toStdString();
@@ -219,6 +246,7 @@ TEST_F(PermissionManagerTest, WhatConcernsTheApplicationBeforeIsNeitherKeptNorPu
     manager->requestAutomationAccess([&](bool granted) { told.push_back(granted); });
 
     manager->forgetNotesAccess();
+    EXPECT_FALSE(manager->isAskingForAutomation.value()) << "the other one may be asked";
     manager->refreshStatus(); // as after choosing the other one
     ASSERT_TRUE(test::waitFor([&] { return !told.empty(); }));
     EXPECT_THAT(told, ElementsAre(false));

@@ -101,8 +101,8 @@ TEST_F(SettingsModelTest, AllowingListsTheFoldersOrShowsThePlaceInTheSettings) {
         notes->answer = answer;
         const auto before = services->opened.size();
         model->allowAccess();
-        EXPECT_TRUE(model->isAskingForAccess.value());
-        ASSERT_TRUE(waitFor([this] { return !model->isAskingForAccess.value(); }));
+        EXPECT_TRUE(permissions->isAskingForAutomation.value());
+        ASSERT_TRUE(waitFor([this] { return !permissions->isAskingForAutomation.value(); }));
         EXPECT_EQ(store->isLoadingFolders.value(), answer);
         EXPECT_EQ(services->opened.size(), before + (answer ? 0 : 1));
         EXPECT_EQ(model->accessWasRefused.value(), !answer);
@@ -213,7 +213,7 @@ TEST_F(ChoicesTest, AnApplicationThatIsLeftIsNotWaitedForAndItsAnswerChangesNoth
     EXPECT_TRUE(waitFor([&] { return published.size() == 2; }));
     EXPECT_THAT(published, Each(PermissionStatus::Granted));
     EXPECT_TRUE(defaults.boolean(DefaultsKeys::automationGrantedCached));
-    EXPECT_FALSE(model->isAskingForAccess.value());
+    EXPECT_FALSE(permissions->isAskingForAutomation.value());
     EXPECT_FALSE(model->accessWasRefused.value());
     EXPECT_TRUE(services->opened.empty()) << "a window out of nothing";
     isCancelled = true;

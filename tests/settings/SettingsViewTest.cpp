@@ -17,6 +17,7 @@
 
 #include <gmock/gmock.h>
 #include <set>
+#include <thread>
 
 namespace quillet::test {
 namespace {
@@ -147,14 +148,21 @@ TEST_F(SettingsViewTest, WithoutAccessTheWayToItIsShown) {
     EXPECT_TRUE(says("Automation permission required"));
     EXPECT_TRUE(says("Could not load Notes folders. Grant Automation permission for Notes and try Refresh again."));
     EXPECT_EQ(notes->requests, 0) << "opening the settings asks nobody";
+    const auto isAnswered = std::make_shared<std::atomic<bool>>(false);
+    notes->duringCall = [this, isAnswered] {
+        while (notes->requests > 0 && !*isAnswered) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    };
     click("Allow");
-    ASSERT_TRUE(waitFor([this] { return !model->isAskingForAccess.value(); }));
+    reopen();
+    EXPECT_FALSE(find<QPushButton>(*view, QStringLiteral("Allow"))->isEnabled()) << "the question is still open";
+    *isAnswered = true;
+    ASSERT_TRUE(waitFor([this] { return !permissions->isAskingForAutomation.value(); }));
     EXPECT_THAT(services->opened, ElementsAre(SettingsPlace::Automation));
     notes->answer = true;
     notes->access = NotesAccess::Granted;
     notes->folders = {QStringLiteral("Work")};
     click("Allow");
-    ASSERT_TRUE(waitFor([this] { return !model->isAskingForAccess.value(); }));
+    ASSERT_TRUE(waitFor([this] { return !permissions->isAskingForAutomation.value(); }));
     EXPECT_FALSE(says("Automation permission required"));
     EXPECT_FALSE(picker("Folder")) << "the folders are being loaded";
     ASSERT_TRUE(settle());

@@ -257,7 +257,7 @@ protected:
         notes->asks = true;
         permissions->automationStatus.set(PermissionStatus::Denied);
         model->accessWasRefused.set(true);
-        model->isAskingForAccess.set(true);
+        permissions->isAskingForAutomation.set(true);
         store->notesFoldersLoadFailed.set(true);
         look(*view, "settings-refused");
         EXPECT_TRUE(settle());

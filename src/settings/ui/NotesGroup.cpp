@@ -29,7 +29,7 @@ NotesGroup::NotesGroup(std::shared_ptr<SettingsModel> model, std::shared_ptr<Not
         showAccess();
         showFolders();
     });
-    m_model->isAskingForAccess.subscribe(this, [this](bool) { showAccess(); });
+    services.permissions->isAskingForAutomation.subscribe(this, [this](bool) { showAccess(); });
     m_model->accessWasRefused.subscribe(this, [this](bool) { showAccess(); });
     m_model->selectedNotesFolder.subscribe(this, [this](const QString&) { showFolders(); });
     services.store->availableFolders.subscribe(this, [this](const std::vector<QString>&) { showFolders(); });
@@ -104,7 +104,7 @@ void NotesGroup::addAccessRow(Group& group) {
 
 void NotesGroup::showAccess() {
     const auto row = m_model->accessRow();
-    const bool isAsking = m_model->isAskingForAccess.value();
+    const bool isAsking = m_model->services().permissions->isAskingForAutomation.value();
     m_accessRow->setVisible(row == SettingsModel::AccessRow::AskForAccess);
     m_waiting->setVisible(isAsking);
     m_allow->setEnabled(!isAsking);
