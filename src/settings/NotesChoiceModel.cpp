@@ -5,7 +5,7 @@
 
 #include <QFile>
 
-#include <system_error>
+#include <optional>
 #include <utility>
 
 namespace quillet {
@@ -52,9 +52,9 @@ void NotesChoiceModel::setApplication(Application chosen) {
 }
 
 void NotesChoiceModel::chooseVaultFolder() {
-    std::error_code ignored;
-    const auto present = vaultFolder();
-    const auto start = std::filesystem::exists(present, ignored) ? present : present.parent_path();
+    // The folder may lie on a network that does not answer, so it is not looked at: where we were let in, it is there.
+    std::optional<std::filesystem::path> start;
+    if (m_permissions->automationStatus.value() == PermissionStatus::Granted) start = vaultFolder();
     m_chooseFolder(
         {.title = QString::fromLatin1(kTitle), .message = QString::fromLatin1(kMessage), .startFolder = start},
         [weak = weak_from_this()](const auto& folder) {

@@ -245,10 +245,12 @@ TEST_F(ChoicesTest, TheVaultsFolder) {
     EXPECT_TRUE(choice->isDefaultVault());
     EXPECT_EQ(choice->vaultPath.value(), QStringLiteral("/home/of/notes"));
     choice->chooseVaultFolder();
-    EXPECT_EQ(chooser.questions[0].startFolder, "/home/of") << "the folder itself is not there yet";
+    EXPECT_EQ(chooser.questions[0].startFolder, "/home/of/notes");
     chooser.answer(std::nullopt);
     EXPECT_TRUE(choice->isDefaultVault());
+    permissions->automationStatus.set(PermissionStatus::Denied);
     choice->chooseVaultFolder();
+    EXPECT_FALSE(chooser.questions[1].startFolder) << "from a folder that cannot be used another one is sought";
     chooser.answer("/srv/ünotes");
     EXPECT_EQ(choice->vaultPath.value(), QStringLiteral("/srv/ünotes"));
     EXPECT_EQ(defaults.data(DefaultsKeys::notesVaultFolder), QByteArray("/srv/ünotes"));
