@@ -7,6 +7,7 @@
 
 #include <QCommandLineParser>
 #include <QFile>
+#include <QFileInfo>
 
 #include <filesystem>
 
@@ -110,16 +111,17 @@ Result<CreateRequest, QString> parseCreate(const QStringList& arguments) {
         const QString name = QString::fromLatin1(option);
         return parser.isSet(name) ? std::optional(parser.value(name)) : std::nullopt;
     };
-    CreateRequest request{
-        .file = std::filesystem::absolute(QFile::encodeName(parser.positionalArguments().constFirst()).toStdString()),
-        .details = {.title = text("title"),
-                    .attendees = text("attendees"),
-                    .aiSummary = text("summary"),
-                    .keyDecisions = text("decisions"),
-                    .actionItems = text("actions"),
-                    .followUps = text("follow-ups")},
-        .folder = text("folder"),
-        .isToBeSummarised = parser.isSet(summarise)};
+    const QString file = parser.positionalArguments().constFirst();
+    if (file.isEmpty()) return Failure{QStringLiteral("The recording's name is empty.")};
+    CreateRequest request{.file = QFile::encodeName(QFileInfo(file).absoluteFilePath()).toStdString(),
+                          .details = {.title = text("title"),
+                                      .attendees = text("attendees"),
+                                      .aiSummary = text("summary"),
+                                      .keyDecisions = text("decisions"),
+                                      .actionItems = text("actions"),
+                                      .followUps = text("follow-ups")},
+                          .folder = text("folder"),
+                          .isToBeSummarised = parser.isSet(summarise)};
     if (const auto path = text("transcript")) {
         const auto transcript = transcriptFrom(*path);
         if (!transcript) return Failure{transcript.error()};

@@ -1,10 +1,13 @@
 #include "cli/Commands.h"
+#include "platform/StandardFolders.h"
 #include "support/UserDefaults.h"
 #include "templates/TemplateFiles.h"
 #include "templates/TemplateManager.h"
 #include "templates/TemplateNames.h"
 #include "templates/TemplateRecords.h"
 
+#include <QDir>
+#include <QLockFile>
 #include <QSet>
 
 #include <functional>
@@ -62,13 +65,21 @@ int verifySaved(const TemplateManager& manager) {
 
 /// Stored templates that cannot be read count as none, and the next change would replace them: not from here.
 Result<void, QString> checkStored() {
-    const auto stored = UserDefaults::standard().data(DefaultsKeys::customTemplates);
-    if (!stored) return {};
-    const auto decoded = TemplateRecords::decodeList(*stored);
+    const UserDefaults& defaults = UserDefaults::standard();
+    if (!defaults.keys().contains(DefaultsKeys::customTemplates)) return {};
+    const auto decoded =
+        TemplateRecords::decodeList(defaults.data(DefaultsKeys::customTemplates).value_or(QByteArray()));
     if (decoded) return {};
     return Failure{QStringLiteral("Your stored templates cannot be read, and a change would lose them: %1 See quillet "
                                   "settings get corvane.customTemplates, or start over with unset.")
                        .arg(decoded.error())};
+}
+
+/// Beside the settings, which a first change brings into being.
+QString lockPath() {
+    const QString folder = QFile::decodeName(standardSettingsFile().parent_path().c_str());
+    QDir().mkpath(folder);
+    return QDir(folder).filePath(QStringLiteral("templates.lock"));
 }
 
 int list(TemplateManager& manager) {
@@ -175,6 +186,9 @@ int templates(const QStringList& arguments) {
     const QStringList operands = arguments.mid(2);
     for (const Verb& verb : kVerbs) {
         if (name != QLatin1String(verb.name) || operands.size() != verb.operands) continue;
+        // All templates are one value: what another process adds between its reading and its writing would be lost.
+        std::optional<QLockFile> lock;
+        if (verb.changes) lock.emplace(lockPath()).lock();
         const auto readable = checkStored();
         if (verb.changes && !readable) return say(readable.error());
         TemplateManager manager(UserDefaults::standard());

@@ -128,6 +128,7 @@ TEST_F(NoteRecordingTest, ANoteThatFailsIsSaidAndMadeLater) {
     EXPECT_FALSE(quillet.output.contains(recording)) << "nothing is left to be made";
     EXPECT_EQ(quillet.run({u"notes"_s, u"create"_s, quillet.folder(u"missing.m4a"_s)}), 1);
     EXPECT_EQ(quillet.run({u"notes"_s, u"create"_s}), 2);
+    EXPECT_EQ(quillet.run({u"notes"_s, u"create"_s, u""_s}), 2);
 }
 
 } // namespace

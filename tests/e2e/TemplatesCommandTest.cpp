@@ -100,6 +100,23 @@ TEST_F(TemplatesCommandTest, UnreadableStoredTemplatesAreSaidAndNotOverwritten) 
     EXPECT_EQ(run({QStringLiteral("preview"), QStringLiteral("Executive Brief")}), 0);
     ASSERT_EQ(quillet.run({QStringLiteral("settings"), QStringLiteral("get"), key}), 0);
     EXPECT_EQ(quillet.output, broken + QLatin1Char('\n'));
+
+    fileWith("config/quillet/quillet.conf", "corvane.customTemplates=[{\\\"name\\\":\\\"precious\\\", 1}]\"");
+    EXPECT_EQ(run({QStringLiteral("add"), QStringLiteral("x"), fileWith("x", "")}), 1) << "a quote is lost";
+}
+
+TEST_F(TemplatesCommandTest, WhatIsAddedAtTheSameTimeIsAllKept) {
+    listed();
+    const QString text = fileWith("x", "");
+    std::vector<std::unique_ptr<QProcess>> processes;
+    for (int i = 0; i < 6; ++i) {
+        auto& process = *processes.emplace_back(std::make_unique<QProcess>());
+        process.setProcessEnvironment(quillet.process.processEnvironment());
+        process.start(QStringLiteral(QUILLET_BINARY),
+                      {QStringLiteral("templates"), QStringLiteral("add"), QStringLiteral("T%1").arg(i), text});
+    }
+    for (const auto& process : processes) EXPECT_TRUE(process->waitForFinished() && process->exitCode() == 0);
+    for (int i = 0; i < 6; ++i) EXPECT_EQ(run({QStringLiteral("show"), QStringLiteral("T%1").arg(i)}), 0) << i;
 }
 
 } // namespace
