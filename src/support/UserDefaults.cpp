@@ -5,6 +5,16 @@
 #include <QSettings>
 
 namespace quillet {
+namespace {
+
+/// "a, b" in a hand-edited INI file arrives as a list.
+std::optional<QString> textOf(const QVariant& stored) {
+    if (stored.typeId() == QMetaType::QString) return stored.toString();
+    if (stored.typeId() == QMetaType::QStringList) return stored.toStringList().join(QLatin1String(", "));
+    return std::nullopt;
+}
+
+} // namespace
 
 bool UserDefaults::boolean(const QString& key, bool absent) const {
     const QVariant stored = value(key);
@@ -16,19 +26,13 @@ bool UserDefaults::boolean(const QString& key, bool absent) const {
     return absent;
 }
 
-std::optional<QString> UserDefaults::string(const QString& key) const {
-    const QVariant stored = value(key);
-    if (stored.typeId() == QMetaType::QString) return stored.toString();
-    // "a, b" in a hand-edited INI file arrives as a list.
-    if (stored.typeId() == QMetaType::QStringList) return stored.toStringList().join(QLatin1String(", "));
-    return std::nullopt;
-}
+std::optional<QString> UserDefaults::string(const QString& key) const { return textOf(value(key)); }
 
 std::optional<QByteArray> UserDefaults::data(const QString& key) const {
     const QVariant stored = value(key);
     if (stored.typeId() == QMetaType::QByteArray) return stored.toByteArray();
-    if (stored.typeId() == QMetaType::QString) return stored.toString().toUtf8();
-    return std::nullopt;
+    const std::optional<QString> text = textOf(stored);
+    return text ? std::optional(text->toUtf8()) : std::nullopt;
 }
 
 // A QSettings object per call: they are cheap (the parsed file is shared in the process) and need no lock of ours.

@@ -58,6 +58,7 @@ TEST(UserDefaultsTest, HandEditedValuesAreReadAsFarAsTheyMakeSense) {
     EXPECT_TRUE(defaults.boolean(QStringLiteral("c"), true));
     EXPECT_FALSE(defaults.boolean(QStringLiteral("c"), false));
     EXPECT_EQ(defaults.string(QStringLiteral("d")), QStringLiteral("one, two"));
+    EXPECT_EQ(defaults.data(QStringLiteral("d")), QByteArray("one, two"));
     EXPECT_FALSE(defaults.string(QStringLiteral("missing")).has_value());
 }
 
