@@ -36,8 +36,8 @@ namespace Notifications {
 inline const QString recordingDidComplete = QStringLiteral("recordingDidComplete");
 /// The user has finished the introduction. No user info.
 inline const QString onboardingDidComplete = QStringLiteral("onboardingDidComplete");
-/// Somebody wants the settings window shown. User info: optionally "section", the raw value of the
-/// section to begin with.
+/// Somebody wants the settings window shown. User info: optionally "section", the raw value of the section to show,
+/// which a window that is open already turns to.
 inline const QString openSettingsRequested = QStringLiteral("openSettingsRequested");
 /// A recording goes with the user's default, because the chosen device is not there. User info: "isMicrophone", true
 /// for the microphone and false for the output.

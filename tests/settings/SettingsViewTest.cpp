@@ -89,7 +89,10 @@ TEST_F(SettingsViewTest, TheSidebarLeadsToTheSections) {
     EXPECT_FALSE(says("Recording Location"));
     QTest::keyClick(sidebar, Qt::Key_Down);
     EXPECT_TRUE(says("the templates"));
-    model->selectedSection.set(SettingsSection::General);
+    NotificationCenter::standard().post(Notifications::openSettingsRequested);
+    EXPECT_TRUE(says("the templates"));
+    NotificationCenter::standard().post(Notifications::openSettingsRequested,
+                                        {{QStringLiteral("section"), QStringLiteral("General")}});
     EXPECT_EQ(sidebar->currentRow(), 0);
     EXPECT_TRUE(says("Recording Location"));
 }

@@ -50,7 +50,7 @@ public:
     void applicationDidFinishLaunching(const QStringList& arguments);
 
     /// What the menu's entries do; also for requests from outside.
-    /// With the section of that name in front, where one is named and a new window is made.
+    /// A new window begins with the section of that name, where one is named.
     void menuOpenSettings(const QString& section = {});
     void menuStartStopRecording();
     void menuCheckForUpdates();

@@ -84,6 +84,10 @@ SettingsView::SettingsView(SettingsParts parts, QWidget* parent)
         if (row >= 0 && section != m_parts.model->selectedSection.value()) m_parts.model->selectedSection.set(section);
     });
     m_parts.model->showNewFolderSheet.subscribe(this, [this](bool shown) { showSheet(shown); });
+    m_parts.notifications.observe(Notifications::openSettingsRequested, this, [this](const QVariantMap& info) {
+        const auto wanted = settingsSection(info.value(QStringLiteral("section")).toString());
+        if (wanted) m_parts.model->selectedSection.set(*wanted);
+    });
 }
 
 SettingsView::~SettingsView() { delete m_sheet; }

@@ -3,6 +3,7 @@
 #include "settings/NotesChoiceModel.h"
 #include "settings/SettingsModel.h"
 #include "settings/SoundChoiceModel.h"
+#include "support/NotificationCenter.h"
 
 #include <QPointer>
 #include <QWidget>
@@ -24,10 +25,12 @@ struct SettingsParts {
     std::shared_ptr<NotesChoiceModel> notesChoice; ///< null where there is one notes application only
     std::shared_ptr<SoundChoiceModel> soundChoice; ///< null where the devices cannot be chosen
     std::function<QWidget*(QWidget* parent)> makeTemplatesTab;
+    NotificationCenter& notifications = NotificationCenter::standard();
 };
 
 /// The contents of the settings window: the sections at the side, the selected one beside them. Made anew with each
-/// window. Everything is read afresh each time it is shown.
+/// window. Everything is read afresh each time it is shown. While it is there, it turns to the section that somebody
+/// asks to see.
 class SettingsView final : public QWidget {
     Q_OBJECT
 public:
