@@ -118,8 +118,15 @@ TEST_F(AppDelegateTest, theIntroductionIsShownOncePerProcessAndEndsWithItsNotice
     ASSERT_TRUE(waitFor([] { return window("Welcome to Quillet") != nullptr; }));
     const QPointer<QWidget> introduction = window("Welcome to Quillet");
     EXPECT_EQ(introduction->size(), QSize(480, 560));
+    choose("Settings…");
+    const auto isOnTop = [](const QWidget* each) {
+        return each->windowHandle()->flags().testFlag(Qt::WindowStaysOnTopHint);
+    };
+    QWidget* const settings = window("Quillet Settings");
+    EXPECT_TRUE(isOnTop(introduction) && isOnTop(settings)) << "it would open behind the introduction";
     desk.notifications.post(Notifications::onboardingDidComplete);
     EXPECT_EQ(window("Welcome to Quillet"), nullptr);
+    EXPECT_FALSE(isOnTop(settings));
     EXPECT_FALSE(introduction.isNull()) << "the notice comes from one of its buttons";
     EXPECT_TRUE(waitFor([&] { return introduction.isNull(); }));
     desk.notifications.post(Notifications::onboardingDidComplete);

@@ -12,6 +12,7 @@
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QShortcut>
+#include <QWindow>
 
 #include <chrono>
 
@@ -146,12 +147,26 @@ void AppDelegate::menuQuit() {
 }
 
 void AppDelegate::menuOpenSettings(const QString& section) {
-    if (m_settingsWindow && m_settingsWindow->isVisible()) return bringToFront(*m_settingsWindow);
+    if (m_settingsWindow && m_settingsWindow->isVisible()) {
+        keepSettingsAboveOnboarding();
+        return bringToFront(*m_settingsWindow);
+    }
     delete m_settingsWindow; // a closed window is not used again
     m_settingsWindow = makeWindow(tr("Quillet Settings"), m_services.makeSettingsView(section));
     m_settingsWindow->setMinimumSize(fittingScreen(kLeastSettingsSize));
     m_settingsWindow->resize(fittingScreen(kSettingsSize));
+    keepSettingsAboveOnboarding();
     showCentred(*m_settingsWindow);
+}
+
+/// The introduction lies above ordinary windows, and has buttons that lead to the settings.
+void AppDelegate::keepSettingsAboveOnboarding() {
+    if (!m_settingsWindow) return;
+    const bool isWanted = m_onboardingWindow && m_onboardingWindow->isVisible();
+    if (QWindow* const shown = m_settingsWindow->windowHandle())
+        shown->setFlag(Qt::WindowStaysOnTopHint, isWanted); // a widget that changes its flags vanishes
+    else
+        m_settingsWindow->setWindowFlag(Qt::WindowStaysOnTopHint, isWanted);
 }
 
 void AppDelegate::showOnboarding() {
@@ -167,6 +182,7 @@ void AppDelegate::showOnboarding() {
 
 void AppDelegate::onboardingIsOver() {
     m_onboardingComesFirst = false;
+    keepSettingsAboveOnboarding();
     if (m_statusItem) presenceChanged(m_statusItem->presence().value());
 }
 

@@ -67,6 +67,7 @@ private:
     void observeRecordingState();
     void showOnboarding();
     void onboardingIsOver();
+    void keepSettingsAboveOnboarding();
     void showStatusImage();
     void presenceChanged(StatusItem::Presence presence);
     void showWindowWithoutTray();
