@@ -233,6 +233,16 @@ TEST_F(AppDelegateTest, withoutATrayTheWindowOpensOnceItMay) {
         launch(row.arguments);
         EXPECT_EQ(window("Quillet") != nullptr, row.opens) << row.what;
     }
+    tray.presence.set(Presence::Shown);
+    delegate = make();
+    launch({QStringLiteral("--skip-onboarding")});
+    tray.presence.set(Presence::Absent);
+    EXPECT_EQ(window("Quillet"), nullptr) << "a tray that was there comes back";
+    delegate->showPopover();
+    EXPECT_NE(window("Quillet"), nullptr) << "asked for by another start";
+
+    delegate = make();
+    launch({QStringLiteral("--reset-onboarding")});
     ASSERT_TRUE(waitFor([] { return window("Welcome to Quillet") != nullptr; }));
     EXPECT_EQ(window("Quillet"), nullptr);
     window("Welcome to Quillet")->close();

@@ -23,7 +23,7 @@ using namespace std::chrono_literals;
 
 constexpr auto kBlinkInterval = 600ms;
 constexpr auto kOnboardingDelay = 500ms;
-/// At login the panel may come after us, and a panel that restarts returns.
+/// At login the panel may come after us.
 constexpr auto kPatience = 10s;
 
 constexpr QSize kOnboardingSize(480, 560);
@@ -231,9 +231,9 @@ void AppDelegate::showPopover(const ActivationHint& hint) {
 
 void AppDelegate::presenceChanged(StatusItem::Presence presence) {
     if (presence == StatusItem::Presence::Shown) m_wasInTray = true;
-    if (presence != StatusItem::Presence::Absent || m_hasShownWindow) return;
-    // A panel that restarts will be back.
-    if (std::exchange(m_wasInTray, false)) m_patienceWithTheTray.start(kPatience);
+    // A tray that was there comes back, with its panel or with the end of the screen lock. A window that opens
+    // meanwhile would take the keyboard from somebody; who wants one starts the program again.
+    if (presence != StatusItem::Presence::Absent || m_hasShownWindow || m_wasInTray) return;
     // The introduction comes first, and a panel that is still starting gets its time.
     if (m_patienceWithTheTray.isActive() || m_onboardingComesFirst) return;
     showWindowWithoutTray();

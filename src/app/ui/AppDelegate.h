@@ -84,7 +84,7 @@ private:
     bool m_onboardingComesFirst = false; ///< until it has been completed, or closed before its end
     QPointer<QWidget> m_onboardingWindow;
     QPointer<QWidget> m_settingsWindow;
-    QTimer m_patienceWithTheTray; ///< runs for a while after a start at login and when the tray goes
+    QTimer m_patienceWithTheTray; ///< runs for a while after a start at login
     bool m_wasInTray = false;
     bool m_hasShownWindow = false;
 };
