@@ -372,6 +372,10 @@
         <source>Launch at login</source>
         <translation>Beim Anmelden starten</translation>
     </message>
+    <message>
+        <source>The choice could not be stored. The previous one stays.</source>
+        <translation>Die Auswahl konnte nicht gespeichert werden. Es bleibt bei der bisherigen.</translation>
+    </message>
 </context>
 <context>
     <name>quillet::LinuxStatusItem</name>

@@ -8,15 +8,13 @@
 
 namespace quillet {
 
-SettingsModel::SettingsModel(SettingsServices services)
-    : selectedNotesFolder(services.defaults.string(DefaultsKeys::notesFolderName).value_or(QString())),
-      m_services(std::move(services)) {}
+SettingsModel::SettingsModel(SettingsServices services) : m_services(std::move(services)) { readNotesFolder(); }
 
 void SettingsModel::appeared() {
     PermissionManager& permissions = *m_services.permissions;
     permissions.refreshStatus();
     m_services.store->recordingPath.set(m_services.files.recordingsDirectoryDisplayPath());
-    selectedNotesFolder.set(m_services.defaults.string(DefaultsKeys::notesFolderName).value_or(QString()));
+    readNotesFolder();
     // An application that would ask the user anew each time is only asked when the user wants it.
     const NotesApplication& application = *m_services.notesApplication;
     if (m_services.notes.isNotesAvailable() && application.asksForConsent() && application.asksAtMostOnce())
@@ -78,8 +76,12 @@ QStringList SettingsModel::notesFolderOptions() const {
 }
 
 void SettingsModel::selectNotesFolder(const QString& name) {
-    m_services.defaults.set(DefaultsKeys::notesFolderName, name);
-    selectedNotesFolder.set(name);
+    notesFolderWasNotStored.set(!m_services.defaults.set(DefaultsKeys::notesFolderName, name));
+    readNotesFolder();
+}
+
+void SettingsModel::readNotesFolder() {
+    selectedNotesFolder.set(m_services.defaults.string(DefaultsKeys::notesFolderName).value_or(QString()));
 }
 
 void SettingsModel::setLaunchAtLogin(bool enabled) {

@@ -76,6 +76,8 @@ public:
     Published<QString> newFolderName;
     /// The chosen folder for notes, as stored; empty for the default place.
     Published<QString> selectedNotesFolder;
+    /// The last choice of it was not stored: what was chosen before goes on counting.
+    Published<bool> notesFolderWasNotStored{false};
     /// Access was asked for from here and not given.
     Published<bool> accessWasRefused{false};
 
@@ -112,6 +114,8 @@ public:
     [[nodiscard]] const SettingsServices& services() const { return m_services; }
 
 private:
+    void readNotesFolder();
+
     const SettingsServices m_services;
 };
 

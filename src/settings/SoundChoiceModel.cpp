@@ -33,10 +33,7 @@ void SoundChoiceModel::refresh() {
 QString SoundChoiceModel::chosen(Kind kind) const { return m_defaults.string(keyOf(kind)).value_or(QString()); }
 
 void SoundChoiceModel::choose(Kind kind, const QString& name) {
-    if (name.isEmpty())
-        m_defaults.remove(keyOf(kind));
-    else
-        m_defaults.set(keyOf(kind), name);
+    wasNotStored.set(!(name.isEmpty() ? m_defaults.remove(keyOf(kind)) : m_defaults.set(keyOf(kind), name)));
 }
 
 std::vector<SoundChoiceModel::Option> SoundChoiceModel::options(Kind kind) const {

@@ -33,6 +33,8 @@ public:
     Published<bool> isLoading{false};
     /// Why there is no list; empty when there is one.
     Published<QString> problem;
+    /// The last choice was not stored: what was chosen before goes on counting.
+    Published<bool> wasNotStored{false};
 
     void refresh();
     /// Following the system first, then a chosen device that is not there, then those that are.

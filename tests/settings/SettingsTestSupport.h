@@ -76,7 +76,7 @@ protected:
                              .notesApplication = notes,
                              .notes = *integrator,
                              .files = *files,
-                             .defaults = defaults,
+                             .defaults = *kept,
                              .isLaunchedAtLogin = [this] { return launches; },
                              .setLaunchAtLogin = [this](bool enabled) { launchChanges.push_back(enabled); },
                              .quit = [this] { ++quits; }});
@@ -86,6 +86,8 @@ protected:
     }
 
     MemoryUserDefaults defaults;
+    FileUserDefaults unwritable{QStringLiteral("/dev/null/settings.conf")};
+    UserDefaults* kept = &defaults; ///< where the window keeps what is chosen in it
     std::shared_ptr<FakePermissionServices> services = std::make_shared<FakePermissionServices>();
     std::shared_ptr<FakeNotesApplication> notes = std::make_shared<FakeNotesApplication>();
     FakeChooser chooser;

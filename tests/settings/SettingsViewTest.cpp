@@ -37,7 +37,7 @@ protected:
                               {.kind = SoundDevice::Kind::Input,
                                .name = QStringLiteral("in"),
                                .description = QStringLiteral("Headset with a rather long name, USB, channel one")}};
-        sound = std::make_shared<SoundChoiceModel>(soundServer, defaults);
+        sound = std::make_shared<SoundChoiceModel>(soundServer, *kept);
         reopen();
         ASSERT_TRUE(settle());
         ASSERT_TRUE(waitFor([this] { return !sound->isLoading.value(); }));
@@ -276,6 +276,20 @@ TEST_F(SettingsViewTest, SwitchesAndPickersWriteWhatTheyShow) {
 
     click("Quit Quillet");
     EXPECT_EQ(quits, 1);
+}
+
+TEST_F(SettingsViewTest, AChoiceThatCannotBeStoredIsTakenBackAndSaid) {
+    const char* const remark = "The choice could not be stored. The previous one stays.";
+    notes->folders = {QStringLiteral("Home")};
+    kept = &unwritable;
+    for (const char* const name : {"Microphone", "Computer sound", "Folder"}) {
+        SCOPED_TRACE(name);
+        open();
+        EXPECT_FALSE(says(remark));
+        pick(picker(name), 1);
+        EXPECT_EQ(picker(name)->currentIndex(), 0);
+        EXPECT_TRUE(says(remark));
+    }
 }
 
 TEST_F(SettingsViewTest, TheSummariesSayWhereTheTextGoes) {

@@ -24,7 +24,9 @@ GeneralSection::GeneralSection(std::shared_ptr<SettingsModel> model, std::shared
     column->addWidget(new TextLabel(tr("General"), TextStyle::Title, Ink::Label, this));
     column->addWidget(makeRecordingLocation());
     if (m_soundChoice) column->addWidget(makeSound());
-    column->addWidget(new NotesGroup(m_model, std::move(notesChoice), this));
+    auto* const notes = new NotesGroup(m_model, std::move(notesChoice), this);
+    notes->layout()->addWidget(makeNotStored(m_model->notesFolderWasNotStored));
+    column->addWidget(notes);
     column->addWidget(makeStartup());
     column->addWidget(makeDivider(this));
     auto* const last = new QHBoxLayout;
@@ -71,6 +73,7 @@ QWidget* GeneralSection::makeSound() {
         problem->setText(tr("The sound devices cannot be listed: %1.").arg(shownText(reason)));
         problem->setVisible(!reason.isEmpty());
     });
+    group->contents()->addWidget(makeNotStored(m_soundChoice->wasNotStored));
     return group;
 }
 
@@ -91,9 +94,18 @@ QLabel* GeneralSection::addSoundRow(Group& group, const QString& title, SoundCho
         }
         picker->setCurrentIndex(std::max(0, picker->findData(m_soundChoice->chosen(kind))));
     });
-    connect(picker, &QComboBox::activated, this,
-            [this, picker, kind](int index) { m_soundChoice->choose(kind, picker->itemData(index).toString()); });
+    connect(picker, &QComboBox::activated, this, [this, picker, kind](int index) {
+        m_soundChoice->choose(kind, picker->itemData(index).toString());
+        picker->setCurrentIndex(std::max(0, picker->findData(m_soundChoice->chosen(kind)))); // it may not be stored
+    });
     return label;
+}
+
+QWidget* GeneralSection::makeNotStored(Published<bool>& wasNotStored) {
+    auto* const remark = new TextLabel(tr("The choice could not be stored. The previous one stays."),
+                                       TextStyle::Caption, Ink::Red, this);
+    wasNotStored.subscribe(this, [remark](bool shown) { remark->setVisible(shown); });
+    return remark;
 }
 
 QWidget* GeneralSection::makeStartup() {

@@ -21,6 +21,8 @@ private:
     [[nodiscard]] QWidget* makeRecordingLocation();
     [[nodiscard]] QWidget* makeSound();
     QLabel* addSoundRow(Group& group, const QString& title, SoundChoiceModel::Kind kind);
+    /// Says so while the last choice was not stored.
+    [[nodiscard]] QWidget* makeNotStored(Published<bool>& wasNotStored);
     [[nodiscard]] QWidget* makeStartup();
 
     const std::shared_ptr<SettingsModel> m_model;
