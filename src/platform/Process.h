@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QObject>
+#include <QString>
+#include <QStringList>
 
 #include <functional>
 
@@ -10,6 +12,10 @@ namespace quillet {
 /// what is printed to a standard stream that the caller has closed goes nowhere, instead of into whichever file would
 /// get its number; and a limit on the size of files is an error of the write that meets it, not the end of the process.
 void prepareProcess();
+
+/// Starts a program that outlives this one; false when there is none of that name or path. What it makes is readable to
+/// whom the user's own programs let read it, not to its owner only.
+bool startProgram(const QString& program, const QStringList& arguments);
 
 /// Ends the process, last thing in main(), without the finalisers of the libraries behind it. With 150 of them these
 /// touch more memory, at their end, than a recording needs at its height.

@@ -1,6 +1,6 @@
 #include "platform/ExternalPrograms.h"
+#include "platform/Process.h"
 
-#include <QProcess>
 #include <QString>
 
 namespace quillet {
@@ -12,7 +12,7 @@ public:
     void openUrl(const QUrl& url) override {
         // Without a scheme the text would be taken for a file, or for an option.
         if (!url.isValid() || url.scheme().isEmpty()) return;
-        QProcess::startDetached(QStringLiteral("xdg-open"), {QString::fromLatin1(url.toEncoded())});
+        startProgram(QStringLiteral("xdg-open"), {QString::fromLatin1(url.toEncoded())});
     }
     bool openLanguageModelSettings() override { return false; } // Linux desktops come without a language model
 };

@@ -1,8 +1,8 @@
 #include "platform/linux/LinuxFileServices.h"
 
+#include "platform/Process.h"
 #include "platform/StandardFolders.h"
 
-#include <QProcess>
 #include <QString>
 
 #include <algorithm>
@@ -62,7 +62,7 @@ Result<FileServices::ResolvedBookmark> LinuxFileServices::resolveBookmark(const 
 }
 
 void LinuxFileServices::openInFileManager(const std::filesystem::path& folder) {
-    QProcess::startDetached(QStringLiteral("xdg-open"), {QString::fromStdString(folder.string())});
+    startProgram(QStringLiteral("xdg-open"), {QString::fromStdString(folder.string())});
 }
 
 void LinuxFileServices::revealInFileManager(const std::filesystem::path& file) {

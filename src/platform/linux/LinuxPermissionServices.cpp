@@ -1,9 +1,9 @@
 #include "platform/linux/LinuxPermissionServices.h"
 
+#include "platform/Process.h"
 #include "support/MainThread.h"
 #include "support/NotificationCenter.h"
 
-#include <QProcess>
 #include <QStandardPaths>
 #include <QStringList>
 
@@ -31,7 +31,7 @@ const SoundSettings kSoundSettings[] = {
 
 bool start(const QStringList& command) {
     const QString program = QStandardPaths::findExecutable(command.constFirst());
-    return !program.isEmpty() && QProcess::startDetached(program, command.mid(1));
+    return !program.isEmpty() && startProgram(program, command.mid(1));
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <QProcess>
 #include <QSocketNotifier>
 
 #include <csignal>
@@ -11,6 +12,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -19,6 +21,12 @@ namespace quillet {
 namespace {
 
 int signalPipe[2] = {-1, -1}; ///< a signal handler may only write
+
+std::optional<mode_t> usersMask; ///< for new files, as the process was started with
+
+void giveBackUsersMask() {
+    if (usersMask) umask(*usersMask);
+}
 
 void noteSignal(int) {
     const char byte = 0;
@@ -43,12 +51,28 @@ bool isIgnored(int signal) {
 } // namespace
 
 void prepareProcess() {
-    umask(077);
+    usersMask = umask(077);
     int number = 0;
     do number = open("/dev/null", O_RDWR);
     while (number >= 0 && number <= STDERR_FILENO);
     if (number >= 0) close(number);
     handle(SIGXFSZ, letPass);
+}
+
+// In Qt 6.4 QProcess::startDetached() takes no notice of a modifier, so the second fork is made here. What keeps the
+// parent waiting until the program runs, or does not, is inherited by the second child.
+bool startProgram(const QString& program, const QStringList& arguments) {
+    QProcess process;
+    process.setProcessChannelMode(QProcess::ForwardedChannels);
+    process.setInputChannelMode(QProcess::ForwardedInputChannel);
+    process.setChildProcessModifier([] {
+        giveBackUsersMask();
+        setsid();
+        const pid_t child = fork();
+        if (child != 0) _exit(child > 0 ? EXIT_SUCCESS : EXIT_FAILURE);
+    });
+    process.start(program, arguments);
+    return process.waitForStarted() && process.waitForFinished() && process.exitCode() == EXIT_SUCCESS;
 }
 
 void leaveProcess(int status) {
@@ -65,10 +89,12 @@ bool standardErrorIsTerminal() { return isatty(STDERR_FILENO) == 1; }
 void becomeCompanion(const char* program, char** arguments) {
     const std::filesystem::path own = SystemCalls::ownProgram().parent_path();
     if (own.empty()) return;
+    giveBackUsersMask(); // the companion prepares itself
     for (const char* folder : {".", "../libexec/quillet"}) {
         const std::string path = (own / folder / program).string();
         ::execv(path.c_str(), arguments);
     }
+    if (usersMask) umask(077);
 }
 
 TerminationRequests::TerminationRequests(std::function<void()> handler) : m_handler(std::move(handler)) {

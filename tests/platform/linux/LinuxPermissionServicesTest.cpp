@@ -1,6 +1,7 @@
 #include "platform/linux/LinuxPermissionServices.h"
 
 #include "permissions/PermissionManager.h"
+#include "platform/Process.h"
 #include "support/FakeHardware.h"
 #include "support/FakeNotesApplication.h"
 #include "support/WaitFor.h"
@@ -11,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <sys/stat.h>
 
 namespace quillet::test {
 namespace {
@@ -81,6 +83,9 @@ TEST(LinuxPermissionServicesTest, TheSettingsOfTheDesktopAtHandAreOpened) {
         {"", {QStringLiteral("gnome-control-center"), QStringLiteral("mate-volume-control")}, "mate-volume-control"},
     };
     const QByteArray path = qgetenv("PATH");
+    umask(027);
+    prepareProcess();
+    EXPECT_FALSE(startProgram(QStringLiteral("/no/such/program"), {}));
     for (const auto& row : rows) {
         SCOPED_TRACE(row.desktop);
         const QTemporaryDir programs;
@@ -88,8 +93,8 @@ TEST(LinuxPermissionServicesTest, TheSettingsOfTheDesktopAtHandAreOpened) {
         for (const QString& name : row.installed) {
             QFile program(programs.filePath(name));
             ASSERT_TRUE(program.open(QFile::WriteOnly));
-            program.write("#!/bin/sh\necho \"${0##*/}\" \"$@\" > '" + opened.toUtf8() + ".new'\nPATH='" + path +
-                          "' mv '" + opened.toUtf8() + ".new' '" + opened.toUtf8() + "'\n");
+            program.write("#!/bin/sh\necho \"${0##*/}\" \"$@\" $(umask) > '" + opened.toUtf8() + ".new'\nPATH='" +
+                          path + "' mv '" + opened.toUtf8() + ".new' '" + opened.toUtf8() + "'\n");
             program.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
         }
         qputenv("PATH", programs.path().toUtf8());
@@ -100,7 +105,7 @@ TEST(LinuxPermissionServicesTest, TheSettingsOfTheDesktopAtHandAreOpened) {
         ASSERT_TRUE(waitFor([&] { return QFile::exists(opened); }));
         QFile file(opened);
         ASSERT_TRUE(file.open(QFile::ReadOnly));
-        EXPECT_EQ(file.readAll().trimmed(), row.opened);
+        EXPECT_EQ(file.readAll().trimmed(), QByteArray(row.opened) + " 0027") << "its files are the user's affair";
     }
 }
 
