@@ -86,7 +86,7 @@ public:
 
     // General
     void useDefaultRecordingsFolder();
-    /// The chosen folder is there but takes no files, so that recordings go to the default one.
+    /// The chosen folder takes no files or cannot be made, so that recordings go to the default one.
     [[nodiscard]] bool isRecordingsFolderUnusable() const;
     [[nodiscard]] AccessRow accessRow() const;
     [[nodiscard]] FoldersRemark foldersRemark() const;

@@ -97,8 +97,11 @@ std::optional<fs::path> RecordingFileManager::effectiveRecordingsDirectoryURL() 
 }
 
 bool RecordingFileManager::isCustomDirectoryUnwritable() const {
-    const QFileInfo custom(m_resolvedCustomDirectoryURL ? qtPath(*m_resolvedCustomDirectoryURL) : QString());
-    return custom.exists() && !(custom.isDir() && custom.isWritable());
+    if (!m_resolvedCustomDirectoryURL) return false;
+    QFileInfo nearest(qtPath(*m_resolvedCustomDirectoryURL));
+    // Nothing can be made in the place of a link that leads nowhere.
+    while (!nearest.exists() && !nearest.isSymLink()) nearest.setFile(nearest.path());
+    return !(nearest.isDir() && nearest.isWritable());
 }
 
 QString RecordingFileManager::recordingsDirectoryDisplayPath() const {

@@ -43,7 +43,8 @@ public:
     [[nodiscard]] const std::optional<std::filesystem::path>& resolvedCustomDirectoryURL() const {
         return m_resolvedCustomDirectoryURL;
     }
-    /// The user's folder is there, and takes no files: recordings go to the default one instead.
+    /// The user's folder takes no files, or is not there and cannot be made, as when its disk is unplugged: recordings
+    /// go to the default one instead.
     [[nodiscard]] bool isCustomDirectoryUnwritable() const;
     /// With "~" for the home folder; an em dash when there is no folder at all.
     [[nodiscard]] QString recordingsDirectoryDisplayPath() const;

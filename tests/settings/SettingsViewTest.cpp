@@ -113,9 +113,21 @@ TEST_F(SettingsViewTest, TheRecordingsFolderIsChangedAndGivenBack) {
 
 TEST_F(SettingsViewTest, AFolderThatTakesNoFilesIsSaid) {
     const QTemporaryDir folder;
-    files->setCustomRecordingsDirectory(makeFile(folder.filePath(QStringLiteral("file"))).toStdString());
+    makeFile(folder.filePath(QStringLiteral("file")));
+    ASSERT_TRUE(QFile::link(folder.filePath(QStringLiteral("gone")), folder.filePath(QStringLiteral("link"))));
     open();
-    EXPECT_TRUE(says("This folder takes no files. Recordings go to the default folder instead."));
+    const struct {
+        const char* chosen;
+        bool isSaid;
+    } rows[] = {{"", false}, {"made/for/it", false}, {"file", true}, {"file/below/it", true}, {"link", true}};
+    for (const auto& row : rows) {
+        files->setCustomRecordingsDirectory(folder.filePath(QString::fromLatin1(row.chosen)).toStdString());
+        model->appeared();
+        EXPECT_EQ(says("This folder takes no files. Recordings go to the default folder instead."), row.isSaid)
+            << row.chosen;
+        EXPECT_EQ(!files->generateFileURL(), row.isSaid) << row.chosen;
+    }
+    ASSERT_TRUE(settle());
 }
 
 TEST_F(SettingsViewTest, AFreshVaultHasNoFoldersYetAndAsksForNothing) {
