@@ -78,13 +78,13 @@ TEST_F(StampedSourceTest, planarSoundArrivesInterleavedWhereItWasStamped) {
     for (std::int64_t i = 0; i < kBuffers; ++i) deliver(i * kFramesPerBuffer);
 
     ASSERT_FALSE(stamps.empty());
-    EXPECT_EQ(stamps.front().value, hostFrame(0)) << "the first stamp is the beginning of its frame";
+    EXPECT_EQ(stamps.front().value, hostFrame(-1)) << "the first stamp is the beginning of its frame";
     EXPECT_EQ(stamps.front().timescale, kSampleRateHz);
     EXPECT_EQ(stamps.back().timescale, 2 * kSampleRateHz) << "later ones lie half a frame inside";
     EXPECT_TRUE(contiguous);
     ASSERT_GT(left.size(), (kBuffers - 1) * kFramesPerBuffer);
     for (std::size_t i = 0; i < left.size(); ++i)
-        ASSERT_NEAR(left[i], static_cast<float>(i + 1) / 1024, 1e-3) << "frame " << i;
+        ASSERT_NEAR(left[i], static_cast<float>(i) / 1024, 1e-3) << "frame " << i; // behind one of silence
 }
 
 TEST_F(StampedSourceTest, unsteadyStampsLeaveNoHoles) {
@@ -127,8 +127,8 @@ TEST_F(StampedSourceTest, withoutAStampTheMomentOfDeliveryCounts) {
     for (int i = 1; i <= 50; ++i)
         source.deliver({kInterleavedStereoFloat, planes, kFramesPerBuffer}, {}, kBegin + i * 20ms);
     queue.sync([] {});
-    ASSERT_FALSE(stamps.empty());
-    EXPECT_EQ(stamps.front().value, hostFrame(0));
+    ASSERT_GT(stamps.size(), 1U);
+    EXPECT_EQ(stamps[1].value, 2 * hostFrame(0) + 1) << "half a frame inside the first";
 }
 
 } // namespace
