@@ -1,21 +1,9 @@
 #include "app/RecordingHost.h"
 
 #include "storage/RecordingRecovery.h"
-
-#include <QFile>
-#include <QUrl>
+#include "support/FileUrl.h"
 
 namespace quillet {
-namespace {
-
-/// Two slashes at the beginning are one to the system, but announce a host to a URL.
-QUrl fileUrl(const std::filesystem::path& path) {
-    QString text = QFile::decodeName(path.c_str());
-    while (text.startsWith(QLatin1String("//"))) text.remove(0, 1);
-    return QUrl::fromLocalFile(text);
-}
-
-} // namespace
 
 RecordingHost::RecordingHost(RecordingFileManager& files, const UserDefaults& defaults, RecorderUIModel& uiModel,
                              NotificationCenter& notifications, Notes notes, NotePolicy notePolicy)

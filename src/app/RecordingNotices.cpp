@@ -1,10 +1,9 @@
 #include "app/RecordingNotices.h"
 
+#include "support/FileUrl.h"
 #include "support/ShownText.h"
 
 #include <QFile>
-#include <QFileInfo>
-#include <QUrl>
 
 #include <chrono>
 
@@ -73,11 +72,10 @@ void RecordingNotices::chosenDeviceMissing(const QVariantMap& info) {
 }
 
 void RecordingNotices::completed(const QVariantMap& info) {
-    const QString file = info.value(QStringLiteral("url")).toUrl().toLocalFile();
-    const std::filesystem::path recording = QFile::encodeName(file).toStdString();
+    const std::filesystem::path recording = pathOf(info.value(QStringLiteral("url")).toUrl());
     m_services.notices->show({.subject = kSaved,
                               .title = tr("Recording saved"),
-                              .body = QFileInfo(file).fileName(),
+                              .body = QFile::decodeName(recording.filename().c_str()),
                               .actionTitle = tr("Show"),
                               .onAction = [show = m_services.showRecording, recording] { show(recording); }});
 }

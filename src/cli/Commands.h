@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -19,6 +20,7 @@ int templates(const QStringList& arguments);
 
 /// One line on standard output or standard error. What standard output does not take is complained of.
 void print(const QString& line);
+void print(const QByteArray& line);
 void complain(const QString& sentence);
 
 } // namespace quillet::cli

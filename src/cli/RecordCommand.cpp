@@ -8,6 +8,7 @@
 #include "platform/AudioFileReader.h"
 #include "platform/Platform.h"
 #include "platform/Process.h"
+#include "support/FileUrl.h"
 #include "support/ShownText.h"
 
 #include <QCoreApplication>
@@ -16,7 +17,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTimer>
-#include <QUrl>
 
 #include <thread>
 
@@ -153,7 +153,7 @@ bool RecordSession::openSources() {
 
 void RecordSession::observe() {
     NotificationCenter::standard().observe(Notifications::recordingDidComplete, this, [this](const QVariantMap& info) {
-        m_saved = toPath(info.value(QStringLiteral("url")).toUrl().toLocalFile());
+        m_saved = pathOf(info.value(QStringLiteral("url")).toUrl());
     });
     m_engine->lastError.subscribe(this, [this](const std::optional<QString>& error) { errorChanged(error); });
     m_control->phase.subscribe(this, [this](RecordingControl::Phase phase) { phaseChanged(phase); });
@@ -278,7 +278,7 @@ void RecordSession::report(const fs::path& path) {
     for (const QString& sentence : sentences) complain(sentence);
     for (const QString& said : m_devicesGone) sentences += said;
     if (m_error) sentences += shownText(*m_error);
-    if (!m_options.json) return print(toText(path));
+    if (!m_options.json) return print(QByteArray(path.c_str())); // its very bytes, for the next program
     const QJsonObject result{
         {QStringLiteral("path"), toText(path)},
         {QStringLiteral("frames"), static_cast<qint64>(statistics.finished.count())},

@@ -71,13 +71,25 @@ bool asksForTheWindows(int argc, char** argv) {
     return argc < 2 || std::find(std::begin(kOptions), std::end(kOptions), argv[1]) != std::end(kOptions);
 }
 
+/// What is decoded with replacement characters would name another file, and a recording land in another folder.
+bool areText(int argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        const QString decoded = QString::fromUtf8(argv[i]);
+        if (decoded.toUtf8() == argv[i]) continue;
+        complain(QStringLiteral("“%1” is no valid UTF-8; such a name cannot be given as an argument.").arg(decoded));
+        return false;
+    }
+    return true;
+}
+
 } // namespace
 
-void print(const QString& line) {
-    const QByteArray bytes = line.toUtf8() + '\n';
+void print(const QString& line) { print(line.toUtf8()); }
+void print(const QByteArray& line) {
+    const QByteArray bytes = line + '\n';
     const auto size = static_cast<std::size_t>(bytes.size());
     if (std::fwrite(bytes.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0) return;
-    complain(QStringLiteral("This could not be written to standard output: ") + line);
+    complain(QStringLiteral("This could not be written to standard output: ") + QString::fromUtf8(line));
 }
 void complain(const QString& sentence) { QTextStream(stderr) << "quillet: " << sentence << '\n'; }
 
@@ -91,7 +103,8 @@ int main(int argc, char** argv) {
     QCoreApplication::setApplicationName(QStringLiteral("quillet"));
     QCoreApplication::setApplicationVersion(QStringLiteral(QUILLET_VERSION));
     quillet::installPlatformWording(application); // the commands speak English
-    const int status = quillet::cli::run(QCoreApplication::arguments());
+    const int status =
+        quillet::cli::areText(argc, argv) ? quillet::cli::run(QCoreApplication::arguments()) : quillet::cli::WrongUsage;
     // A recording that is saved counts as such, wherever its path went.
     const bool sayingIsAll = QCoreApplication::arguments().value(1) != QLatin1String("record");
     quillet::leaveProcess(status == quillet::cli::Done && sayingIsAll && std::ferror(stdout) ? quillet::cli::Failed

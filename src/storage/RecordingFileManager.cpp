@@ -1,13 +1,14 @@
 #include "storage/RecordingFileManager.h"
 
+#include "platform/DurableFolder.h"
 #include "support/DisplayPath.h"
 
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
-#include <QSaveFile>
 
+#include <fstream>
 #include <system_error>
 
 namespace quillet {
@@ -158,16 +159,13 @@ void RecordingFileManager::appendToTestLog(WallTime timestamp, const fs::path& r
     const auto support = m_fileManager.applicationSupportDirectory();
     if (!support) return;
     if (!isThere(*support) && !m_fileManager.createDirectories(*support)) return;
-    const QString log = qtPath(*support / "test_log.txt");
+    const std::string name = "test_log.txt";
+    const fs::path log = *support / name;
     const QByteArray line = iso8601(timestamp).toUtf8() + ' ' + QByteArray(recordingAbsolutePath.c_str()) + '\n';
-    if (QFile existing(log); existing.exists()) {
-        if (existing.open(QFile::WriteOnly | QFile::Append)) existing.write(line);
-        return;
-    }
-    QSaveFile fresh(log);
-    if (fresh.open(QFile::WriteOnly) && fresh.write(line) == line.size()) {
-        fresh.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
-        fresh.commit();
+    if (isThere(log)) {
+        std::ofstream(log, std::ios::app | std::ios::binary).write(line.constData(), line.size());
+    } else if (const auto folder = openDurableFolder(*support, IfMissing::Fail)) {
+        static_cast<void>((*folder)->addFile([&name](int) { return name; }, line)); // complete, or not at all
     }
 }
 

@@ -304,11 +304,11 @@ TEST_F(RecordingNoticesTest, whoeverLooksElsewhereIsTold) {
     EXPECT_EQ(machine->holds, 1) << "the machine stays awake";
 
     desk.notifications.post(Notifications::recordingDidComplete,
-                            {{QStringLiteral("url"), QUrl(QStringLiteral("file:///tmp/M%20%231.m4a"))}});
+                            {{QStringLiteral("url"), QUrl(QStringLiteral("file:///tmp/M%20%231%E9.m4a"))}});
     ASSERT_EQ(told->shown.size(), 1U);
-    EXPECT_EQ(told->shown[0].body, QStringLiteral("M #1.m4a"));
+    EXPECT_EQ(told->shown[0].body, QStringLiteral("M #1\uFFFD.m4a"));
     told->shown[0].onAction();
-    EXPECT_EQ(revealed, "/tmp/M #1.m4a");
+    EXPECT_EQ(revealed, "/tmp/M #1\xE9.m4a") << "also a name that is no text";
 
     desk.engine->lastError.set(QStringLiteral("Failed to setup audio writer."));
     desk.uiModel.showDiskFull();

@@ -157,6 +157,18 @@ TEST_F(RecordCommandTest, ARecordingAlwaysFindsAFolder) {
     EXPECT_FALSE(QFile::exists(quillet.folder(u"config/quillet/quillet.conf"_s))) << "the folder is for this run only";
 }
 
+TEST_F(RecordCommandTest, AFolderWhoseNameIsNoTextIsAFolderToo) {
+    quillet.startByShell(uR"sh(XDG_DATA_HOME=/$XDG_DATA_HOME/$(printf 'jos\351'); export XDG_DATA_HOME
+                             out=$("$@") && test -f "$out" &&
+                             LC_ALL=C grep -aF " $out" "$XDG_DATA_HOME/quillet/test_log.txt")sh"_s,
+                         recordFiles({u"--as-fast-as-possible"_s}));
+    EXPECT_EQ(quillet.finish(), 0) << quillet.errors.toStdString();
+
+    quillet.startByShell(uR"sh("$@" --folder "$(printf 'jos\351')")sh"_s, recordFiles({u"--as-fast-as-possible"_s}));
+    EXPECT_EQ(quillet.finish(), 2) << "as an argument it would become another name on its way";
+    EXPECT_TRUE(quillet.errors.contains(u"UTF-8"_s)) << quillet.errors.toStdString();
+}
+
 TEST_F(RecordCommandTest, TheSameMinuteInTheSameFolderKeepsEveryRecording) {
     const QString folder = quillet.folder(u"meetings"_s);
     const QStringList fast{u"--as-fast-as-possible"_s, u"--folder"_s, folder};
