@@ -118,6 +118,8 @@ void FilePlayer::stop() {
     if (m_thread.joinable()) m_thread.join();
 }
 
+FilePlayer::ReadFailures FilePlayer::readFailures() const { return {m_system.failure, m_microphone.failure}; }
+
 /// The schedule begins when every side that has a file is running.
 void FilePlayer::laneStarted(SerialQueue& queue) {
     const int lanes = (m_system.reader ? 1 : 0) + (m_microphone.reader ? 1 : 0);
@@ -218,6 +220,8 @@ void FilePlayer::fill(Lane& lane) {
         lane.ended = frames == 0;
     }
     lane.playedFrames += static_cast<std::int64_t>(got);
+    if (const auto error = lane.ended && !lane.failure ? lane.reader->readError() : std::nullopt)
+        lane.failure = ReadFailure{.played = FrameCount(lane.playedFrames), .error = *error};
     if (m_length && lane.playedFrames >= m_length->count()) lane.ended = true;
     const std::span<float> samples(lane.samples);
     copySanitized(samples.first(got * channels), samples.first(got * channels));

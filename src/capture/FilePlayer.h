@@ -41,6 +41,15 @@ public:
         /// Capture queue, once, unless it is stopped before: everything has been delivered.
         std::function<void()> didEnd;
     };
+    /// A file that could not be read to its end.
+    struct ReadFailure {
+        FrameCount played; ///< before it
+        PlatformError error;
+    };
+    struct ReadFailures {
+        std::optional<ReadFailure> systemAudio;
+        std::optional<ReadFailure> microphone;
+    };
 
     /// With a length, the files end there at the latest.
     static std::shared_ptr<FilePlayer> create(Files files, Pace pace, std::optional<FrameCount> length);
@@ -49,6 +58,9 @@ public:
     /// Plays no further. Waits for what is on the capture queue, which must still be alive: call it before letting the
     /// queue go, not on the queue. Idempotent.
     void stop();
+
+    /// After stop() only.
+    [[nodiscard]] ReadFailures readFailures() const;
 
     /// Before the recording starts.
     void setCallbacks(Callbacks callbacks) { m_callbacks = std::move(callbacks); }
@@ -76,6 +88,7 @@ private:
         bool ended = false;
         std::int64_t playedFrames = 0;
         std::vector<float> samples; ///< of the tick that is due
+        std::optional<ReadFailure> failure;
     };
 
     FilePlayer(Files files, Pace pace, std::optional<FrameCount> length);

@@ -77,6 +77,7 @@ private:
     std::optional<CreateNoteResult> makeNote(const fs::path& recording, WallTime recordedAt);
     void showProgress();
     void finish();
+    void tellWhatWasNotRead();
     void report(const fs::path& path);
     /// What has not been said yet.
     [[nodiscard]] QStringList warnings(const CaptureStatistics& statistics, const fs::path& path) const;
@@ -98,7 +99,7 @@ private:
     QTimer m_durationTimer;
     bool m_hasRecorded = false;
     std::optional<QString> m_error;
-    QStringList m_devicesGone; ///< a sentence for each
+    QStringList m_said; ///< sentences about what became of the sources
     std::optional<fs::path> m_saved;
     std::thread m_waiter;
 };
@@ -202,13 +203,13 @@ void RecordSession::errorChanged(const std::optional<QString>& error) {
 }
 
 void RecordSession::deviceGone(SoundDevice::Kind kind) {
-    m_devicesGone += kind == SoundDevice::Kind::Input
-                         ? QStringLiteral("The microphone “%1” is gone; the default one is recorded until it returns.")
-                               .arg(m_options.microphone.device)
-                         : QStringLiteral("The output “%1” is gone; the default one is recorded until it returns.")
-                               .arg(m_options.system.device);
+    m_said += kind == SoundDevice::Kind::Input
+                  ? QStringLiteral("The microphone “%1” is gone; the default one is recorded until it returns.")
+                        .arg(m_options.microphone.device)
+                  : QStringLiteral("The output “%1” is gone; the default one is recorded until it returns.")
+                        .arg(m_options.system.device);
     m_progress.finish();
-    complain(m_devicesGone.last());
+    complain(m_said.last());
 }
 
 /// On the recording's own thread.
@@ -229,8 +230,24 @@ void RecordSession::showProgress() {
     m_progress.show(m_engine->statistics(), free, kNoticeableSilence);
 }
 
+void RecordSession::tellWhatWasNotRead() {
+    if (!m_player) return;
+    m_player->stop(); // it may be reading ahead
+    const auto tell = [this](const QString& side, const QString& file, const auto& failure) {
+        if (!failure) return;
+        m_said += QStringLiteral("%1 could not be read to its end (%2); the %3 is missing from %4 s on.")
+                      .arg(file, failure->error.description, side)
+                      .arg(seconds(failure->played), 0, 'f', 1);
+        complain(m_said.last());
+    };
+    const auto [system, microphone] = m_player->readFailures();
+    tell(QStringLiteral("system audio"), m_options.system.file, system);
+    tell(QStringLiteral("microphone"), m_options.microphone.file, microphone);
+}
+
 void RecordSession::finish() {
     m_progress.finish();
+    tellWhatWasNotRead();
     std::error_code ignored;
     if (m_saved && fs::exists(*m_saved, ignored)) {
         report(*m_saved);
@@ -276,7 +293,7 @@ void RecordSession::report(const fs::path& path) {
     const CaptureStatistics statistics = m_engine->statistics();
     QStringList sentences = warnings(statistics, path);
     for (const QString& sentence : sentences) complain(sentence);
-    for (const QString& said : m_devicesGone) sentences += said;
+    sentences += m_said;
     if (m_error) sentences += shownText(*m_error);
     if (!m_options.json) return print(QByteArray(path.c_str())); // its very bytes, for the next program
     const QJsonObject result{

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <span>
 
 namespace quillet {
@@ -18,6 +19,8 @@ public:
     /// Fills the span with whole interleaved frames and returns how many frames; fewer than asked for only at the end
     /// of the file or of what can be decoded of it, then 0. Samples are as decoded: not clamped, possibly not finite.
     virtual std::size_t read(std::span<float> interleaved) = 0;
+    /// Once read() has returned 0: what kept the rest of the file from being read, if anything did.
+    [[nodiscard]] virtual std::optional<PlatformError> readError() const = 0;
 };
 
 /// The error is a clause for the user: what is wrong with this file.

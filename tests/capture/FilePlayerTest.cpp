@@ -29,8 +29,10 @@ public:
         framesRead += frames;
         return frames;
     }
+    std::optional<PlatformError> readError() const override { return error; }
 
     std::atomic<std::size_t> framesRead = 0;
+    std::optional<PlatformError> error;
 
 private:
     const int m_channels;
@@ -42,6 +44,7 @@ private:
 struct Outcome {
     std::vector<float> samples;
     std::int64_t dropped = 0;
+    FilePlayer::ReadFailures failures;
 };
 
 /// A writer that is full now and then, and tells from a thread of its own when it no longer is.
@@ -68,9 +71,11 @@ struct StopAtEnd {
 };
 
 Outcome play(std::size_t systemFrames, std::size_t micFrames, FilePlayer::Pace pace,
-             std::optional<FrameCount> length = {}) {
+             std::optional<FrameCount> length = {}, std::optional<PlatformError> micError = {}) {
+    auto microphone = std::make_unique<FakeReader>(1, micFrames, 0.7F);
+    microphone->error = std::move(micError);
     FilePlayer::Files files{.systemAudio = std::make_unique<FakeReader>(2, systemFrames, 0.1F),
-                            .microphone = std::make_unique<FakeReader>(1, micFrames, 0.7F)};
+                            .microphone = std::move(microphone)};
     const auto player = FilePlayer::create(std::move(files), pace, length);
     const auto writers = std::make_shared<FakeWriters>();
     BusyWriter busy;
@@ -88,8 +93,9 @@ Outcome play(std::size_t systemFrames, std::size_t micFrames, FilePlayer::Pace p
     engine->stopRecording();
     EXPECT_TRUE(waitFor([&] { return !engine->isRecording.value(); }));
     engine->waitUntilFinished();
+    player->stop();
     if (writers->files.empty()) return {};
-    return {writers->files.front()->samples, engine->statistics().blocksDropped};
+    return {writers->files.front()->samples, engine->statistics().blocksDropped, player->readFailures()};
 }
 
 TEST(FilePlayerTest, TheSameFilesGiveTheSameMixBitForBitAtEitherPace) {
@@ -125,6 +131,16 @@ TEST(FilePlayerTest, FilesEndWhereTheyShould) {
         EXPECT_EQ(outcome.samples.size(), 2 * row.blocks * kBlockFrames);
         EXPECT_EQ(outcome.dropped, 0);
     }
+}
+
+TEST(FilePlayerTest, AFileThatCannotBeReadToItsEndIsToldWithItsPlace) {
+    const Outcome outcome =
+        play(30'000, 10'000, FilePlayer::Pace::AsFastAsPossible, {}, PlatformError{5, QStringLiteral("unplugged")});
+    EXPECT_EQ(outcome.samples.size(), 2U * 30 * kBlockFrames) << "the other goes on";
+    EXPECT_FALSE(outcome.failures.systemAudio.has_value());
+    ASSERT_TRUE(outcome.failures.microphone.has_value());
+    EXPECT_EQ(outcome.failures.microphone->played.count(), 10'000);
+    EXPECT_EQ(outcome.failures.microphone->error.code, 5);
 }
 
 TEST(FilePlayerTest, AFileKeepsPaceWithALiveDeviceWhateverTheWriterDoes) {

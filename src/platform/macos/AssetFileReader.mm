@@ -48,6 +48,11 @@ public:
         return done / channels;
     }
 
+    std::optional<PlatformError> readError() const override {
+        if (!m_reader.error) return std::nullopt;
+        return toPlatformError(m_reader.error);
+    }
+
 private:
     /// Until there is something to take; false at the end.
     bool refill() {

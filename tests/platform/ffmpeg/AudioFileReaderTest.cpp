@@ -1,10 +1,13 @@
 #include "platform/AudioFileReader.h"
 
 #include "storage/m4a/TestRecordings.h"
+#include "support/ThreadConditions.h"
 
 #include <gtest/gtest.h>
 
+#include <asm/unistd.h>
 #include <bit>
+#include <cerrno>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -167,6 +170,32 @@ TEST(AudioFileReaderTest, readsAsManyFramesAsAskedForUntilTheEnd) {
     EXPECT_EQ((*reader)->read(piece), 20'000U - 25 * 777);
     EXPECT_EQ((*reader)->read(piece), 0U);
     EXPECT_EQ((*reader)->read(piece), 0U);
+}
+
+TEST(AudioFileReaderTest, aDiskThatGoesAwayIsNotTheEndOfTheFile) {
+    Wav wav(kIntegers, 48000, 2, 16);
+    for (int i = 0; i < 2 * 100'000; ++i) wav.number(static_cast<std::uint16_t>(i), 2);
+    const TemporaryFolder folder;
+    writeFile(folder / "a.wav", wav.file());
+    for (const bool goesAway : {false, true}) {
+        auto reader = openAudioFile(folder / "a.wav");
+        ASSERT_TRUE(reader.ok());
+        std::vector<float> samples(2 * 200'000);
+        std::size_t frames = (*reader)->read(std::span(samples).first(2 * 30'000));
+        const auto readOn = [&] { frames += (*reader)->read(samples); };
+        const FailingCall gone{.number = __NR_read, .error = ENODEV};
+        const std::string failure = goesAway ? runWithFailingCalls({gone}, readOn) : (readOn(), std::string());
+        if (!failure.empty()) GTEST_SKIP() << failure;
+        EXPECT_EQ(frames < 100'000U, goesAway) << frames;
+        EXPECT_GE(frames, 30'000U);
+        EXPECT_EQ((*reader)->readError().value_or(PlatformError{}).code, goesAway ? ENODEV : 0);
+
+        const auto openAgain = [&] { reader = openAudioFile(folder / "a.wav"); };
+        if (!goesAway) continue;
+        EXPECT_TRUE(runWithFailingCalls({gone}, openAgain).empty());
+        ASSERT_FALSE(reader.ok());
+        EXPECT_EQ(reader.error().description.toStdString(), "it cannot be read: No such device");
+    }
 }
 
 TEST(AudioFileReaderTest, aTenthOfASecondIsRecognisedWhenItsNameFits) {

@@ -91,6 +91,10 @@ public:
 
     int channels() const override { return m_channels; }
     std::size_t read(std::span<float> interleaved) override;
+    std::optional<PlatformError> readError() const override {
+        if (m_input->readError() == 0) return std::nullopt;
+        return PlatformError::fromErrno(m_input->readError());
+    }
 
 private:
     enum class More { Yes, AtEnd };

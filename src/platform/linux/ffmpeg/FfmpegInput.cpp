@@ -61,7 +61,7 @@ Result<void> FfmpegInput::openFormat(const std::filesystem::path& path) {
         av_get_exact_bits_per_sample(m_format->streams[0]->codecpar->codec_id) > 0)
         m_format->probesize = kProbedPackets * kPacketBytes;
     if (error >= 0) error = avformat_find_stream_info(m_format, nullptr);
-    if (error == AVERROR(EIO)) return cannotRead(EIO);
+    if (error < 0 && m_readError != 0) return cannotRead(m_readError);
     // Below the certainty that a file's name alone gives, the library takes any text for speech in some raw format. Of
     // a very short MP3 file it is no surer; there the name decides.
     if (error >= 0 && m_format->probe_score < AVPROBE_SCORE_EXTENSION &&
@@ -97,12 +97,14 @@ bool FfmpegInput::nextPacket(AVPacket& packet) {
 }
 
 int FfmpegInput::readFile(void* opaque, std::uint8_t* into, int count) noexcept {
-    const int fd = static_cast<FfmpegInput*>(opaque)->m_fd.get();
+    auto* const input = static_cast<FfmpegInput*>(opaque);
     while (true) {
-        const ssize_t got = ::read(fd, into, static_cast<std::size_t>(count));
+        const ssize_t got = ::read(input->m_fd.get(), into, static_cast<std::size_t>(count));
         if (got > 0) return static_cast<int>(got);
         if (got == 0) return AVERROR_EOF;
-        if (errno != EINTR) return AVERROR(EIO);
+        if (errno == EINTR) continue;
+        input->m_readError = errno;
+        return AVERROR(EIO);
     }
 }
 

@@ -22,6 +22,8 @@ public:
     [[nodiscard]] const AVStream& stream() const { return *m_format->streams[m_stream]; }
     /// False at the end of the file or of what can be read of it.
     [[nodiscard]] bool nextPacket(AVPacket& packet);
+    /// The errno of a read that has failed; 0 when none has.
+    [[nodiscard]] int readError() const { return m_readError; }
 
 private:
     FfmpegInput(UniqueFd fd, std::int64_t size) : m_fd(std::move(fd)), m_sizeBytes(size) {}
@@ -34,6 +36,7 @@ private:
     AVIOContext* m_io = nullptr;
     AVFormatContext* m_format = nullptr;
     int m_stream = 0;
+    int m_readError = 0; ///< the library tells some as the end of the file
 };
 
 } // namespace quillet
