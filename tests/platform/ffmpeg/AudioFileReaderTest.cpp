@@ -232,6 +232,9 @@ TEST(AudioFileReaderTest, errorsSayWhatIsWrongWithTheFile) {
     ByteVector header = sound.file();
     header.resize(30);
     writeFile(folder / "header.wav", header);
+    Wav slow(kIntegers, 999, 1, 16);
+    for (int i = 0; i < 20'000; ++i) slow.number(0, 2);
+    writeFile(folder / "slow.wav", slow.file());
     // Files that name others must not be followed.
     const std::string concat = "ffconcat version 1.0\nfile sound.wav\n";
     const auto listBytes = std::as_bytes(std::span(concat));
@@ -247,6 +250,7 @@ TEST(AudioFileReaderTest, errorsSayWhatIsWrongWithTheFile) {
                 {"text.wav", "it is not an audio file"},
                 {"text.mp3", "it is not an audio file"},
                 {"header.wav", "it is not an audio file"},
+                {"slow.wav", "its sample rate is only 999 Hz"},
                 {"list.wav", "it is not an audio file"},
                 {"pipe", "it is not an ordinary file"}};
     for (const auto& row : rows) {

@@ -157,7 +157,7 @@ bool FfmpegAudioFileReader::decodeFrame() {
     while (true) {
         const int error = avcodec_receive_frame(m_decoder.get(), m_frame.get());
         if (error >= 0) {
-            if (m_frame->nb_samples > 0 && m_frame->sample_rate > 0) return true;
+            if (m_frame->nb_samples > 0 && m_frame->sample_rate >= FfmpegInput::kLeastRateHz) return true;
             av_frame_unref(m_frame.get());
             continue;
         }

@@ -79,6 +79,8 @@ Result<void> FfmpegInput::openFormat(const std::filesystem::path& path) {
     const AVCodecParameters& parameters = *stream().codecpar;
     if (parameters.sample_rate <= 0 || parameters.ch_layout.nb_channels <= 0)
         return clause(QStringLiteral("it is not an audio file"));
+    if (parameters.sample_rate < kLeastRateHz)
+        return clause(QStringLiteral("its sample rate is only %1 Hz").arg(parameters.sample_rate));
     return {};
 }
 

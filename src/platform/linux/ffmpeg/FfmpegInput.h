@@ -13,6 +13,9 @@ namespace quillet {
 /// ever opened: a playlist or a script that names other files or addresses is no audio file. One thread at a time.
 class FfmpegInput {
 public:
+    /// No sound has a lower rate, and a packet at 1 Hz would become gigabytes at ours.
+    static constexpr int kLeastRateHz = 1000;
+
     /// The error is a clause for the user.
     [[nodiscard]] static Result<std::unique_ptr<FfmpegInput>> open(const std::filesystem::path& path);
     ~FfmpegInput();
