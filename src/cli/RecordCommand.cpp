@@ -73,6 +73,7 @@ private:
     void observe();
     void phaseChanged(RecordingControl::Phase phase);
     void errorChanged(const std::optional<QString>& error);
+    void fileChosen(const fs::path& path);
     void deviceGone(SoundDevice::Kind kind);
     std::optional<CreateNoteResult> makeNote(const fs::path& recording, WallTime recordedAt);
     void showProgress();
@@ -80,7 +81,7 @@ private:
     void tellWhatWasNotRead();
     void report(const fs::path& path);
     /// What has not been said yet.
-    [[nodiscard]] QStringList warnings(const CaptureStatistics& statistics, const fs::path& path) const;
+    [[nodiscard]] QStringList warnings(const CaptureStatistics& statistics) const;
 
     const RecordOptions m_options;
     const std::optional<fs::path> m_wantedFolder =
@@ -99,7 +100,7 @@ private:
     QTimer m_durationTimer;
     bool m_hasRecorded = false;
     std::optional<QString> m_error;
-    QStringList m_said; ///< sentences about what became of the sources
+    QStringList m_said; ///< sentences about what became of the sources and the folder
     std::optional<fs::path> m_saved;
     std::thread m_waiter;
 };
@@ -157,6 +158,9 @@ void RecordSession::observe() {
         m_saved = pathOf(info.value(QStringLiteral("url")).toUrl());
     });
     m_engine->lastError.subscribe(this, [this](const std::optional<QString>& error) { errorChanged(error); });
+    m_engine->outputURL.subscribe(this, [this](const std::optional<fs::path>& path) {
+        if (path) fileChosen(*path);
+    });
     m_control->phase.subscribe(this, [this](RecordingControl::Phase phase) { phaseChanged(phase); });
     m_durationTimer.setSingleShot(true);
     m_durationTimer.setTimerType(Qt::PreciseTimer);
@@ -200,6 +204,19 @@ void RecordSession::errorChanged(const std::optional<QString>& error) {
     m_progress.finish();
     complain(shownText(*error));
     m_control->stop(); // nobody sits here who could do better
+}
+
+/// At once: should the program be killed, nobody would know where to look for the recording.
+void RecordSession::fileChosen(const fs::path& path) {
+    const auto& wanted = m_files.resolvedCustomDirectoryURL();
+    std::error_code ignored;
+    if (!wanted || fs::equivalent(*wanted, path.parent_path(), ignored)) return;
+    const QString sentence = QStringLiteral("The folder %1 could not be used; the recording is in %2.")
+                                 .arg(toText(*wanted), toText(path.parent_path()));
+    if (m_said.contains(sentence)) return;
+    m_said += sentence;
+    m_progress.finish();
+    complain(sentence);
 }
 
 void RecordSession::deviceGone(SoundDevice::Kind kind) {
@@ -264,9 +281,8 @@ void RecordSession::finish() {
     QCoreApplication::exit(Failed);
 }
 
-QStringList RecordSession::warnings(const CaptureStatistics& statistics, const fs::path& path) const {
+QStringList RecordSession::warnings(const CaptureStatistics& statistics) const {
     QStringList sentences;
-    std::error_code ignored;
     const auto addSilence = [&](const QString& source, const SourceStatistics& side) {
         if (side.longestSilence >= kNoticeableSilence)
             sentences += QStringLiteral("The %1 delivered only digital silence for %2 s.")
@@ -283,15 +299,12 @@ QStringList RecordSession::warnings(const CaptureStatistics& statistics, const f
             QStringLiteral("The recording was saved, but no note could be made: %1 “quillet notes create” with "
                            "the recording makes it later.")
                 .arg(m_noteOutcome->reason);
-    if (m_wantedFolder && !fs::equivalent(*m_wantedFolder, path.parent_path(), ignored))
-        sentences += QStringLiteral("The folder %1 could not be used; the recording is in %2.")
-                         .arg(m_options.folder, toText(path.parent_path()));
     return sentences;
 }
 
 void RecordSession::report(const fs::path& path) {
     const CaptureStatistics statistics = m_engine->statistics();
-    QStringList sentences = warnings(statistics, path);
+    QStringList sentences = warnings(statistics);
     for (const QString& sentence : sentences) complain(sentence);
     sentences += m_said;
     if (m_error) sentences += shownText(*m_error);

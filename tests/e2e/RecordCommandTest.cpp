@@ -1,5 +1,6 @@
 #include "QuilletProcess.h"
 #include "support/Files.h"
+#include "support/WaitFor.h"
 #include "support/WavFile.h"
 
 #include <QElapsedTimer>
@@ -155,6 +156,16 @@ TEST_F(RecordCommandTest, ARecordingAlwaysFindsAFolder) {
     }
     EXPECT_EQ(quillet.run({u"record"_s, u"--help"_s}), 0);
     EXPECT_FALSE(QFile::exists(quillet.folder(u"config/quillet/quillet.conf"_s))) << "the folder is for this run only";
+
+    // The folder of the settings is missed as much, and that is said when the recording begins.
+    ASSERT_EQ(quillet.run({u"settings"_s, u"set"_s, u"corvane.recordingsFolderBookmark"_s, asFile}), 0);
+    quillet.start(recordFiles());
+    EXPECT_TRUE(waitFor([&] {
+        quillet.process.waitForReadyRead(20);
+        return quillet.process.readAllStandardError().contains("could not be used; the recording is in ");
+    }));
+    quillet.process.kill();
+    quillet.process.waitForFinished();
 }
 
 TEST_F(RecordCommandTest, AFolderWhoseNameIsNoTextIsAFolderToo) {

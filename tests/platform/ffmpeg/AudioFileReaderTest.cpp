@@ -235,6 +235,9 @@ TEST(AudioFileReaderTest, errorsSayWhatIsWrongWithTheFile) {
     Wav slow(kIntegers, 999, 1, 16);
     for (int i = 0; i < 20'000; ++i) slow.number(0, 2);
     writeFile(folder / "slow.wav", slow.file());
+    Wav wide(kIntegers, 48000, 64, 16);
+    for (int i = 0; i < 64'000; ++i) wide.number(0, 2);
+    writeFile(folder / "wide.wav", wide.file());
     // Files that name others must not be followed.
     const std::string concat = "ffconcat version 1.0\nfile sound.wav\n";
     const auto listBytes = std::as_bytes(std::span(concat));
@@ -251,6 +254,7 @@ TEST(AudioFileReaderTest, errorsSayWhatIsWrongWithTheFile) {
                 {"text.mp3", "it is not an audio file"},
                 {"header.wav", "it is not an audio file"},
                 {"slow.wav", "its sample rate is only 999 Hz"},
+                {"wide.wav", "it has 64 channels"},
                 {"list.wav", "it is not an audio file"},
                 {"pipe", "it is not an ordinary file"}};
     for (const auto& row : rows) {

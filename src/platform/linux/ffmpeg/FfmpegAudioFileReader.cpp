@@ -53,8 +53,7 @@ Swr allocate(const SourceFormat& from, AVChannelLayout& fromLayout, int toChanne
 
 /// For channels without known places: the even ones to the left, the odd ones to the right, in equal parts.
 Swr allocateForUnknownPlaces(const SourceFormat& from, int toChannels) {
-    constexpr int kMostChannels = 63;
-    if (from.channels > kMostChannels) return nullptr;
+    if (from.channels > FfmpegInput::kMostChannels) return nullptr;
     Layout layout;
     av_channel_layout_from_mask(&layout.value, (std::uint64_t{1} << from.channels) - 1);
     Swr swr = allocate(from, layout.value, toChannels);

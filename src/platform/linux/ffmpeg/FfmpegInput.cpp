@@ -81,6 +81,8 @@ Result<void> FfmpegInput::openFormat(const std::filesystem::path& path) {
         return clause(QStringLiteral("it is not an audio file"));
     if (parameters.sample_rate < kLeastRateHz)
         return clause(QStringLiteral("its sample rate is only %1 Hz").arg(parameters.sample_rate));
+    if (parameters.ch_layout.nb_channels > kMostChannels)
+        return clause(QStringLiteral("it has %1 channels").arg(parameters.ch_layout.nb_channels));
     return {};
 }
 

@@ -15,6 +15,7 @@ class FfmpegInput {
 public:
     /// No sound has a lower rate, and a packet at 1 Hz would become gigabytes at ours.
     static constexpr int kLeastRateHz = 1000;
+    static constexpr int kMostChannels = 63; ///< the library mixes no more down
 
     /// The error is a clause for the user.
     [[nodiscard]] static Result<std::unique_ptr<FfmpegInput>> open(const std::filesystem::path& path);
