@@ -62,8 +62,10 @@ void ArrivalClock::closeBucket(HostTime now) {
     const double timeConstant = std::min(
         kTimeConstantSeconds, kFirstTimeConstantSeconds + kTimeConstantGrowth * Seconds(now - m_restarted).count());
     const double gain = 1e6 / timeConstant;
-    m_integralPpm = std::clamp(m_integralPpm + gain / (4 * timeConstant) * error.count() * elapsed.count(),
-                               -kLargestIntegralPpm, kLargestIntegralPpm);
+    // An error that takes the largest correction already tells nothing of the rate; adding it up would overshoot.
+    if (std::abs(gain * error.count() + m_integralPpm) < kLargestCorrectionPpm)
+        m_integralPpm = std::clamp(m_integralPpm + gain / (4 * timeConstant) * error.count() * elapsed.count(),
+                                   -kLargestIntegralPpm, kLargestIntegralPpm);
     m_correctionPpm = std::clamp(gain * error.count() + m_integralPpm, -kLargestCorrectionPpm, kLargestCorrectionPpm);
 }
 
@@ -72,6 +74,8 @@ std::optional<Seconds> ArrivalClock::lost() const {
     const Seconds loss = lastMinima(kBucketsToTellLoss).least;
     if (loss > kDiscontinuity) return loss;
     if (m_filled < kBucketsToTellSkip) return std::nullopt;
+    // A skip shows before it is corrected. What is being stretched away passes a period's length on its way down.
+    if (m_correctionPpm > kLargestIntegralPpm) return std::nullopt;
     const auto [least, most] = lastMinima(kBucketsToTellSkip);
     if (!isSkip(least) || most - least > kSteadiness) return std::nullopt;
     return least;

@@ -21,10 +21,6 @@ public:
     /// Lateness beyond this is lost audio, not drift; as far ahead of its arrival no frame is ever placed.
     static constexpr Seconds kDiscontinuity = std::chrono::milliseconds(60);
 
-    /// Whether somebody who is late by so much has missed one period of the sound server or two, and no more than that
-    /// has happened. A server that changes its latency shifts what it delivers by other amounts.
-    [[nodiscard]] static bool isSkip(Seconds lateness);
-
     /// Begins anew after a break in the stream. What was learned about the device's rate is kept.
     void restart(HostTime now);
 
@@ -39,7 +35,7 @@ public:
     /// been steady for longer.
     [[nodiscard]] std::optional<Seconds> lost() const;
 
-    /// The time line has been moved forward, to make up for lost audio.
+    /// The time line has been moved forward, to make up for lost audio, or back (negative), by leaving some out.
     void movedForward(Seconds by);
 
 private:
@@ -47,6 +43,9 @@ private:
     static constexpr std::size_t kBucketsToTellLoss = 2;
     static constexpr std::size_t kBucketsToTellSkip = 3;
 
+    /// Whether somebody who is late by so much has missed one period of the sound server or two, and no more than that
+    /// has happened. A server that changes its latency shifts what it delivers by other amounts.
+    [[nodiscard]] static bool isSkip(Seconds lateness);
     void closeBucket(HostTime now);
     struct Range {
         Seconds least;

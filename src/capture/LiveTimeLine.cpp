@@ -27,6 +27,7 @@ double countOf(HostFramePos position) { return static_cast<double>(position.time
 constexpr double kPatienceFrames = LiveTimeLine::kPatience.count() * kSampleRateHz;
 constexpr HostTime::duration kGone = 5s;
 constexpr double kGoneDelayFrames = 0.25 * kSampleRateHz;
+constexpr double kAgreementFrames = 0.001 * kSampleRateHz;
 constexpr double kFramesAhead = ArrivalClock::kDiscontinuity.count() * kSampleRateHz;
 /// What a device that is well has not delivered yet.
 constexpr std::int64_t kUsualDelayFrames = kSampleRateHz / 10;
@@ -51,8 +52,11 @@ void LiveTimeLine::append(HostTime now, std::span<const float> interleaved) {
     if (m_state == State::Locked) {
         const double end = countOf(m_next) + m_converter->heldFrames() + static_cast<double>(frames);
         const double surplus = end - framesAt(now);
-        // What is too early repeats what has been made up for: without the cut it would delay everything after it.
-        const auto cut = surplus > kFramesAhead ? std::min(std::llround(surplus), static_cast<long long>(frames)) : 0;
+        // What is too early repeats what has been made up for: without the cut it would delay everything after it. Once
+        // something must be cut, all that is too early is.
+        m_isCutting = surplus > (m_isCutting ? 0 : kFramesAhead);
+        const auto cut = m_isCutting ? std::min(std::llround(surplus), static_cast<long long>(frames)) : 0;
+        if (cut > 0) m_clock.movedForward(FrameCount(-cut));
         convertAndEmit(interleaved.subspan(static_cast<std::size_t>(cut) * m_channels));
     } else {
         if (m_heldEnd == 0) m_holdingSince = now;
@@ -78,8 +82,9 @@ void LiveTimeLine::arrived(HostTime now) {
     if (m_state == State::Anchoring) {
         if (m_heldEnd == 0) return;
         const double origin = framesAt(now) - static_cast<double>(m_heldEnd);
-        if (m_holdingSince == now) m_originWhileLinking = m_origin = std::numeric_limits<double>::infinity();
-        double& earliest = now - m_holdingSince < kLinking ? m_originWhileLinking : m_origin;
+        if (m_holdingSince == now) m_origins.fill(std::numeric_limits<double>::infinity());
+        const Seconds held = now - m_holdingSince;
+        double& earliest = m_origins[held < kLinking ? 0 : held < (kLinking + kAnchoring) / 2 ? 1 : 2];
         earliest = std::min(earliest, origin);
         if (now - m_holdingSince >= kAnchoring) lock(now);
         return;
@@ -109,10 +114,12 @@ void LiveTimeLine::lock(HostTime now) {
     m_heldEnd = 0;
 }
 
-/// What came before a skipped period would place everything behind it too early; it is placed too late itself instead.
+/// What came before a skipped period, or before the server has settled, would place everything behind it too early. It
+/// is placed too late itself instead, when what came later agrees. When that does not, the server is only busy.
 double LiveTimeLine::originOfHeld() const {
-    const bool skipped = ArrivalClock::isSkip(Seconds((m_origin - m_originWhileLinking) / kSampleRateHz));
-    return skipped ? m_origin : std::min(m_originWhileLinking, m_origin);
+    const auto [whileLinking, then, last] = m_origins;
+    const bool settled = std::abs(then - last) < kAgreementFrames; // false while either is infinite
+    return settled ? std::min(then, last) : std::min({whileLinking, then, last});
 }
 
 void LiveTimeLine::interrupted() {

@@ -4,6 +4,7 @@
 #include "capture/MediaTime.h"
 #include "capture/RateConverter.h"
 
+#include <array>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -27,7 +28,7 @@ public:
     static constexpr Seconds kPatience = std::chrono::seconds(1);
     /// How long arrivals are watched before the first of them is placed.
     static constexpr Seconds kAnchoring = std::chrono::milliseconds(400);
-    /// How much of that passes before a server that has just linked a stream is past skipping a period.
+    /// How much of that passes before a server that has just linked a stream has settled, mostly.
     static constexpr Seconds kLinking = std::chrono::milliseconds(100);
 
     /// Delivers a frame of silence at once, the last before the start: from there on the other source's sound can be
@@ -76,10 +77,11 @@ private:
     std::vector<float> m_held; ///< while anchoring: what has arrived
     HostTime m_holdingSince;
     std::int64_t m_heldEnd = 0; ///< frames arrived since the hold began, also those that did not fit
-    /// The earliest place, in host frames, that the first of them can have, by the arrivals of the first moments and by
-    /// the later ones; infinite before the first arrival of each.
-    double m_originWhileLinking = 0;
-    double m_origin = 0;
+    /// The earliest place, in host frames, that the first of them can have, by the arrivals while the server was
+    /// linking the stream, in the first half of the time after that, and in the second; infinite before the first of
+    /// each.
+    std::array<double, 3> m_origins{};
+    bool m_isCutting = false;
 };
 
 } // namespace quillet

@@ -252,6 +252,9 @@ protected:
     void play(std::size_t fragments) {
         for (std::size_t i = 0; i < fragments; ++i) simulation.arrive(soundedAt(simulation.fragments() + 1));
     }
+    void playLate(std::size_t fragments, double seconds) {
+        for (std::size_t i = 0; i < fragments; ++i) simulation.arrive(soundedAt(simulation.fragments() + 1) + seconds);
+    }
     static double soundedAt(std::size_t fragment) { return 500 + static_cast<double>(fragment * kFragment) / kRate; }
     void expectInPlace(std::size_t from, std::size_t to) {
         for (std::size_t i = from; i < to; ++i)
@@ -322,9 +325,29 @@ TEST_F(Break, LatenessAloneIsNotTakenForLost) {
     for (const double latency : {0.011, 0.016, 0.032}) { // a server that has changed its latency
         play(30 * kPerSecond);
         const std::size_t changed = simulation.fragments();
-        for (std::size_t i = 0; i < 10 * kPerSecond; ++i)
-            simulation.arrive(soundedAt(simulation.fragments() + 1) + latency);
+        playLate(40 * kPerSecond, latency); // it is stretched away, past the length of a period
         expectNoHole(changed);
+    }
+}
+
+TEST_F(Break, AfterABusySpellAllIsInPlaceAgain) {
+    playLate(2 * kPerSecond, 0.1); // is taken for lost; then the surplus comes
+    play(60 * kPerSecond);
+
+    expectInPlace(before + 7 * kPerSecond, simulation.fragments() - 2);
+    EXPECT_TRUE(simulation.contiguous);
+}
+
+TEST_F(Break, AChangeOfLatencyIsFollowedWithHardlyAnOvershoot) {
+    for (const auto& [latency, sign] : {std::pair{0.040, 1}, {0.0, -1}}) {
+        const std::size_t changed = simulation.fragments();
+        playLate(180 * kPerSecond, latency);
+        double overshoot = 0;
+        for (std::size_t i = changed; i + 2 < simulation.fragments(); ++i)
+            overshoot = std::max(overshoot, sign * (simulation.place(i) - soundedAt(i) - latency));
+        EXPECT_LT(overshoot, 0.003);
+        EXPECT_NEAR(simulation.place(simulation.fragments() - 3), soundedAt(simulation.fragments() - 3) + latency,
+                    0.001);
     }
 }
 
@@ -401,6 +424,14 @@ TEST_F(Break, TheEndIsReachedWhateverTheDeviceDoes) {
     dead.line->finish(at(100.5));
     EXPECT_NEAR(dead.firstSeconds, 100, 0.001);
     EXPECT_NEAR(dead.behind(at(100.5)), 0, 0.001);
+}
+
+TEST(LiveTimeLine, IsPlacedByWhatArrivesOnceTheServerHasSettled) {
+    for (const double early : {0.005, 0.009, 0.017, 0.0195}) {
+        Simulation simulation(100);
+        for (int i = 1; i <= 500; ++i) simulation.arrive(100.1 + i * 0.02 - (i <= 5 ? early : 0));
+        for (std::size_t i = 0; i < 490; ++i) ASSERT_NEAR(simulation.place(i), 100.1 + i * 0.02, 0.001) << early;
+    }
 }
 
 TEST(LiveTimeLine, BeginsAtOnceAndGoesOnInSilenceWhenADeviceDeliversNothing) {
