@@ -232,6 +232,7 @@ void RecordStream::opened() {
     } else if (m_tellStandIn) {
         std::exchange(m_tellStandIn, nullptr)();
     }
+    m_lastRead = now;
     m_doubtDue = now + kSilenceBeforeDoubt;
     scheduleTick(now);
     m_phase = Phase::Running;
@@ -275,6 +276,7 @@ void RecordStream::read() {
         }
         pa_stream_drop(m_stream);
     }
+    m_lastRead = now;
     m_line->arrived(now);
     doubtSilence(now);
     scheduleTick(now);
@@ -288,8 +290,17 @@ void RecordStream::doubtSilence(HostTime now) {
     m_opinion = std::make_unique<SecondOpinion>(m_server->mainloop(), choice, [this](const auto& found) {
         if (!found || !found.value()) return;
         const bool agrees = m_stream != nullptr && found.value()->source == m_source;
-        if (!agrees && m_server->ready()) m_server->reconnect();
+        if (!m_server->ready()) return;
+        if (!agrees) return m_server->reconnect();
+        if (isCutOff()) failed(soundServerError(PA_ERR_NODATA));
     });
+}
+
+/// A server that is well delivers silence too, unless it has suspended the device. This one answers, and has lost its
+/// connection between the device and the stream.
+bool RecordStream::isCutOff() const {
+    return pa_stream_is_suspended(m_stream) == 0 &&
+           std::chrono::steady_clock::now() - m_lastRead >= kSilenceBeforeDoubt;
 }
 
 void RecordStream::append(HostTime now, std::span<const float> stereo) {

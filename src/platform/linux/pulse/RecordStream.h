@@ -64,6 +64,7 @@ private:
     void deviceMissing();
     void read();
     void doubtSilence(HostTime now);
+    [[nodiscard]] bool isCutOff() const;
     void append(HostTime now, std::span<const float> stereo);
     void scheduleTick(HostTime now);
     void tick();
@@ -90,6 +91,7 @@ private:
     Role m_role = Role::Chosen;
     HostTime m_openedAt;
     HostTime m_notBefore; ///< the next attempt to open anything
+    HostTime m_lastRead;  ///< of anything, since the stream was opened
     HostTime m_doubtDue;  ///< unless there is sound before
     int m_attempts = 0;   ///< since a stream last lived for a while
     std::array<float, 2048> m_mono{};
