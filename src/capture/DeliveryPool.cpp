@@ -40,10 +40,9 @@ void copySanitized(std::span<const float> from, std::span<float> to) {
 
 class DeliveryPool::Buffer final : public SerialQueue::Item {
 public:
-    Buffer() {} // NOLINT(modernize-use-equals-default): a defaulted one would touch all the samples' memory
     void run() override;
 
-    std::array<float, kFramesPerBuffer * 2> samples;
+    std::span<float> samples; ///< its place in the pool's memory
     std::size_t frames = 0;
     MediaTime presentationTime;
     std::atomic<bool> underWay = false;
@@ -55,20 +54,25 @@ struct DeliveryPool::State {
         : queue(captureQueue),
           handler(std::move(sampleHandler)),
           channels(static_cast<std::size_t>(channelCount)),
-          nextStamp(stamp) {}
+          nextStamp(stamp),
+          memory(std::make_unique_for_overwrite<float[]>(kBuffers * kFramesPerBuffer * channels)) {
+        const std::size_t each = kFramesPerBuffer * channels;
+        for (std::size_t i = 0; i < kBuffers; ++i) buffers[i].samples = {memory.get() + i * each, each};
+    }
 
     SerialQueue& queue;
     SampleHandler handler; ///< capture queue
     bool closed = false;   ///< capture queue
     const std::size_t channels;
-    FirstStamp nextStamp; ///< source's thread
+    FirstStamp nextStamp;                  ///< source's thread
+    const std::unique_ptr<float[]> memory; ///< apart from the buffers, so that what is not used is not touched
     std::vector<Buffer> buffers = std::vector<Buffer>(kBuffers);
 };
 
 void DeliveryPool::Buffer::run() {
     const std::shared_ptr<State> state = std::move(owner);
     if (!state->closed) {
-        const auto bytes = std::as_bytes(std::span(samples.data(), frames * state->channels));
+        const auto bytes = std::as_bytes(samples.first(frames * state->channels));
         state->handler({.data = bytes,
                         .description = state->channels == 1 ? &kMonoFloat : &kInterleavedStereoFloat,
                         .presentationTime = presentationTime,
@@ -95,8 +99,7 @@ std::size_t DeliveryPool::deliver(HostFramePos position, std::span<const float> 
         if (found == state.buffers.end()) break;
         Buffer& buffer = *found;
         buffer.frames = std::min(total - taken, kFramesPerBuffer);
-        copySanitized(interleaved.subspan(taken * state.channels, buffer.frames * state.channels),
-                      std::span(buffer.samples));
+        copySanitized(interleaved.subspan(taken * state.channels, buffer.frames * state.channels), buffer.samples);
         const HostFramePos at = position + FrameCount(static_cast<std::int64_t>(taken));
         buffer.presentationTime =
             state.nextStamp == FirstStamp::AtFrame ? MediaTime::atFrame(at) : MediaTime::insideFrame(at);

@@ -28,9 +28,9 @@ public:
     /// everything else lies half a frame inside its frame (see MediaTime::insideFrame).
     enum class FirstStamp { AtFrame, InsideFrame };
 
-    /// Buffers of two of the sound server's usual 1,024 frames, for a capture queue that is starved for a second when
-    /// fragments come whole; memory that is not used is not touched.
-    static constexpr std::size_t kBuffers = 64;
+    /// Buffers of two of the sound server's usual 1,024 frames, for a capture queue that is held up for ten seconds, as
+    /// by a disk that has to wake before the file can be made; memory that is not used is not touched.
+    static constexpr std::size_t kBuffers = 512;
     static constexpr std::size_t kFramesPerBuffer = 2048;
     /// So much waits on the queue for more to come, or for whatever else the queue is woken for: one fragment of the
     /// sound server's, in however many pieces it arrives and however drift has lengthened it. Two fragments share a
