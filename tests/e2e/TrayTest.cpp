@@ -271,17 +271,20 @@ TEST_F(TrayTest, theEndOfTheSessionFinishesTheRecording) {
     } rows[] = {{"the process is asked to end", [this] { program.terminate(); }},
                 {"the display goes away", [this] { desktop->stopScreen(); }}};
     qsizetype recorded = 0;
+    quillet({u"settings"_s, u"set"_s, u"corvane.autoCreateNote"_s, u"true"_s});
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         start({u"--skip-onboarding"_s, u"--toggle-recording"_s});
         ++recorded;
         ASSERT_TRUE(waitFor([&] { return files(recordings, u"*.m4a"_s).size() == recorded; }, 15000));
+        quillet({u"--settings"_s}); // what makes notes exists from here on
         std::this_thread::sleep_for(1500ms);
         row.end();
         ASSERT_TRUE(ends());
         QFile log(desktop->home() + u"/data/quillet/test_log.txt"_s);
         EXPECT_TRUE(log.open(QFile::ReadOnly)) << "nothing is said of a recording that is not finished";
         EXPECT_EQ(log.readAll().count("Meeting_"), recorded);
+        EXPECT_EQ(files(u"/Documents/Quillet Notes"_s, u"*.md"_s).size(), recorded);
     }
 }
 

@@ -66,7 +66,8 @@ std::shared_ptr<AudioCaptureEngine> makeEngine() {
 } // namespace
 
 NotesServices& sharedNotes() {
-    static NotesServices notes(defaults(), [] {
+    // Never destroyed: the note of a recording that is finished within exit() is made after the destructors have run.
+    static auto& notes = *new NotesServices(defaults(), [] {
         return SharedInstance<PermissionManager>::get()->automationStatus.value() == PermissionStatus::Granted;
     });
     return notes;

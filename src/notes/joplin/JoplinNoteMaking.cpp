@@ -30,7 +30,7 @@ QString idFor(const NoteDraft& draft, const Recording& recording, const QString&
 
 /// A suffix that Joplin knows the type of, which decides whether the note shows a player.
 QString playableSuffix(const QString& suffix) {
-    static const QRegularExpression kPlain(QStringLiteral("^[A-Za-z0-9]{1,7}$"));
+    static const auto& kPlain = *new QRegularExpression(QStringLiteral("^[A-Za-z0-9]{1,7}$"));
     return QLatin1Char('.') + (kPlain.match(suffix).hasMatch() ? suffix : QStringLiteral("m4a"));
 }
 

@@ -6,7 +6,8 @@
 namespace quillet::markdown {
 
 QString withDashBullets(const QString& body) {
-    static const QRegularExpression kBullet(QStringLiteral("^([ \\t]*)• "), QRegularExpression::MultilineOption);
+    static const auto& kBullet =
+        *new QRegularExpression(QStringLiteral("^([ \\t]*)• "), QRegularExpression::MultilineOption);
     return QString(body).replace(kBullet, QStringLiteral("\\1- "));
 }
 
@@ -18,8 +19,9 @@ QString withParagraphBelowHeading(const QString& body, const QString& paragraph)
 }
 
 QString linkLabel(const QString& text) {
-    static const QRegularExpression kMarks(QStringLiteral("[\\\\\\[\\]`<>*_!]"));
-    static const QRegularExpression kLineEnds(QStringLiteral("[\\x{0}-\\x{1F}\\x{7F}\\x{85}\\x{2028}\\x{2029}]+"));
+    static const auto& kMarks = *new QRegularExpression(QStringLiteral("[\\\\\\[\\]`<>*_!]"));
+    static const auto& kLineEnds =
+        *new QRegularExpression(QStringLiteral("[\\x{0}-\\x{1F}\\x{7F}\\x{85}\\x{2028}\\x{2029}]+"));
     QString label = text;
     return label.replace(kLineEnds, QStringLiteral(" ")).replace(kMarks, QStringLiteral("\\\\\\0"));
 }

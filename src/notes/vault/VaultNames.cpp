@@ -24,8 +24,8 @@ bool turnsText(QChar character) {
 }
 
 bool isReservedElsewhere(const QString& name) {
-    static const QRegularExpression kDevices(QStringLiteral("^(CON|PRN|AUX|NUL|(COM|LPT)[0-9¹²³])[ ]*(\\.|$)"),
-                                             QRegularExpression::CaseInsensitiveOption);
+    static const auto& kDevices = *new QRegularExpression(
+        QStringLiteral("^(CON|PRN|AUX|NUL|(COM|LPT)[0-9¹²³])[ ]*(\\.|$)"), QRegularExpression::CaseInsensitiveOption);
     return kDevices.match(name).hasMatch();
 }
 
@@ -68,7 +68,7 @@ std::string fileName(const QString& baseName, int attempt, const QString& suffix
 }
 
 QString attachmentSuffix(const QString& fileName) {
-    static const QRegularExpression kPlain(QStringLiteral("\\.[A-Za-z0-9]+$"));
+    static const auto& kPlain = *new QRegularExpression(QStringLiteral("\\.[A-Za-z0-9]+$"));
     const QString suffix = kPlain.match(fileName).captured();
     return suffix.size() < 2 || suffix.size() > kMaxSuffixBytes ? QStringLiteral(".m4a") : suffix;
 }
