@@ -126,6 +126,7 @@ void AudioCaptureEngine::streamDidStart(const std::optional<PlatformError>& erro
     if (!error) return setRecordingOnMain(true, std::chrono::system_clock::now());
     alertOnMain(&Host::showPermissionDenied);
     setErrorOnMain(QStringLiteral("Stream start failed: ") + error->description);
+    m_mixer.tearDownMixer(); // what either source still delivers at its end makes no recording
     performStopRecording();
 }
 
