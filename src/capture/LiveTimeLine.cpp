@@ -124,6 +124,7 @@ double LiveTimeLine::originOfHeld() const {
 
 void LiveTimeLine::interrupted() {
     m_state = State::Anchoring;
+    m_isCutting = false;
     m_held.clear();
     m_heldEnd = 0;
 }

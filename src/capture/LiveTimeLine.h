@@ -24,7 +24,8 @@ public:
     using Deliver = std::function<std::size_t(HostFramePos position, std::span<const float> interleaved)>;
 
     /// How long a device may be silent before silence takes its place: more than twice the longest delay ever seen
-    /// without a loss, and well within what the other source can wait for.
+    /// without a loss, and well within what the other source can wait for. After five seconds it counts as gone, and
+    /// its silence runs a quarter of a second behind.
     static constexpr Seconds kPatience = std::chrono::seconds(1);
     /// How long arrivals are watched before the first of them is placed.
     static constexpr Seconds kAnchoring = std::chrono::milliseconds(400);

@@ -114,7 +114,7 @@ TEST_F(DeliveryPoolTest, AFragmentInPiecesWaitsForTheNextWhichWakesTheQueueByIts
     deliver(1023);
     EXPECT_TRUE(waitFor(allArrived));
 
-    for (std::size_t i = 0; i < DeliveryPool::kBuffers; ++i) deliver(8);
+    for (std::size_t i = 0; i < DeliveryPool::kBuffers; ++i) deliver(2);
     EXPECT_TRUE(waitFor([&] { return arrived >= delivered - static_cast<int>(DeliveryPool::kBuffers / 2); }))
         << "small pieces do so before they take the last buffer";
     deliver(2048);

@@ -34,6 +34,7 @@ constexpr auto kLivedForAWhile = 5s;
 constexpr auto kPatienceWithChosen = 3s; ///< a headset that changes its profile is gone for a moment only
 
 constexpr auto kSilenceBeforeDoubt = 3s;
+constexpr auto kNothingArrives = 1s; ///< not even silence
 constexpr auto kDoubtInterval = 10s; ///< while the silence lasts
 
 } // namespace
@@ -285,7 +286,7 @@ void RecordStream::read() {
 /// Perhaps nobody speaks; perhaps the sound has moved to another device and the server has not said so.
 void RecordStream::doubtSilence(HostTime now) {
     if (now < m_doubtDue) return;
-    m_doubtDue = now + kDoubtInterval;
+    m_doubtDue = now + (now - m_lastRead > kNothingArrives ? kSilenceBeforeDoubt : kDoubtInterval);
     const DeviceChoice choice = m_role == Role::Chosen ? m_choice : DeviceChoice{m_choice.kind, {}};
     m_opinion = std::make_unique<SecondOpinion>(m_server->mainloop(), choice, [this](const auto& found) {
         if (!found || !found.value()) return;
