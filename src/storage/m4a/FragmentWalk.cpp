@@ -130,6 +130,7 @@ private:
     Walk& m_walk;
     const TrackDefaults m_defaults;
     std::vector<std::byte> m_buffer;
+    std::size_t m_collectedPackets = 0; ///< before an unwritten end was dropped
 };
 
 /// Fewer bytes than asked for at the end of the file only. Valid until the next call.
@@ -144,6 +145,7 @@ Result<void> Walker::collect(std::int64_t position) {
     while (true) {
         const auto step = takeFragment(position);
         if (!step) return Failure{step.error()};
+        m_collectedPackets = m_walk.samples.packetBytes.size();
         if (*step == Step::End) return {};
     }
 }
@@ -255,7 +257,7 @@ Result<bool> Walker::restHoldsLaterSound() {
     const auto bytes = window(m_walk.soundEnd, static_cast<std::size_t>(rest));
     if (!bytes) return Failure{bytes.error()};
     static constexpr std::array kType = {std::byte{'m'}, std::byte{'o'}, std::byte{'o'}, std::byte{'f'}};
-    const std::uint64_t foundFrames = m_walk.samples.packetBytes.size() * std::uint64_t{kPacketFrames};
+    const std::uint64_t foundFrames = m_collectedPackets * std::uint64_t{kPacketFrames};
     for (auto at = bytes->begin(); at != bytes->end(); ++at) {
         at = std::search(at, bytes->end(), kType.begin(), kType.end());
         const auto offset = static_cast<std::size_t>(at - bytes->begin());
