@@ -59,9 +59,9 @@ void SettingsModel::allowAccess() {
 void SettingsModel::refreshFolders() {
     const auto store = m_services.store;
     if (m_services.notesApplication->asksForConsent()) return store->refreshFolders();
-    // A folder opens without anybody's consent: a disk is back, a network answers again. What was known of it would
-    // keep it from being listed.
-    store->isLoadingFolders.set(true);
+    // A folder opens without anybody's consent: a disk is back, a network answers again. What was known of it may keep
+    // it from being listed now, and the look at it may wait for another one that hangs; so both.
+    store->refreshFolders();
     m_services.permissions->requestAutomationAccess([store](bool) { store->refreshFolders(); });
 }
 
