@@ -48,6 +48,16 @@ bool isIgnored(int signal) {
     return sigaction(signal, nullptr, &present) == 0 && present.sa_handler == SIG_IGN;
 }
 
+/// For a child of a process with threads that was itself made in the same way: one of them may have held a lock that
+/// fork() takes.
+pid_t forkWithoutLocks() {
+#if defined(__GLIBC__)
+    return _Fork();
+#else
+    return fork();
+#endif
+}
+
 } // namespace
 
 void prepareProcess() {
@@ -68,7 +78,7 @@ bool startProgram(const QString& program, const QStringList& arguments) {
     process.setChildProcessModifier([] {
         giveBackUsersMask();
         setsid();
-        const pid_t child = fork();
+        const pid_t child = forkWithoutLocks();
         if (child != 0) _exit(child > 0 ? EXIT_SUCCESS : EXIT_FAILURE);
     });
     process.start(program, arguments);

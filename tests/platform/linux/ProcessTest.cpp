@@ -13,6 +13,7 @@ namespace quillet::test {
 namespace {
 
 TEST(TerminationRequestsTest, whoeverAsksTheHandlerDecides) {
+    std::signal(SIGHUP, SIG_DFL); // whatever the tests were started under
     int asked = 0;
     const TerminationRequests requests([&asked] { ++asked; });
     const struct {
