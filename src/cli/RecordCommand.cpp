@@ -211,7 +211,7 @@ void RecordSession::fileChosen(const fs::path& path) {
     const auto& wanted = m_files.resolvedCustomDirectoryURL();
     std::error_code ignored;
     if (!wanted || fs::equivalent(*wanted, path.parent_path(), ignored)) return;
-    const QString sentence = QStringLiteral("The folder %1 could not be used; the recording is in %2.")
+    const QString sentence = QStringLiteral("The folder %1 could not be used; the recording goes to %2.")
                                  .arg(toText(*wanted), toText(path.parent_path()));
     if (m_said.contains(sentence)) return;
     m_said += sentence;

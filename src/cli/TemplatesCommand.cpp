@@ -24,6 +24,8 @@ constexpr auto kUsage = "Usage: quillet templates list\n"
                         "       quillet templates delete NAME|ID\n"
                         "A Quillet that is running sees the changes when it is started again.";
 
+constexpr int kLongestWaitMs = 30'000;
+
 QString forOneLine(const QString& name) {
     constexpr int kCharacters = 60;
     return templateNameForOneLine(name, kCharacters);
@@ -188,7 +190,9 @@ int templates(const QStringList& arguments) {
         if (name != QLatin1String(verb.name) || operands.size() != verb.operands) continue;
         // All templates are one value: what another process adds between its reading and its writing would be lost.
         std::optional<QLockFile> lock;
-        if (verb.changes) lock.emplace(lockPath()).lock();
+        if (verb.changes && !lock.emplace(lockPath()).tryLock(kLongestWaitMs) &&
+            lock->error() == QLockFile::LockFailedError)
+            return say(QStringLiteral("Another quillet templates is changing them and does not end."));
         const auto readable = checkStored();
         if (verb.changes && !readable) return say(readable.error());
         TemplateManager manager(UserDefaults::standard());

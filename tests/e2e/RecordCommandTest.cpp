@@ -162,7 +162,7 @@ TEST_F(RecordCommandTest, ARecordingAlwaysFindsAFolder) {
     quillet.start(recordFiles());
     EXPECT_TRUE(waitFor([&] {
         quillet.process.waitForReadyRead(20);
-        return quillet.process.readAllStandardError().contains("could not be used; the recording is in ");
+        return quillet.process.readAllStandardError().contains("could not be used; the recording goes to ");
     }));
     quillet.process.kill();
     quillet.process.waitForFinished();
