@@ -159,6 +159,8 @@ TEST_F(PermissionManagerTest, AskingMarksTheAttemptAndAnswersOnTheMainThread) {
 TEST_F(PermissionManagerTest, AQuestionThatIsOpenIsNotPutASecondTime) {
     for (const bool asksOnce : {false, true}) {
         SCOPED_TRACE(asksOnce);
+        ASSERT_TRUE(test::waitFor([this] { return notes.use_count() == 1; })) << "the last manager looks once more";
+        notes = std::make_shared<test::FakeNotesApplication>();
         arrange(false, {});
         notes->asksOnce = asksOnce;
         notes->answer = false;

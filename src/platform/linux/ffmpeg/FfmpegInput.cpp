@@ -34,7 +34,8 @@ Result<std::unique_ptr<FfmpegInput>> FfmpegInput::open(const std::filesystem::pa
 
     libav::beQuiet();
     std::unique_ptr<FfmpegInput> input(new FfmpegInput(std::move(fd), status.st_size));
-    if (auto opened = input->openFormat(path); !opened) return Failure{opened.error()};
+    if (auto opened = input->openFormat(path); !opened)
+        return input->m_readError != 0 ? cannotRead(input->m_readError) : Failure{opened.error()};
     return input;
 }
 
