@@ -7,7 +7,8 @@ namespace quillet::m4a {
 
 const Retries& usualRetries() {
     using std::chrono::milliseconds;
-    static const Retries kRetries = {milliseconds(20), milliseconds(100), milliseconds(400)};
+    // Never destroyed: a recording may still be finished within exit().
+    static const auto& kRetries = *new Retries{milliseconds(20), milliseconds(100), milliseconds(400)};
     return kRetries;
 }
 
