@@ -19,6 +19,8 @@ constexpr float kLargestSample = 16.0F; ///< +24 dBFS; nothing that a mix produc
 /// (by 2 dB for speech), and coding it takes a tenth of the time.
 constexpr int kBandwidthHz = 18000;
 constexpr float kAlikeDifference = 0.04F; ///< of the energy of the channels' sum: -14 dB
+/// A block whose channels differ by less, -60 dBFS on average, holds nothing that one of them could mask in vain.
+constexpr float kFaintDifference = 4e-6F * kBlockFrames;
 /// What one packet is made of: the two blocks before the latest, which the encoder only looks ahead at, and to be safe
 /// the latest as well.
 constexpr int kBlocksPerPacket = 3;
@@ -43,7 +45,7 @@ bool deinterleave(std::span<const float> interleaved, float* left, float* right)
         storeFour(left + i, l);
         storeFour(right + i, r);
     }
-    return sum(differenceEnergy) <= kAlikeDifference * sum(sumEnergy);
+    return sum(differenceEnergy) <= std::max(kAlikeDifference * sum(sumEnergy), kFaintDifference);
 }
 
 } // namespace
