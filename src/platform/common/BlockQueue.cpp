@@ -62,6 +62,11 @@ std::size_t BlockQueue::waitForBatch() {
     return std::min(m_count, m_batch);
 }
 
+bool BlockQueue::holdsBatch() const {
+    const std::lock_guard lock(m_mutex);
+    return m_count >= m_batch;
+}
+
 BlockQueue::Block BlockQueue::front() const {
     const std::lock_guard lock(m_mutex);
     const Entry& entry = m_entries[m_first];

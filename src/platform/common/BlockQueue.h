@@ -37,6 +37,8 @@ public:
     /// Waits until there is a batch to take, or the queue is closed. How many blocks to take now: at most a batch;
     /// fewer only at the end; 0 when closed and empty.
     [[nodiscard]] std::size_t waitForBatch();
+    /// Whether there is a batch to take without waiting.
+    [[nodiscard]] bool holdsBatch() const;
     struct Block {
         std::int64_t firstFrame = 0;
         std::span<const float> samples;

@@ -16,7 +16,8 @@ public:
 
     /// An empty span is a block of silence.
     [[nodiscard]] virtual Result<void> write(std::span<const float> interleaved) = 0;
-    /// A batch is through.
+    /// What was written is on the disk afterwards, but for what an encoder holds. Follows at the latest when nothing
+    /// more is waiting to be written, or after a few seconds of sound.
     [[nodiscard]] virtual Result<void> flush() = 0;
     /// After the last block.
     [[nodiscard]] virtual Result<void> drain() = 0;

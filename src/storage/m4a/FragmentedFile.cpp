@@ -14,11 +14,28 @@ constexpr std::int64_t kRoomMargin = 256 << 10;
 
 } // namespace
 
-Result<void> FragmentedFile::append(std::span<const std::byte> fragment, int packets) {
-    const std::int64_t end = m_end + static_cast<std::int64_t>(fragment.size());
-    auto done = makeRoom(end + movieBytesAtMost(m_packets + packets, m_fragments + 1) + kRoomMargin);
+Result<void> FragmentedFile::append(const Fragments& fragments) {
+    auto done = appendTogether(fragments);
+    if (done || fragments.sizes.size() == 1) return done;
+    // Where there is no room for all, there may be for some.
+    std::size_t begin = 0;
+    for (std::size_t i = 0; i < fragments.sizes.size(); ++i) {
+        const std::size_t bytes = fragments.sizes[i].bytes;
+        done = appendTogether({fragments.bytes.subspan(begin, bytes), fragments.sizes.subspan(i, 1)});
+        if (!done) return done;
+        begin += bytes;
+    }
+    return {};
+}
+
+Result<void> FragmentedFile::appendTogether(const Fragments& fragments) {
+    const std::int64_t end = m_end + static_cast<std::int64_t>(fragments.bytes.size());
+    const std::int64_t count = m_fragments + static_cast<std::int64_t>(fragments.sizes.size());
+    std::int64_t packets = m_packets;
+    for (const Fragments::Size& size : fragments.sizes) packets += size.packets;
+    auto done = makeRoom(end + movieBytesAtMost(packets, count) + kRoomMargin);
     if (!done) return done;
-    done = writeDurably(*m_file, m_end, fragment, m_retries);
+    done = writeDurably(*m_file, m_end, fragments.bytes, m_retries);
     if (!done) {
         // What arrived of it may be in memory only; a finished file must not contain it.
         (void)m_file->truncate(m_end);
@@ -26,8 +43,8 @@ Result<void> FragmentedFile::append(std::span<const std::byte> fragment, int pac
         return done;
     }
     m_end = end;
-    m_packets += packets;
-    ++m_fragments;
+    m_packets = packets;
+    m_fragments = count;
     return {};
 }
 

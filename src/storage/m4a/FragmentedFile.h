@@ -3,22 +3,33 @@
 #include "platform/RecordingFiles.h"
 #include "storage/m4a/FinishInPlace.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
 
 namespace quillet::m4a {
 
-/// A recording on the disk while it grows, fragment by fragment. Every fragment is on the disk when append() returns,
-/// and room for finishing is set aside before it is written, so that a full disk shows at a fragment's edge and the
+/// Fragments of a recording, one after the other.
+struct Fragments {
+    struct Size {
+        std::size_t bytes = 0;
+        int packets = 0;
+    };
+    std::span<const std::byte> bytes; ///< of all
+    std::span<const Size> sizes;      ///< of each
+};
+
+/// A recording on the disk while it grows, fragment by fragment. Fragments are on the disk when append() returns, and
+/// room for finishing is set aside before they are written, so that a full disk shows at a fragment's edge and the
 /// recording can still be finished. Owned by the recording's writer, used on its thread only.
 class FragmentedFile {
 public:
     FragmentedFile(std::unique_ptr<RecordingFile> file, const Retries& retries)
         : m_file(std::move(file)), m_retries(retries) {}
 
-    /// After a failure the file ends with the fragment before, and nothing more should be appended.
-    [[nodiscard]] Result<void> append(std::span<const std::byte> fragment, int packets);
+    /// After a failure the file ends with the last fragment that it has room for, and nothing more should be appended.
+    [[nodiscard]] Result<void> append(const Fragments& fragments);
     /// A plain .m4a from here on. After a failure it is what it was.
     [[nodiscard]] Result<FinishedRecording> finish();
     void remove() { m_file->remove(); }
@@ -26,6 +37,7 @@ public:
     [[nodiscard]] bool holdsSound() const { return m_fragments > 0; }
 
 private:
+    Result<void> appendTogether(const Fragments& fragments);
     Result<void> makeRoom(std::int64_t upTo);
 
     const std::unique_ptr<RecordingFile> m_file;

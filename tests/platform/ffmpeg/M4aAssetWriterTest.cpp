@@ -66,11 +66,16 @@ struct MemoryWriter {
     std::atomic<int> interruptions = 0;
     std::atomic<int> interruptionCode = 0;
 
-    /// Appends the first blocks, and waits until the disk holds up what follows them.
+    ~MemoryWriter() { release(); } // a test that gives up early must not wait for its disk for ever
+
+    /// Appends a first batch, waits until the disk holds that up, and appends the other blocks.
     void getStuckBehind(const std::vector<float>& sound, std::int64_t blocks) {
-        for (std::int64_t i = 0; i < blocks; ++i) ASSERT_TRUE(writer->append(bufferOf(sound, i, i)));
-        std::unique_lock lock(disk->mutex);
-        ASSERT_TRUE(disk->changed.wait_for(lock, 20s, [&] { return disk->syncsWaiting > 0; }));
+        for (std::int64_t i = 0; i < blocks; ++i) {
+            ASSERT_TRUE(writer->append(bufferOf(sound, i, i)));
+            if (i + 1 != RecordingPipeline::kBlocksPerFragment) continue;
+            std::unique_lock lock(disk->mutex);
+            ASSERT_TRUE(disk->changed.wait_for(lock, 20s, [&] { return disk->syncsWaiting > 0; }));
+        }
     }
     void release() {
         {
@@ -269,7 +274,7 @@ TEST(M4aAssetWriterTest, tellsASourceThatCanWaitWhenToGoOn) {
 
 TEST(M4aAssetWriterTest, aStuckDiskFillsTheQueueAndLosesNothing) {
     constexpr std::int64_t kBatch = RecordingPipeline::kBlocksPerFragment;
-    constexpr std::int64_t kQueue = 704 - 1; // the batch's last block counts until the disk has it
+    constexpr std::int64_t kQueue = 704;
     const std::vector<float> sound = testSound(kBatch + kQueue + 1);
     MemoryWriter memory;
     memory.disk->holdsSyncs = true;
@@ -309,8 +314,8 @@ TEST(M4aAssetWriterTest, whateverTheDiskDoesTheSoundInFrontOfItIsKept) {
         {"full disk that cannot reserve", 311'300, false, MemoryDisk::kNever, 0, ENOSPC, Status::Completed,
          File::Fragments, 400},
         {"full from the start", 10'000, true, MemoryDisk::kNever, 0, ENOSPC, Status::Failed, File::Gone, 0},
-        {"device gone", MemoryDisk::kNever, true, 200'000, 0, EIO, Status::Completed, File::Fragments, 260},
-        {"one fault too many", MemoryDisk::kNever, true, MemoryDisk::kNever, 4, EIO, Status::Failed, File::Gone, 0},
+        {"device gone", MemoryDisk::kNever, true, 200'000, 0, EIO, Status::Completed, File::Fragments, 250},
+        {"one fault too many", MemoryDisk::kNever, true, MemoryDisk::kNever, 8, EIO, Status::Failed, File::Gone, 0},
         {"a passing fault", MemoryDisk::kNever, true, MemoryDisk::kNever, 3, 0, Status::Completed, File::Plain, 1500}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);

@@ -4,6 +4,7 @@
 #include "storage/m4a/Movie.h"
 
 #include <string>
+#include <utility>
 
 namespace quillet {
 namespace {
@@ -62,8 +63,13 @@ Result<void> FragmentMuxer::add(AVPacket& packet) {
     return {};
 }
 
-Result<std::span<const std::byte>> FragmentMuxer::takeFragment() {
-    m_output.clear();
+Result<void> FragmentMuxer::endFragment() {
+    if (m_pendingPackets == 0) return {};
+    if (std::exchange(m_taken, false)) {
+        m_output.clear();
+        m_sizes.clear();
+    }
+    const std::size_t begin = m_output.size();
     // The very first flush yields the movie box alone and keeps the packets.
     const int flushes = m_startWritten ? 1 : 2;
     for (int i = 0; i < flushes; ++i) {
@@ -72,8 +78,13 @@ Result<std::span<const std::byte>> FragmentMuxer::takeFragment() {
     }
     avio_flush(m_format->pb);
     m_startWritten = true;
-    m_pendingPackets = 0;
-    return std::span<const std::byte>(m_output);
+    m_sizes.push_back({m_output.size() - begin, std::exchange(m_pendingPackets, 0)});
+    return {};
+}
+
+m4a::Fragments FragmentMuxer::take() {
+    if (std::exchange(m_taken, true)) return {};
+    return {m_output, m_sizes};
 }
 
 int FragmentMuxer::collect(void* opaque, std::uint8_t* bytes, int count) noexcept {

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "platform/linux/ffmpeg/Libav.h"
+#include "storage/m4a/FragmentedFile.h"
 #include "support/Result.h"
 
 #include <cstddef>
 #include <memory>
-#include <span>
 #include <vector>
 
 namespace quillet {
@@ -21,10 +21,11 @@ public:
     FragmentMuxer& operator=(const FragmentMuxer&) = delete;
 
     [[nodiscard]] Result<void> add(AVPacket& packet);
-    [[nodiscard]] int pendingPackets() const { return m_pendingPackets; }
-    /// The packets since the last call as one fragment; the first time with the file's own beginning in front. Valid
-    /// until the next call.
-    [[nodiscard]] Result<std::span<const std::byte>> takeFragment();
+    /// The packets since the last call, if there are any, become a fragment; the first has the file's own beginning in
+    /// front.
+    [[nodiscard]] Result<void> endFragment();
+    /// The fragments since the last call, if there are any. Valid until the next fragment is ended.
+    [[nodiscard]] m4a::Fragments take();
 
 private:
     FragmentMuxer() = default;
@@ -32,6 +33,8 @@ private:
 
     AVFormatContext* m_format = nullptr;
     std::vector<std::byte> m_output;
+    std::vector<m4a::Fragments::Size> m_sizes; ///< of the fragments in the output
+    bool m_taken = false;                      ///< they are somebody else's until the next one is ended
     int m_pendingPackets = 0;
     bool m_startWritten = false;
 };

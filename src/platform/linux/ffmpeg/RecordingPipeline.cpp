@@ -21,16 +21,17 @@ Result<void> RecordingPipeline::write(std::span<const float> interleaved) {
     auto done = m_encoder->encode(interleaved, m_toMuxer);
     if (!done) return done;
     m_frames += kBlockFrames;
-    return ++m_blocksSinceFlush < kBlocksPerFragment ? done : flush();
+    if (++m_blocksInFragment < kBlocksPerFragment) return {};
+    m_blocksInFragment = 0;
+    return m_muxer->endFragment();
 }
 
 Result<void> RecordingPipeline::flush() {
-    m_blocksSinceFlush = 0;
-    const int packets = m_muxer->pendingPackets();
-    if (packets == 0) return {};
-    const auto fragment = m_muxer->takeFragment();
-    if (!fragment) return Failure{fragment.error()};
-    return m_file.append(*fragment, packets);
+    m_blocksInFragment = 0;
+    auto done = m_muxer->endFragment();
+    if (!done) return done;
+    const m4a::Fragments fragments = m_muxer->take();
+    return !fragments.sizes.empty() ? m_file.append(fragments) : done;
 }
 
 Result<void> RecordingPipeline::drain() {

@@ -12,7 +12,7 @@
 
 namespace quillet {
 
-/// A growing .m4a on the disk: encoder, muxer and file in a row. Every so many blocks go to the disk as one fragment.
+/// A growing .m4a on the disk: encoder, muxer and file in a row. Every so many blocks are one fragment.
 class RecordingPipeline final : public BlockRecorder {
 public:
     [[nodiscard]] static Result<std::unique_ptr<RecordingPipeline>>
@@ -45,7 +45,7 @@ private:
     std::unique_ptr<FragmentMuxer> m_muxer;
     const AacEncoder::PacketSink m_toMuxer;
     std::int64_t m_frames = 0;
-    int m_blocksSinceFlush = 0;
+    int m_blocksInFragment = 0;
 };
 
 } // namespace quillet
