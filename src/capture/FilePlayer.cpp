@@ -224,7 +224,6 @@ void FilePlayer::fill(Lane& lane) {
         lane.failure = ReadFailure{.played = FrameCount(lane.playedFrames), .error = *error};
     if (m_length && lane.playedFrames >= m_length->count()) lane.ended = true;
     const std::span<float> samples(lane.samples);
-    copySanitized(samples.first(got * channels), samples.first(got * channels));
     std::fill(samples.begin() + static_cast<std::ptrdiff_t>(got * channels), samples.end(), 0.0F);
 }
 

@@ -1,3 +1,4 @@
+#include "capture/DeliveryPool.h"
 #include "platform/AudioFileReader.h"
 #import "platform/macos/MacSupport.h"
 #import "platform/macos/SampleBuffers.h"
@@ -45,6 +46,7 @@ public:
             m_taken += part;
             done += part;
         }
+        copySanitized(interleaved.first(done), interleaved.first(done));
         return done / channels;
     }
 

@@ -1,9 +1,10 @@
+#include "capture/DeliveryPool.h"
 #include "capture/MediaTime.h"
 #include "platform/AudioFileReader.h"
 #include "platform/linux/ffmpeg/FfmpegInput.h"
 
 #include <algorithm>
-#include <cstring>
+#include <array>
 #include <vector>
 
 extern "C" {
@@ -96,24 +97,21 @@ public:
     }
 
 private:
-    enum class More { Yes, AtEnd };
-    More refill();
     bool decodeFrame();
-    void convert(const AVFrame* frame);
-    [[nodiscard]] std::span<const float> ready() const {
-        return std::span(m_ready).subspan(m_taken, m_filled - m_taken);
-    }
+    std::size_t convertFrame(std::span<float> interleaved);
+    std::size_t takeHeld(std::span<float> interleaved);
+    void prepareFor(const SourceFormat& format);
+    [[nodiscard]] int framesLeft() const { return m_frame->nb_samples - m_converted; }
 
     const std::unique_ptr<FfmpegInput> m_input;
     const libav::CodecContext m_decoder;
     const libav::Packet m_packet;
-    const libav::Frame m_frame;
+    const libav::Frame m_frame; ///< the latest decoded
+    int m_converted = 0;        ///< of it, in frames of sound
     const int m_channels;
     SourceFormat m_format;
     Swr m_converter;
-    std::vector<float> m_ready; ///< converted; of which m_filled are valid and m_taken are gone
-    std::size_t m_filled = 0;
-    std::size_t m_taken = 0;
+    bool m_anySampleIsPossible = false; ///< such as no number at all; files of integers hold none
     bool m_inputEnded = false;
     bool m_decoderEnded = false;
 };
@@ -123,36 +121,38 @@ std::size_t FfmpegAudioFileReader::read(std::span<float> interleaved) {
     const std::size_t wanted = interleaved.size() / channels * channels;
     std::size_t done = 0;
     while (done < wanted) {
-        if (ready().empty() && refill() == More::AtEnd) break;
-        const auto part = ready().first(std::min(ready().size(), wanted - done));
-        std::memcpy(interleaved.data() + done, part.data(), part.size_bytes());
-        done += part.size();
-        m_taken += part.size();
+        if (framesLeft() == 0 && !m_decoderEnded) {
+            m_decoderEnded = !decodeFrame();
+            continue;
+        }
+        const auto rest = interleaved.subspan(done, wanted - done);
+        const auto format = SourceFormat::of(*m_frame);
+        if (framesLeft() > 0 && format == m_format) {
+            done += convertFrame(rest) * channels;
+        } else if (const std::size_t held = takeHeld(rest)) { // before a new converter takes over, or at the end
+            done += held * channels;
+        } else if (framesLeft() > 0) {
+            prepareFor(format);
+        } else {
+            break;
+        }
     }
+    const std::span<float> samples = interleaved.first(done);
+    if (m_anySampleIsPossible) copySanitized(samples, samples);
     return done / channels;
 }
 
-/// Makes ready what the next frame yields, which a resampler may decide to be nothing.
-FfmpegAudioFileReader::More FfmpegAudioFileReader::refill() {
-    m_filled = m_taken = 0;
-    if (m_decoderEnded) return More::AtEnd;
-    if (!decodeFrame()) {
-        m_decoderEnded = true;
-        convert(nullptr);
-        return ready().empty() ? More::AtEnd : More::Yes;
-    }
-    if (const SourceFormat format = SourceFormat::of(*m_frame); format != m_format) {
-        convert(nullptr); // what the old resampler still holds
-        m_format = format;
-        m_converter = makeConverter(format, m_channels);
-    }
-    convert(m_frame.get());
-    av_frame_unref(m_frame.get());
-    return More::Yes;
+void FfmpegAudioFileReader::prepareFor(const SourceFormat& format) {
+    m_format = format;
+    m_converter = makeConverter(format, m_channels);
+    const auto sample = av_get_packed_sample_fmt(static_cast<AVSampleFormat>(format.sampleFormat));
+    m_anySampleIsPossible = m_anySampleIsPossible || sample == AV_SAMPLE_FMT_FLT || sample == AV_SAMPLE_FMT_DBL;
 }
 
-/// Damaged packets are passed over: the rest of the file may be sound.
+/// False at the end. Damaged packets are passed over: the rest of the file may be sound.
 bool FfmpegAudioFileReader::decodeFrame() {
+    m_converted = 0;
+    av_frame_unref(m_frame.get());
     while (true) {
         const int error = avcodec_receive_frame(m_decoder.get(), m_frame.get());
         if (error >= 0) {
@@ -171,19 +171,31 @@ bool FfmpegAudioFileReader::decodeFrame() {
     }
 }
 
-/// Appends to what is ready. Null: the end of what the resampler holds.
-void FfmpegAudioFileReader::convert(const AVFrame* frame) {
-    if (!m_converter) return;
-    const int mostFrames = swr_get_out_samples(m_converter.get(), frame ? frame->nb_samples : 0);
-    if (mostFrames <= 0) return;
-    const auto channels = static_cast<std::size_t>(m_channels);
-    const std::size_t needed = m_filled + static_cast<std::size_t>(mostFrames) * channels;
-    if (m_ready.size() < needed) m_ready.resize(needed);
-    auto* out = reinterpret_cast<std::uint8_t*>(m_ready.data() + m_filled);
-    // The library's own declaration lacks a const here.
-    auto** const in = frame ? const_cast<const std::uint8_t**>(frame->extended_data) : nullptr;
-    const int frames = swr_convert(m_converter.get(), &out, mostFrames, in, frame ? frame->nb_samples : 0);
-    if (frames > 0) m_filled += static_cast<std::size_t>(frames) * channels;
+/// As many frames as there is room for out of the decoded frame; fewer, or none, while a resampler fills.
+std::size_t FfmpegAudioFileReader::convertFrame(std::span<float> interleaved) {
+    const auto room = static_cast<std::int64_t>(interleaved.size()) / m_channels;
+    // No more than fits: the converter would have to keep the rest.
+    const std::int64_t needed = std::max<std::int64_t>(room * m_format.rateHz / kSampleRateHz, 1);
+    const int frames = static_cast<int>(std::min<std::int64_t>(needed, framesLeft()));
+    const auto sampleFormat = static_cast<AVSampleFormat>(m_format.sampleFormat);
+    const bool planar = av_sample_fmt_is_planar(sampleFormat) != 0;
+    const int planes = planar ? m_format.channels : 1;
+    const int bytesPerFrame = av_get_bytes_per_sample(sampleFormat) * (planar ? 1 : m_format.channels);
+    std::array<const std::uint8_t*, FfmpegInput::kMostChannels> in{};
+    for (int i = 0; i < planes; ++i)
+        in[static_cast<std::size_t>(i)] = m_frame->extended_data[i] + std::ptrdiff_t{m_converted} * bytesPerFrame;
+    m_converted += frames;
+    auto* out = reinterpret_cast<std::uint8_t*>(interleaved.data());
+    const int made = m_converter ? swr_convert(m_converter.get(), &out, static_cast<int>(room), in.data(), frames) : 0;
+    return static_cast<std::size_t>(std::max(made, 0));
+}
+
+/// What a resampler still holds of the sound that it was given.
+std::size_t FfmpegAudioFileReader::takeHeld(std::span<float> interleaved) {
+    auto* out = reinterpret_cast<std::uint8_t*>(interleaved.data());
+    const int room = static_cast<int>(interleaved.size()) / m_channels;
+    const int made = m_converter ? swr_convert(m_converter.get(), &out, room, nullptr, 0) : 0;
+    return static_cast<std::size_t>(std::max(made, 0));
 }
 
 Failure<PlatformError> cannotDecode(const FfmpegInput& input) {

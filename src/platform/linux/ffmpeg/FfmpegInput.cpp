@@ -7,8 +7,8 @@
 namespace quillet {
 namespace {
 
-constexpr int kBufferBytes = 16 * 1024;
 constexpr int kPacketBytes = 16 * 1024;
+constexpr int kBufferBytes = kPacketBytes / 2; ///< what is read in larger pieces goes round the buffer
 constexpr int kProbedPackets = 2;
 constexpr int kIndexBytes = 4 * 1024;
 
