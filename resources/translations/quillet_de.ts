@@ -634,6 +634,10 @@
         <source>Quillet launches automatically at startup so it&apos;s always ready when you need it.</source>
         <translation>Quillet startet automatisch, wenn Sie sich anmelden, und ist immer bereit, wenn Sie es brauchen.</translation>
     </message>
+    <message>
+        <source>Microphone access was refused. You can allow it in System Settings → Privacy &amp; Security → Microphone, now or later; until then Quillet cannot record.</source>
+        <translation>Der Zugriff auf das Mikrofon wurde verweigert. Sie können ihn jetzt oder später in Systemeinstellungen → Datenschutz &amp; Sicherheit → Mikrofon erlauben; bis dahin kann Quillet nicht aufnehmen.</translation>
+    </message>
 </context>
 <context>
     <name>quillet::OnboardingView</name>

@@ -134,6 +134,10 @@
         <translation>Quillet braucht Ihr Mikrofon, um Ihre Stimme in Besprechungen aufzunehmen. Der Ton wird ausschließlich auf diesem Computer verarbeitet.</translation>
     </message>
     <message>
+        <source>Microphone access was refused. You can allow it in System Settings → Privacy &amp; Security → Microphone, now or later; until then Quillet cannot record.</source>
+        <translation>Der Soundserver lässt Quillet nicht zu. Erlauben Sie diesem Programm jetzt oder später Tonaufnahmen; bis dahin kann Quillet nicht aufnehmen.</translation>
+    </message>
+    <message>
         <source>System Audio Capture</source>
         <translation>Ton des Computers</translation>
     </message>

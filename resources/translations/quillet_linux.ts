@@ -134,6 +134,10 @@
         <translation>Quillet needs your microphone to capture your voice during meetings. Your audio is processed entirely on this computer.</translation>
     </message>
     <message>
+        <source>Microphone access was refused. You can allow it in System Settings → Privacy &amp; Security → Microphone, now or later; until then Quillet cannot record.</source>
+        <translation>The sound server does not let Quillet in. Allow this program to record sound, now or later; until then Quillet cannot record.</translation>
+    </message>
+    <message>
         <source>System Audio Capture</source>
         <translation>Computer Sound</translation>
     </message>

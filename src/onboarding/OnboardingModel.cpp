@@ -35,7 +35,9 @@ void OnboardingModel::refreshAccess() {
 
 void OnboardingModel::readAccess() {
     const PermissionManager& permissions = *m_services.permissions;
-    hasMicrophoneAccess.set(permissions.microphoneStatus.value() == PermissionStatus::Granted);
+    const bool hasMicrophone = permissions.microphoneStatus.value() == PermissionStatus::Granted;
+    hasMicrophoneAccess.set(hasMicrophone);
+    if (hasMicrophone) microphoneWasRefused.set(false);
     hasScreenCaptureAccess.set(permissions.screenCaptureStatus.value() == PermissionStatus::Granted);
 }
 
@@ -94,9 +96,16 @@ void OnboardingModel::nextAction() {
     }
 }
 
+void OnboardingModel::skipMicrophone() {
+    if (page() == Page::Microphone) advance();
+}
+
 void OnboardingModel::askForMicrophone() {
     m_services.permissions->requestMicrophoneAccess([weak = weak_from_this()](bool) {
-        if (const auto self = weak.lock()) self->refreshAccess();
+        const auto self = weak.lock();
+        if (!self) return;
+        self->refreshAccess();
+        self->microphoneWasRefused.set(!self->hasMicrophoneAccess.value());
     });
 }
 

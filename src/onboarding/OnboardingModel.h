@@ -48,6 +48,7 @@ public:
 
     Published<int> currentStep{0};
     Published<bool> hasMicrophoneAccess{false};
+    Published<bool> microphoneWasRefused{false}; ///< the last request was answered with no
     Published<bool> hasScreenCaptureAccess{false};
     Published<bool> hasNotesAccess{false};
     Published<bool> notesTestInProgress{false};
@@ -69,6 +70,8 @@ public:
 
     /// The main button.
     void nextAction();
+    /// On from the microphone's page without it: the main button would only ask again.
+    void skipMicrophone();
     void testNotesConnection();
     /// Where the user switches the system's language model on, or else our own settings on summaries.
     void openIntelligenceSettings();

@@ -375,7 +375,12 @@ protected:
             model->currentStep.set(step);
             ASSERT_TRUE(waitFor([&] { return !view.findChild<PageFlow*>()->isMoving(); }));
             look(view, states[step]);
-            if (step == 1) model->hasMicrophoneAccess.set(true);
+            if (step == 1) {
+                model->microphoneWasRefused.set(true);
+                look(view, "onboarding-1-refused");
+                model->microphoneWasRefused.set(false);
+                model->hasMicrophoneAccess.set(true);
+            }
             if (step == 2) model->hasScreenCaptureAccess.set(true);
             if (step == 3) {
                 model->testNotesConnection();

@@ -64,10 +64,12 @@ public:
     /// The second one steps back behind the first.
     void addButtons(QPushButton* first, QPushButton* second) {
         addSpace(6);
-        for (QPushButton* const button : {first, second}) {
-            button->setAutoDefault(true); // Return presses what has the focus
-            addCentred(button);
-        }
+        addButton(first);
+        addButton(second);
+    }
+    void addButton(QPushButton* button) {
+        button->setAutoDefault(true); // Return presses what has the focus
+        addCentred(button);
     }
     void addSpace(int height) { m_column->addSpacing(height); }
     /// After the last part.
@@ -145,8 +147,19 @@ QWidget* OnboardingPages::makeMicrophone(const std::shared_ptr<OnboardingModel>&
                      "entirely on your Mac."));
     auto* const granted = new ResultRow("checkmark.circle.fill", tr("Microphone access granted"), Ink::Green, page);
     page->add(granted);
+    auto* const refused = page->addText(tr("Microphone access was refused. You can allow it in System Settings → "
+                                           "Privacy & Security → Microphone, now or later; until then Quillet cannot "
+                                           "record."),
+                                        TextStyle::Caption, Ink::Secondary);
+    QPushButton* const skip = makeButton(tr("Skip"), ButtonRole::Plain, {}, page);
+    page->addButton(skip);
     page->finish();
+    QObject::connect(skip, &QPushButton::clicked, page, [model] { model->skipMicrophone(); });
     model->hasMicrophoneAccess.subscribe(page, [granted](bool has) { granted->setVisible(has); });
+    model->microphoneWasRefused.subscribe(page, [refused, skip](bool was) {
+        refused->setVisible(was);
+        skip->setVisible(was);
+    });
     return page;
 }
 
