@@ -8,7 +8,7 @@
 #include <QSaveFile>
 
 #include <cerrno>
-#include <sys/stat.h>
+#include <cstdio>
 #include <unistd.h>
 
 namespace quillet {
@@ -117,6 +117,8 @@ Result<void> AutostartEntry::unregisterItem() {
 }
 
 void AutostartEntry::followProgram() {
+    std::error_code error;
+    if (std::filesystem::is_symlink(m_file, error)) return; // whoever keeps the file behind it keeps that in order
     const auto contents = read();
     const auto program = usableProgram();
     if (!contents || !program || !value(*contents, "Exec") || isSwitchedOff(*contents)) return;
@@ -130,9 +132,16 @@ Result<void> AutostartEntry::write(const QByteArray& contents) const {
     std::error_code error;
     std::filesystem::create_directories(m_folder, error);
     if (error) return Failure{PlatformError::fromErrno(error.value())};
-    QSaveFile file(qtPath(m_file));
-    if (file.open(QFile::WriteOnly) && file.write(contents) == contents.size() && file.commit()) return {};
-    return Failure{PlatformError{EIO, file.errorString()}};
+    // Moved into its place, because a link to the application's launcher would be followed.
+    std::filesystem::path fresh = m_file;
+    fresh += ".new";
+    QSaveFile file(qtPath(fresh));
+    if (!file.open(QFile::WriteOnly) || file.write(contents) != contents.size() || !file.commit())
+        return Failure{PlatformError{EIO, file.errorString()}};
+    if (rename(fresh.c_str(), m_file.c_str()) == 0) return {};
+    const auto failure = PlatformError::fromErrno(errno);
+    unlink(fresh.c_str());
+    return Failure{failure};
 }
 
 } // namespace quillet

@@ -90,6 +90,18 @@ TEST_F(AutostartEntryTest, TheEntryFollowsAProgramThatMoves) {
     EXPECT_FALSE(entry.isEnabled());
 }
 
+TEST_F(AutostartEntryTest, ALinkToTheLauncherIsReplacedAndNotTheLauncher) {
+    const auto launcher = test::makeFile(base / "launcher.desktop", "[Desktop Entry]\nExec=/moved/away %U\n");
+    std::filesystem::create_directories(file.parent_path());
+    std::filesystem::create_symlink(launcher, file);
+    const QByteArray before = contents();
+    entry.followProgram();
+    EXPECT_EQ(contents(), before);
+    ASSERT_TRUE(entry.registerItem());
+    EXPECT_NE(contents(), before);
+    EXPECT_EQ(test::contentsOf(launcher), before);
+}
+
 TEST_F(AutostartEntryTest, AFolderThatCannotBeMadeFailsAndLeavesNothing) {
     test::makeFile(base / "config"); // in the way
     const auto registered = entry.registerItem();
