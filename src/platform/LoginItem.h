@@ -17,7 +17,7 @@ public:
     [[nodiscard]] virtual bool isEnabled() const = 0;
     virtual Result<void> registerItem() = 0;
     virtual Result<void> unregisterItem() = 0;
-    /// Called at each start of the program: an enabled item that still names another place is made to name this one.
+    /// Called at each start of the program: an enabled item that names a program that is gone is made to name this one.
     virtual void followProgram() = 0;
 };
 

@@ -6,9 +6,11 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <QStandardPaths>
 
 #include <cerrno>
 #include <cstdio>
+#include <string_view>
 #include <unistd.h>
 
 namespace quillet {
@@ -41,10 +43,10 @@ QByteArray execArgument(const QByteArray& text) {
     return stringValue(quoted + '"');
 }
 
-QByteArray entryFor(const std::filesystem::path& program) {
-    const QByteArray path = QByteArray::fromStdString(program.string());
-    // Some desktops look for the program itself before they undo its percent signs, which downloads like to have.
-    const QByteArray starter = path.contains('%') ? "env " : "";
+/// Some desktops look for the program itself before they undo its percent signs, which downloads like to have.
+QByteArray starterOf(const QByteArray& path) { return path.contains('%') ? "env " : ""; }
+
+QByteArray entryFor(const QByteArray& path) {
     return "[Desktop Entry]\n"
            "Type=Application\n"
            "Name=Quillet\n"
@@ -55,20 +57,84 @@ QByteArray entryFor(const std::filesystem::path& program) {
            stringValue(path) +
            "\n"
            "Exec=" +
-           starter + execArgument(path) + ' ' + kStartedAtLoginArgument +
+           starterOf(path) + execArgument(path) + ' ' + kStartedAtLoginArgument +
            "\n"
            "Terminal=false\n"
            "X-GNOME-Autostart-enabled=true\n";
 }
 
-/// The value of a key in the entry's own group; absent when it is not there.
-std::optional<QByteArray> value(const QByteArray& contents, const QByteArray& key) {
+/// The line of a key in the entry's own group; -1 when it is not there.
+qsizetype lineOf(const QByteArrayList& lines, const QByteArray& key) {
     bool isInGroup = false;
-    for (const QByteArray& raw : contents.split('\n')) {
-        const QByteArray line = raw.trimmed();
+    for (qsizetype at = 0; at < lines.size(); ++at) {
+        const QByteArray line = lines[at].trimmed();
         if (line.startsWith('[')) isInGroup = line == "[Desktop Entry]";
         const auto equals = line.indexOf('=');
-        if (isInGroup && equals > 0 && line.left(equals).trimmed() == key) return line.mid(equals + 1).trimmed();
+        if (isInGroup && equals > 0 && line.left(equals).trimmed() == key) return at;
+    }
+    return -1;
+}
+
+std::optional<QByteArray> value(const QByteArray& contents, const QByteArray& key) {
+    const QByteArrayList lines = contents.split('\n');
+    const auto at = lineOf(lines, key);
+    if (at < 0) return std::nullopt;
+    return lines[at].mid(lines[at].indexOf('=') + 1).trimmed();
+}
+
+QByteArray withoutEscapes(const QByteArray& stringValue) {
+    QByteArray text;
+    for (qsizetype at = 0; at < stringValue.size(); ++at) {
+        const char character = stringValue[at];
+        if (character != '\\' || at + 1 == stringValue.size()) {
+            text += character;
+            continue;
+        }
+        const char escaped = stringValue[++at];
+        constexpr std::string_view kLetters = "sntr";
+        constexpr std::string_view kMeanings = " \n\t\r";
+        const auto letter = kLetters.find(escaped);
+        text += letter == std::string_view::npos ? escaped : kMeanings[letter];
+    }
+    return text;
+}
+
+QByteArray firstArgument(const QByteArray& exec) {
+    const QByteArray line = withoutEscapes(exec);
+    if (!line.startsWith('"')) return line.left(line.indexOf(' ')).replace("%%", "%");
+    QByteArray argument;
+    for (qsizetype at = 1; at < line.size() && line[at] != '"'; ++at) {
+        if (line[at] == '\\' && at + 1 < line.size()) ++at;
+        argument += line[at];
+    }
+    return argument.replace("%%", "%");
+}
+
+/// As the desktop judges whether there is anything to start.
+QByteArray programOf(const QByteArray& contents) {
+    const auto tried = value(contents, "TryExec");
+    if (tried && !tried->isEmpty()) return withoutEscapes(*tried);
+    return firstArgument(value(contents, "Exec").value_or(QByteArray()));
+}
+
+bool isExecutable(const QByteArray& program) {
+    if (program.startsWith('/')) return access(program.constData(), X_OK) == 0;
+    return !QStandardPaths::findExecutable(QFile::decodeName(program)).isEmpty();
+}
+
+/// The entry as it is, but for the program; nothing where the old one is no argument of its own in the Exec line.
+std::optional<QByteArray> withProgram(const QByteArray& contents, const QByteArray& path) {
+    const QByteArray old = programOf(contents);
+    const QByteArray exec = value(contents, "Exec").value_or(QByteArray());
+    for (const QByteArray& argument : {execArgument(old), stringValue(old)}) {
+        const auto at = (' ' + exec + ' ').indexOf(' ' + argument + ' ');
+        if (at < 0) continue;
+        const QByteArray starter = at == 0 ? starterOf(path) : QByteArray();
+        QByteArrayList lines = contents.split('\n');
+        lines[lineOf(lines, "Exec")] =
+            "Exec=" + exec.left(at) + starter + execArgument(path) + exec.mid(at + argument.size());
+        if (const auto tried = lineOf(lines, "TryExec"); tried >= 0) lines[tried] = "TryExec=" + stringValue(path);
+        return lines.join('\n');
     }
     return std::nullopt;
 }
@@ -108,7 +174,7 @@ bool AutostartEntry::isEnabled() const {
 Result<void> AutostartEntry::registerItem() {
     const auto program = usableProgram();
     if (!program) return Failure{program.error()};
-    return write(entryFor(*program));
+    return write(entryFor(QByteArray::fromStdString(program->string())));
 }
 
 Result<void> AutostartEntry::unregisterItem() {
@@ -122,10 +188,9 @@ void AutostartEntry::followProgram() {
     const auto contents = read();
     const auto program = usableProgram();
     if (!contents || !program || !value(*contents, "Exec") || isSwitchedOff(*contents)) return;
-    const QByteArray wanted = entryFor(*program);
-    const bool isThere =
-        value(*contents, "Exec") == value(wanted, "Exec") && value(*contents, "TryExec") == value(wanted, "TryExec");
-    if (!isThere) static_cast<void>(write(wanted).ok());
+    if (isExecutable(programOf(*contents))) return; // it was chosen, and this one may just be tried
+    const QByteArray path = QByteArray::fromStdString(program->string());
+    static_cast<void>(write(withProgram(*contents, path).value_or(entryFor(path))).ok());
 }
 
 Result<void> AutostartEntry::write(const QByteArray& contents) const {

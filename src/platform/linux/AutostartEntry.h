@@ -11,8 +11,9 @@
 namespace quillet {
 
 /// A desktop file in the user's autostart folder, as the XDG autostart specification has it. Desktops switch an entry
-/// off by a key inside it rather than by removing it, so both count. The file is replaced as a whole, never half
-/// written and never through a symbolic link, and one that cannot be written stays as it was.
+/// off by a key inside it rather than by removing it, so both count, and users change what else it says, which stays
+/// when the program moves. The file is replaced as a whole, never half written and never through a symbolic link, and
+/// one that cannot be written stays as it was.
 class AutostartEntry final : public LoginItem {
 public:
     /// The folder is the "autostart" folder itself. The program is asked for its path at each call; a relative or

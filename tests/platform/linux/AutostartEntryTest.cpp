@@ -74,16 +74,25 @@ TEST_F(AutostartEntryTest, TheEntryFollowsAProgramThatMoves) {
     entry.followProgram();
     EXPECT_FALSE(entry.isEnabled()) << "nobody switched it on";
     ASSERT_TRUE(entry.registerItem());
-    const auto oldPath = program.string();
-    program = makeProgram("quillet 2");
-    entry.followProgram();
-    EXPECT_TRUE(contents().contains("/quillet 2\n"));
-    EXPECT_FALSE(contents().contains(QByteArray::fromStdString(oldPath) + '\n'));
-
+    edit("Exec=\"", "Exec=env LANG=C \"");
+    edit("Terminal=false", "X-GNOME-Autostart-Delay=5");
+    const QByteArray asEdited = contents();
+    const auto moveTo = [this](const char* name) {
+        const auto before = std::exchange(program, makeProgram(name));
+        entry.followProgram();
+        EXPECT_FALSE(contents().contains(name)) << "another copy may just be tried";
+        std::filesystem::remove(before);
+        entry.followProgram();
+    };
+    moveTo("moved 1");
+    EXPECT_EQ(contents(), QByteArray(asEdited).replace("/quillet", "/moved 1")) << "all else stays";
+    edit("TryExec=", "X-");
+    edit("env LANG=C ", "");
+    moveTo("moved 2");
+    EXPECT_TRUE(contents().contains("/moved 2\" --autostarted\n"));
     edit("X-GNOME-Autostart-enabled=true", "Hidden=true");
-    program = oldPath;
-    entry.followProgram();
-    EXPECT_TRUE(contents().contains("/quillet 2\n")) << "what is switched off is left alone";
+    moveTo("moved 3");
+    EXPECT_FALSE(contents().contains("/moved 3")) << "what is switched off is left alone";
 
     program = base / "gone";
     ASSERT_FALSE(entry.registerItem()) << "a program that is not there cannot be started";
