@@ -47,11 +47,12 @@ class AppDelegateTest : public testing::Test {
 protected:
     AppDelegateTest() { delegate = make(); }
 
-    std::unique_ptr<AppDelegate> make() {
+    std::unique_ptr<AppDelegate> make() { return make(desk.defaults); }
+    std::unique_ptr<AppDelegate> make(UserDefaults& defaults) {
         return std::make_unique<AppDelegate>(
             AppDelegate::Services{.engine = desk.engine,
                                   .control = desk.control,
-                                  .defaults = desk.defaults,
+                                  .defaults = defaults,
                                   .notifications = desk.notifications,
                                   .updaterManager = std::make_unique<UpdaterManager>(web),
                                   .makeStatusItem =
@@ -111,6 +112,11 @@ TEST_F(AppDelegateTest, theArgumentsDecideAboutTheIntroduction) {
         EXPECT_EQ(window("Welcome to Quillet") != nullptr, row.opens) << row.what;
         EXPECT_EQ(desk.defaults.boolean(DefaultsKeys::hasCompletedOnboarding), !row.opens) << row.what;
     }
+    FileUserDefaults fileInTheWay(desk.folder.filePath(QStringLiteral("Meeting.m4a/settings.conf")));
+    delegate = make(fileInTheWay);
+    launch({skip});
+    QTest::qWait(700);
+    EXPECT_EQ(window("Welcome to Quillet"), nullptr) << "skipped where that cannot be stored";
 }
 
 TEST_F(AppDelegateTest, theIntroductionIsShownOncePerProcessAndEndsWithItsNotice) {

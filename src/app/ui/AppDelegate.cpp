@@ -36,6 +36,8 @@ std::optional<QPoint> pointer() {
     return QCursor::pos();
 }
 
+bool skipsOnboarding(const QStringList& arguments) { return arguments.contains(QLatin1String("--skip-onboarding")); }
+
 } // namespace
 
 AppDelegate::AppDelegate(Services services) : m_services(std::move(services)) {
@@ -59,7 +61,7 @@ AppDelegate::~AppDelegate() {
 
 bool AppDelegate::rememberAboutOnboarding(const QStringList& arguments, UserDefaults& defaults) {
     const bool resets = arguments.contains(QLatin1String("--reset-onboarding"));
-    const bool skips = arguments.contains(QLatin1String("--skip-onboarding"));
+    const bool skips = skipsOnboarding(arguments);
     if (resets) defaults.remove(DefaultsKeys::hasCompletedOnboarding);
     if (skips) defaults.set(DefaultsKeys::hasCompletedOnboarding, true);
     return resets || skips;
@@ -68,7 +70,9 @@ bool AppDelegate::rememberAboutOnboarding(const QStringList& arguments, UserDefa
 void AppDelegate::applicationDidFinishLaunching(const QStringList& arguments) {
     rememberAboutOnboarding(arguments, m_services.defaults);
     if (arguments.contains(QLatin1String(kStartedAtLoginArgument))) m_patienceWithTheTray.start(kPatience);
-    m_onboardingComesFirst = !m_services.defaults.boolean(DefaultsKeys::hasCompletedOnboarding);
+    // Asked for the argument too, because settings may not be stored.
+    m_onboardingComesFirst =
+        !skipsOnboarding(arguments) && !m_services.defaults.boolean(DefaultsKeys::hasCompletedOnboarding);
     if (m_onboardingComesFirst) QTimer::singleShot(kOnboardingDelay, this, [this] { showOnboarding(); });
     setupMenuBar();
     observeRecordingState();
