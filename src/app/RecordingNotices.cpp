@@ -35,7 +35,10 @@ RecordingNotices::RecordingNotices(Services services)
                                      [this](const QVariantMap& info) { chosenDeviceMissing(info); });
     m_services.engine->isRecording.subscribe(this, [this](bool recording) { recordingChanged(recording); });
     m_services.engine->lastError.subscribe(this, [this](const std::optional<QString>& error) {
-        if (error) failed(tr("Recording problem"), *error);
+        if (error)
+            failed(tr("Recording problem"), *error);
+        else if (!m_services.uiModel.activeAlert.value())
+            m_services.notices->withdraw(kProblem);
     });
     m_services.uiModel.activeAlert.subscribe(this, [this](const std::optional<AppAlert>& alert) {
         if (alert)

@@ -334,6 +334,13 @@ TEST_F(RecordingNoticesTest, whoeverLooksElsewhereIsTold) {
     EXPECT_EQ(machine->holds, 0);
     for (const std::size_t each : {3U, 4U})
         EXPECT_THAT(told->withdrawn, testing::Contains(told->shown[each].subject.toStdString())) << "no longer true";
+    for (const bool isAlertOpen : {true, false}) {
+        if (!isAlertOpen) desk.uiModel.activeAlert.set(std::nullopt);
+        desk.engine->lastError.set(QStringLiteral("Failed to setup audio writer."));
+        told->withdrawn.clear();
+        desk.engine->lastError.set(std::nullopt); // the next recording runs well
+        EXPECT_EQ(told->withdrawn.empty(), isAlertOpen) << "an alert waits for its answer";
+    }
 }
 
 } // namespace
