@@ -3,9 +3,11 @@
 
 #include <QDBusVirtualObject>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QLockFile>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -83,13 +85,25 @@ TEST_F(SingleInstanceTest, ASecondStartHandsItsCommandToTheFirst) {
     }
 }
 
-TEST_F(SingleInstanceTest, NobodyThereIsSaidAndLeavesNothing) {
+TEST_F(SingleInstanceTest, NobodyThereIsSaidAtOnceAndLeavesNothing) {
+    QElapsedTimer waiting;
+    waiting.start();
     for (const bool hasBus : {true, false}) {
         Start only(hasBus ? m_bus.connection(QStringLiteral("only")) : PrivateBus::none(), m_folder);
         EXPECT_EQ(only.send(RemoteCommand::Quit), false);
     }
+    EXPECT_LT(waiting.elapsed(), 2500) << "the time that is given to one who may still listen";
     Start first(m_bus.connection(QStringLiteral("first")), m_folder);
     EXPECT_EQ(first.claim(), Claim::First);
+}
+
+TEST_F(SingleInstanceTest, TwoStartsAtOnceWithoutABusAreOneProgram) {
+    Start first(PrivateBus::none(), m_folder);
+    ASSERT_EQ(first.claim(), Claim::First);
+    const QString socket = m_folder + QStringLiteral("/instance.socket");
+    ASSERT_TRUE(QFile::rename(socket, socket + QLatin1Char('~'))); // it has the place and does not listen yet
+    QTimer::singleShot(200, &first.instance, [socket] { QFile::rename(socket + QLatin1Char('~'), socket); });
+    EXPECT_EQ(Start(PrivateBus::none(), m_folder).claim(), Claim::Delivered);
 }
 
 TEST_F(SingleInstanceTest, WhatADeadProcessLeftKeepsNobodyOut) {

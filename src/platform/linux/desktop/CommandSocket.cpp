@@ -14,6 +14,7 @@ namespace quillet {
 namespace {
 
 constexpr qint64 kLongestLine = 64;
+constexpr int kConnectAgainMs = 50;
 constexpr QByteArrayView kTaken = "taken\n";
 
 /// Made ours alone, or refused: whoever can enter it can command the program.
@@ -41,6 +42,7 @@ bool CommandSocket::take(std::function<void(RemoteCommand)> onCommand) {
     if (!m_lock->tryLock(0)) {
         const bool held = m_lock->error() == QLockFile::LockFailedError;
         m_lock.reset();
+        m_isTaken = held;
         return !held;
     }
     QLocalServer::removeServer(socketIn(m_folder));
@@ -85,7 +87,13 @@ void CommandSocket::send(RemoteCommand command, const std::function<void(bool)>&
         if (socket->canReadLine()) finish(socket->readLine(kLongestLine) == kTaken);
     });
     connect(socket, &QLocalSocket::disconnected, socket, [finish] { finish(false); });
-    connect(socket, &QLocalSocket::errorOccurred, socket, [finish] { finish(false); });
+    connect(socket, &QLocalSocket::errorOccurred, socket, [this, socket, finish](QLocalSocket::LocalSocketError error) {
+        const bool listens =
+            error != QLocalSocket::ServerNotFoundError && error != QLocalSocket::ConnectionRefusedError;
+        if (listens || !m_isTaken) return finish(false);
+        // Whoever took the place at the same moment will listen in the next.
+        QTimer::singleShot(kConnectAgainMs, socket, [this, socket] { socket->connectToServer(socketIn(m_folder)); });
+    });
     QTimer::singleShot(m_folder.isEmpty() ? 0 : bus::kPatienceMs, socket, [finish] { finish(false); });
     if (!m_folder.isEmpty()) socket->connectToServer(socketIn(m_folder));
 }

@@ -22,7 +22,7 @@ public:
     /// False when another process has the place.
     [[nodiscard]] bool take(std::function<void(RemoteCommand)> onCommand);
 
-    /// True when the process that has the place took the command.
+    /// True when the process that has the place took the command. Where take() has found one, it gets time to listen.
     void send(RemoteCommand command, const std::function<void(bool delivered)>& done);
 
 private:
@@ -30,6 +30,7 @@ private:
 
     QString m_folder;
     std::unique_ptr<QLockFile> m_lock;
+    bool m_isTaken = false; ///< by another process
     QLocalServer m_server;
 };
 
