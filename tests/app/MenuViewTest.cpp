@@ -164,6 +164,17 @@ TEST_F(MenuViewTest, aFailureIsReadInTheWindowAndRaisesItsAlertEachTime) {
 
     desk.engine->lastError.set(QStringLiteral("Stream start failed: connection refused"));
     EXPECT_TRUE(has("Stream start failed: connection refused"));
+    const QString device = QString(5, u'M') + QString(95, u'n');
+    desk.engine->lastError.set(QStringLiteral("Stream start failed: ") + device);
+    letLayoutsSettle();
+    const auto labels = view->findChildren<QLabel*>();
+    const auto error = std::find_if(labels.begin(), labels.end(), [&](const QLabel* each) {
+        return each->text().remove(QChar(0x200B)).contains(device);
+    });
+    ASSERT_NE(error, labels.end());
+    const QRect text = (*error)->fontMetrics().boundingRect((*error)->rect(), Qt::TextWordWrap, (*error)->text());
+    EXPECT_TRUE((*error)->rect().contains(text)) << "the whole name is to be read";
+    EXPECT_LE((*error)->mapTo(view.get(), text.bottomRight()).x(), view->width() - 12) << "with its margin";
 }
 
 TEST_F(MenuViewTest, aRefusalOfAutomationOffersTheSettings) {

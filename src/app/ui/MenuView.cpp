@@ -5,6 +5,7 @@
 #include "widgets/Symbol.h"
 
 #include <QFile>
+#include <QRegularExpression>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTimerEvent>
@@ -21,6 +22,12 @@ constexpr int kRecordHeight = 52; ///< of the one button that matters, at least
 constexpr int kTallestRecord = 84;
 
 QString nameOf(const std::filesystem::path& file) { return QFile::decodeName(file.filename().c_str()); }
+
+/// Names of devices may be one long word: every 30 characters of one its line may break.
+QString breakable(const QString& text) {
+    static const QRegularExpression kLongWord(QStringLiteral(R"(((?:(?!\s)\X){30})(?=\S))"));
+    return QString(text).replace(kLongWord, QStringLiteral("\\1\u200B"));
+}
 
 QVBoxLayout* makeColumn(QWidget* section) {
     auto* const column = new QVBoxLayout(section);
@@ -109,6 +116,7 @@ QWidget* MenuView::makeRecordSection() {
     column->addWidget(m_meters);
 
     m_error = new TextLabel({}, TextStyle::Caption, Ink::Red, section);
+    m_error->setMinimumWidth(1); // it wraps before it widens what lies beside it
     column->addWidget(m_error);
 
     m_latest = makeLatestBlock();
@@ -175,7 +183,7 @@ void MenuView::refreshRecordSection() {
     m_elapsed->setStartDate(m_model->recordingStartDate());
     m_meters->setVisible(recording);
     const std::optional<QString> error = m_model->lastError();
-    m_error->setText(error ? shownText(*error) : QString());
+    m_error->setText(error ? breakable(shownText(*error)) : QString());
     m_error->setVisible(error.has_value());
     const auto latest = m_model->latestRecording();
     if (latest) m_latestName->setText(nameOf(*latest));
