@@ -41,6 +41,8 @@ Popover::Popover(QWidget* content, std::function<bool()> mayHide) : m_content(co
     m_column->setSpacing(0);
     m_column->addWidget(content, 1);
     setWindowTitle(tr("Quillet"));
+    // macOS hides the tool windows of a program that is not the active one, also while an alert waits for its answer.
+    setAttribute(Qt::WA_MacAlwaysShowToolWindow);
     setForm(Form::Popover);
     connect(&Theme::shared(), &Theme::changed, this, [this] {
         if (m_form == Form::Popover) resize(cardSize());
