@@ -15,8 +15,10 @@
 namespace quillet {
 namespace {
 
+using namespace Qt::StringLiterals;
+
 MeetingContext contextWith(MeetingFacts facts) {
-    if (facts.formattedDate.isEmpty()) facts.formattedDate = QStringLiteral("DATE");
+    if (facts.formattedDate.isEmpty()) facts.formattedDate = u"DATE"_s;
     return MeetingContext(std::move(facts));
 }
 
@@ -25,28 +27,18 @@ QString rendered(const QString& content, MeetingFacts facts) {
 }
 
 TEST(MeetingTemplateTest, BuiltInTemplatesAreTheFourByteForByte) {
-    const struct {
-        const char* name;
-        qsizetype bytes;
-        qsizetype lines;
-        const char* sha256;
-    } rows[] = {
-        {"General Meeting Notes", 349, 33, "1c666b05b59fe30b"},
-        {"Executive Brief", 247, 21, "00433a1cf2a0c06d"},
-        {"Action Items Focus", 283, 25, "d41c7b35fe9ee18f"},
-        {"Full Transcript", 363, 32, "ceda5d3d3caca024"},
-    };
+    const std::pair<const char*, const char*> rows[] = {{"General Meeting Notes", "1c666b05b59fe30b"},
+                                                        {"Executive Brief", "00433a1cf2a0c06d"},
+                                                        {"Action Items Focus", "d41c7b35fe9ee18f"},
+                                                        {"Full Transcript", "ceda5d3d3caca024"}};
     const auto& templates = MeetingTemplate::builtInTemplates();
     ASSERT_EQ(templates.size(), std::size(rows));
     QSet<QUuid> ids;
     for (std::size_t i = 0; i < templates.size(); ++i) {
-        SCOPED_TRACE(rows[i].name);
         const MeetingTemplate& one = templates[i];
-        const QByteArray content = one.content.toUtf8();
-        EXPECT_EQ(one.name, QString::fromLatin1(rows[i].name));
-        EXPECT_EQ(content.size(), rows[i].bytes);
-        EXPECT_EQ(content.count('\n') + 1, rows[i].lines);
-        EXPECT_EQ(QCryptographicHash::hash(content, QCryptographicHash::Sha256).toHex().left(16), rows[i].sha256);
+        const auto hash = QCryptographicHash::hash(one.content.toUtf8(), QCryptographicHash::Sha256).toHex().left(16);
+        EXPECT_EQ(one.name, QString::fromLatin1(rows[i].first));
+        EXPECT_EQ(hash, rows[i].second) << rows[i].first;
         EXPECT_TRUE(one.isBuiltIn);
         EXPECT_EQ(one.isDefault, i == 0);
         ids.insert(one.id);
@@ -58,17 +50,17 @@ TEST(MeetingTemplateTest, BuiltInTemplatesAreTheFourByteForByte) {
 TEST(MeetingTemplateTest, EveryPlaceholderStandsForItsOwnFact) {
     QString content;
     for (const Placeholder& placeholder : placeholderReference()) content += placeholder.text + QLatin1Char('|');
-    EXPECT_EQ(rendered(content, {.title = QStringLiteral("t"),
-                                 .formattedDate = QStringLiteral("d"),
-                                 .formattedDuration = QStringLiteral("l"),
-                                 .attendees = QStringLiteral("• A\n• B"),
-                                 .aiSummary = QStringLiteral("s"),
-                                 .keyDecisions = QStringLiteral("k"),
-                                 .actionItems = QStringLiteral("a"),
-                                 .followUps = QStringLiteral("f"),
-                                 .transcript = QString(501, QLatin1Char('x'))}),
-              QStringLiteral("t|d|l|• A\n• B|s|k|a|f|") + QString(501, QLatin1Char('x')) + QLatin1Char('|') +
-                  QString(500, QLatin1Char('x')) + QLatin1Char('|'));
+    const QString longText(501, u'x');
+    const MeetingFacts facts{.title = u"t"_s,
+                             .formattedDate = u"d"_s,
+                             .formattedDuration = u"l"_s,
+                             .attendees = u"• A\n• B"_s,
+                             .aiSummary = u"s"_s,
+                             .keyDecisions = u"k"_s,
+                             .actionItems = u"a"_s,
+                             .followUps = u"f"_s,
+                             .transcript = longText};
+    EXPECT_EQ(rendered(content, facts), u"t|d|l|• A\n• B|s|k|a|f|"_s + longText + u'|' + longText.left(500) + u'|');
 }
 
 TEST(MeetingTemplateTest, PlaceholdersAreReplacedOneAfterTheOther) {
@@ -100,41 +92,35 @@ TEST(MeetingTemplateTest, PlaceholdersAreReplacedOneAfterTheOther) {
 }
 
 /// A template that consists of placeholders and near misses, and values of the same size that are full of them, too.
-double secondsToRender(qsizetype size) {
-    const auto filled = [size](const char* unit) {
-        const QString text = QString::fromUtf8(unit);
-        return text.repeated(size / text.size());
-    };
-    const MeetingContext context = contextWith({.title = filled("{{duration}{{{{"),
-                                                .formattedDate = QStringLiteral("March 1, 2026 at 10:00 AM"),
-                                                .transcript = filled("{{transcript}}")});
-    const MeetingTemplate one{.content = QStringLiteral("{{meeting_title}}{{transcript}}") + filled("{{date}}")};
+double clocksToRender(int size) {
+    const auto filled = [size](const QString& unit) { return unit.repeated(size / unit.size()); };
+    const MeetingContext context =
+        contextWith({.title = filled(u"{{duration}{{{{"_s), .transcript = filled(u"{{transcript}}"_s)});
+    const MeetingTemplate one{.content = u"{{meeting_title}}{{transcript}}"_s + filled(u"{{date}}"_s)};
     double best = std::numeric_limits<double>::max();
     for (int round = 0; round < 3; ++round) {
         const std::clock_t start = std::clock();
-        EXPECT_GT(one.render(context).size(), 5 * size);
-        best = std::min(best, static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
+        EXPECT_GT(one.render(context).size(), 2 * size);
+        best = std::min(best, static_cast<double>(std::clock() - start));
     }
     return best;
 }
 
 TEST(MeetingTemplateTest, MegabytesAreRenderedInLinearTime) {
-    const double small = secondsToRender(1 << 20);
-    const double large = secondsToRender(8 << 20);
-    RecordProperty("msPerMegabyte", static_cast<int>(small * 1000));
-    EXPECT_LT(large, 16 * small) << small; // 8 when linear, 64 when quadratic
+    const double small = clocksToRender(1 << 20);
+    EXPECT_LT(clocksToRender(8 << 20), 16 * small) << small; // 8 when linear, 64 when quadratic
 }
 
 TEST(MeetingContextTest, ShortTranscriptEndsAfterFiveHundredCharactersAsPerceived) {
     for (const char* perceived : {"a", "\r\n", "e\xcc\x81", "👩‍👩‍👧", "🇩🇪", "\u1100\u1161\u11a8"}) {
         SCOPED_TRACE(perceived);
         const QString character = QString::fromUtf8(perceived);
-        const MeetingContext shorter({.formattedDate = QStringLiteral("d"), .transcript = character.repeated(500)});
-        const MeetingContext longer({.formattedDate = QStringLiteral("d"), .transcript = character.repeated(501)});
+        const MeetingContext shorter({.formattedDate = u"d"_s, .transcript = character.repeated(500)});
+        const MeetingContext longer({.formattedDate = u"d"_s, .transcript = character.repeated(501)});
         EXPECT_EQ(shorter.shortTranscript, shorter.transcript);
         EXPECT_EQ(longer.shortTranscript, shorter.transcript);
     }
-    EXPECT_EQ(firstCharacters(QStringLiteral("abc"), 3), QStringLiteral("abc"));
+    EXPECT_EQ(firstCharacters(u"abc"_s, 3), u"abc"_s);
     EXPECT_EQ(firstCharacters(QString(QChar(0xd800)) + QChar(u'b') + QChar(0xdc00), 2).size(), 2);
 }
 
@@ -146,11 +132,11 @@ TEST(MeetingContextTest, AnEmptyDateBecomesTheLongDateInTheLanguageOfTheFirstUse
         QString text = MeetingContext({.formattedDate = given, .recordedAt = time}).formattedDate;
         return text.replace(QChar(0x202f), QLatin1Char(' '));
     };
-    EXPECT_EQ(dateOf({}), QStringLiteral("March 1, 2026 at 10:00 AM"));
-    EXPECT_EQ(dateOf(QStringLiteral(" ")), QStringLiteral(" "));
+    EXPECT_EQ(dateOf({}), u"March 1, 2026 at 10:00 AM"_s);
+    EXPECT_EQ(dateOf(u" "_s), u" "_s);
     qputenv("LC_ALL", "de_DE.UTF-8");
     qputenv("TZ", "Asia/Tokyo");
-    EXPECT_EQ(dateOf({}), QStringLiteral("March 1, 2026 at 10:00 AM"));
+    EXPECT_EQ(dateOf({}), u"March 1, 2026 at 10:00 AM"_s);
     qunsetenv("LC_ALL");
     qunsetenv("TZ");
 }

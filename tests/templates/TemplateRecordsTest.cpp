@@ -10,6 +10,8 @@
 namespace quillet {
 namespace {
 
+using namespace Qt::StringLiterals;
+
 const QByteArray kId = "2F1D7B4E-0C3F-4A7E-9A53-5D1B8F7F6A10";
 const QByteArray kRecord = R"({"content":"c","id":")" + kId + R"(","isBuiltIn":false,"isDefault":true,"name":"n"})";
 
@@ -19,8 +21,8 @@ QByteArray recordWith(const QByteArray& before, const QByteArray& after) {
 
 TEST(TemplateRecordsTest, ARecordIsOneCompactObjectWithAnUpperCaseId) {
     const MeetingTemplate one{.id = QUuid::fromString(QString::fromLatin1(kId).toLower()),
-                              .name = QStringLiteral("n"),
-                              .content = QStringLiteral("c"),
+                              .name = u"n"_s,
+                              .content = u"c"_s,
                               .isDefault = true};
     EXPECT_EQ(TemplateRecords::encode(one), kRecord);
     EXPECT_EQ(TemplateRecords::encode(std::vector{one, one}), "[" + kRecord + "," + kRecord + "]");
@@ -65,18 +67,15 @@ TEST(TemplateRecordsTest, AListDecodesAsAWholeOrNotAtAll) {
         SCOPED_TRACE(row.what);
         const auto decoded = TemplateRecords::decodeList(row.json);
         EXPECT_EQ(decoded ? static_cast<int>(decoded->size()) : -1, row.templates);
-        const QString sentence = decoded ? QStringLiteral(".") : decoded.error();
+        const QString sentence = decoded ? u"."_s : decoded.error();
         EXPECT_TRUE(sentence.endsWith(QLatin1Char('.'))) << sentence.toStdString();
     }
 }
 
 TEST(TemplateRecordsTest, AnyTextSurvives) {
-    QString everything;
-    for (char16_t c = 0; c < 0xd800; c += 7) everything += QChar(c);
-    const QString texts[] = {
-        QString(),         QStringLiteral("Q1/Notes \"x\" \\ \n\r\t\b\f"),
-        everything,        QStringLiteral("👩‍👩‍👧 é\u202e\u2028\ufeff\uffff"),
-        QString(QChar(0)), QStringLiteral("lone ") + QChar(0xd800) + QStringLiteral(" ") + QChar(0xdc00)};
+    const QString texts[] = {u""_s, u"Q1/Notes \"x\" \\ \n\r\t\b\f\x01"_s,
+                             u"👩‍👩‍👧 é\u202e\u2028\ufeff\uffff"_s, QString(QChar(0)),
+                             u"lone "_s + QChar(0xd800) + u' ' + QChar(0xdc00)};
     for (const QString& text : texts) {
         const std::vector<MeetingTemplate> before{{.id = QUuid::createUuid(), .name = text, .content = text}};
         const auto after = TemplateRecords::decodeList(TemplateRecords::encode(before));
@@ -92,7 +91,7 @@ TEST(TemplateFilesTest, AnImportOverwritesNothingAndIsTheUsersOwn) {
     ASSERT_EQ(one->size(), 1U);
     EXPECT_NE(one->front().id, existing.front().id);
     EXPECT_FALSE(one->front().isBuiltIn || one->front().isDefault);
-    EXPECT_EQ(one->front().name, QStringLiteral("n"));
+    EXPECT_EQ(one->front().name, u"n"_s);
 
     const auto two = TemplateFiles::imported("[" + kRecord + "," + kRecord + "]", {});
     ASSERT_TRUE(two.ok());
@@ -106,20 +105,20 @@ TEST(TemplateFilesTest, AnImportOverwritesNothingAndIsTheUsersOwn) {
 
 TEST(TemplateFilesTest, FilesAreReplacedWholeAndWhatIsNoFileIsNot) {
     const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("ü.json"));
+    const QString path = folder.filePath(u"ü.json"_s);
     ASSERT_TRUE(TemplateFiles::write(path, "a longer text").ok());
     ASSERT_TRUE(TemplateFiles::write(path, kRecord).ok());
     EXPECT_EQ(*TemplateFiles::read(path), kRecord);
-    ASSERT_TRUE(TemplateFiles::write(QStringLiteral("/dev/null"), kRecord).ok());
-    EXPECT_FALSE(QFileInfo(QStringLiteral("/dev/null")).isFile());
+    ASSERT_TRUE(TemplateFiles::write(u"/dev/null"_s, kRecord).ok());
+    EXPECT_FALSE(QFileInfo(u"/dev/null"_s).isFile());
 
-    for (const QString& bad : {folder.path(), folder.filePath(QStringLiteral("none/x.json")), QString()}) {
+    for (const QString& bad : {folder.path(), folder.filePath(u"none/x.json"_s), QString()}) {
         const auto written = TemplateFiles::write(bad, kRecord);
         ASSERT_FALSE(written.ok()) << bad.toStdString();
-        EXPECT_TRUE(written.error().startsWith(bad + QStringLiteral(" cannot be written: ")));
+        EXPECT_TRUE(written.error().startsWith(bad + u" cannot be written: "_s));
         EXPECT_FALSE(TemplateFiles::read(bad).ok());
     }
-    EXPECT_FALSE(TemplateFiles::read(QStringLiteral("/dev/zero")).ok());
+    EXPECT_FALSE(TemplateFiles::read(u"/dev/zero"_s).ok());
 }
 
 } // namespace

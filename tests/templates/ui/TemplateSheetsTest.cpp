@@ -1,4 +1,5 @@
 #include "support/FakeFileDialogs.h"
+#include "support/Files.h"
 #include "support/WaitFor.h"
 #include "support/Widgets.h"
 #include "templates/Placeholders.h"
@@ -9,7 +10,6 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QFile>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -22,26 +22,23 @@
 namespace quillet {
 namespace {
 
+using namespace Qt::StringLiterals;
+
 using test::find;
 
 class TemplateSheetsTest : public testing::Test {
 protected:
-    TemplateEditorSheet& edit(const std::optional<MeetingTemplate>& one) {
-        sheet = std::make_unique<EditTemplateSheet>(one, onSave, onCancel, nullptr);
-        return show();
+    void edit(const std::optional<MeetingTemplate>& one) {
+        show(std::make_unique<EditTemplateSheet>(one, onSave, onCancel, nullptr));
     }
-    TemplateEditorSheet& makeNew() {
-        sheet = std::make_unique<NewTemplateSheet>(onSave, onCancel, nullptr);
-        return show();
-    }
-    TemplateEditorSheet& show() {
+    void show(std::unique_ptr<TemplateEditorSheet> made) {
+        sheet = std::move(made);
         sheet->setAttribute(Qt::WA_DeleteOnClose, false);
         sheet->show();
         EXPECT_TRUE(QTest::qWaitForWindowActive(sheet.get()));
-        return *sheet;
     }
-    QLineEdit& name() { return *find<QLineEdit>(*sheet, QStringLiteral("Template Name")); }
-    QPlainTextEdit& content() { return *find<QPlainTextEdit>(*sheet, QStringLiteral("Template Content")); }
+    QLineEdit& name() { return *find<QLineEdit>(*sheet, u"Template Name"_s); }
+    QPlainTextEdit& content() { return *find<QPlainTextEdit>(*sheet, u"Template Content"_s); }
     QPushButton& button(const char* text) { return *find<QPushButton>(*sheet, QString::fromUtf8(text)); }
 
     std::vector<std::pair<QString, QString>> saved;
@@ -52,24 +49,23 @@ protected:
 };
 
 TEST_F(TemplateSheetsTest, ANewTemplateStartsWithTheDefaultBodyAndNeedsAName) {
-    makeNew();
+    show(std::make_unique<NewTemplateSheet>(onSave, onCancel, nullptr));
     EXPECT_EQ(sheet->content(), MeetingTemplate::builtInTemplates().front().content);
     EXPECT_FALSE(button("Save").isEnabled());
     QTest::keyClick(&name(), Qt::Key_Return);
     QTest::keyClick(&content(), Qt::Key_Return, Qt::ControlModifier);
     EXPECT_TRUE(saved.empty());
-    QTest::keyClicks(&name(), QStringLiteral(" ")); // blanks are a name
+    QTest::keyClicks(&name(), u" "_s); // blanks are a name
     content().selectAll();
     QTest::keyClick(&content(), Qt::Key_Delete);
     QTest::mouseClick(&button("Save"), Qt::LeftButton);
-    ASSERT_EQ(saved.size(), 1U);
-    EXPECT_EQ(saved.front(), std::pair(QStringLiteral(" "), QString()));
+    EXPECT_EQ(saved, std::vector{std::pair(u" "_s, QString())});
 }
 
 TEST_F(TemplateSheetsTest, PlaceholdersAreAppendedAtTheEndWhereverTheCursorIs) {
-    edit(MeetingTemplate{.name = QStringLiteral("n"), .content = QStringLiteral("a\nb")});
+    edit(MeetingTemplate{.name = u"n"_s, .content = u"a\nb"_s});
     content().moveCursor(QTextCursor::Start);
-    QString expected = QStringLiteral("a\nb");
+    QString expected = u"a\nb"_s;
     for (const Placeholder& placeholder : placeholderReference()) {
         auto* const one = find<QPushButton>(*sheet, placeholder.text);
         ASSERT_NE(one, nullptr);
@@ -83,7 +79,7 @@ TEST_F(TemplateSheetsTest, PlaceholdersAreAppendedAtTheEndWhereverTheCursorIs) {
 }
 
 TEST_F(TemplateSheetsTest, TheKeyboardSavesAndCancels) {
-    edit(MeetingTemplate{.name = QStringLiteral("n"), .content = QStringLiteral("c")});
+    edit(MeetingTemplate{.name = u"n"_s, .content = u"c"_s});
     EXPECT_EQ(QApplication::focusWidget(), &name());
     QTest::keyClick(&name(), Qt::Key_Tab);
     EXPECT_EQ(QApplication::focusWidget(), &content());
@@ -93,8 +89,7 @@ TEST_F(TemplateSheetsTest, TheKeyboardSavesAndCancels) {
     EXPECT_TRUE(saved.empty());
     QTest::keyClick(&content(), Qt::Key_Return, Qt::ControlModifier);
     QTest::keyClick(&name(), Qt::Key_Return);
-    ASSERT_EQ(saved.size(), 2U);
-    EXPECT_EQ(saved.front(), std::pair(QStringLiteral("n"), QStringLiteral("c\n\n")));
+    EXPECT_EQ(saved, (std::vector(2, std::pair(u"n"_s, u"c\n\n"_s))));
     QTest::keyClick(&content(), Qt::Key_Tab);
     EXPECT_EQ(test::accessibleName(*QApplication::focusWidget()), placeholderReference().front().text);
     EXPECT_EQ(cancelled, 0);
@@ -103,72 +98,59 @@ TEST_F(TemplateSheetsTest, TheKeyboardSavesAndCancels) {
 }
 
 TEST_F(TemplateSheetsTest, WhatIsNotEditedComesBackAsItWas) {
-    const QString texts[] = {QStringLiteral("a\r\nb\u00a0c\u2028d\u2029e\ufdd0"), QString(40'000, QLatin1Char('x')),
-                             QStringLiteral("tab\tnew\nline\x01")};
+    const QString texts[] = {u"a\r\nb\u00a0c\u2028d\u2029e\ufdd0"_s, QString(40'000, u'x'), u"tab\tnew\nline\x01"_s};
     for (const QString& text : texts) {
         edit(MeetingTemplate{.name = text, .content = text});
         EXPECT_EQ(sheet->name(), text);
         EXPECT_EQ(sheet->content(), text);
     }
-    edit(MeetingTemplate{.name = QStringLiteral("n"), .content = QStringLiteral("no\u00a0break\n")});
+    edit(MeetingTemplate{.name = u"n"_s, .content = u"no\u00a0break\n"_s});
     content().moveCursor(QTextCursor::End);
-    QTest::keyClicks(&content(), QStringLiteral("x"));
-    EXPECT_EQ(sheet->content(), QStringLiteral("no\u00a0break\nx"));
+    QTest::keyClicks(&content(), u"x"_s);
+    EXPECT_EQ(sheet->content(), u"no\u00a0break\nx"_s);
     edit(std::nullopt);
     EXPECT_EQ(sheet->name() + sheet->content(), QString());
 }
 
 TEST_F(TemplateSheetsTest, WhatAssistiveTechnologyEntersIsSaved) {
-    edit(MeetingTemplate{.name = QStringLiteral("n"), .content = QStringLiteral("c")});
-    QAccessible::queryAccessibleInterface(&name())->editableTextInterface()->insertText(1, QStringLiteral("ew"));
-    content().setPlainText(QStringLiteral("said"));
+    edit(MeetingTemplate{.name = u"n"_s, .content = u"c"_s});
+    QAccessible::queryAccessibleInterface(&name())->editableTextInterface()->insertText(1, u"ew"_s);
+    content().setPlainText(u"said"_s);
     QTest::mouseClick(&button("Save"), Qt::LeftButton);
-    ASSERT_EQ(saved.size(), 1U);
-    EXPECT_EQ(saved.front(), std::pair(QStringLiteral("new"), QStringLiteral("said")));
+    EXPECT_EQ(saved, std::vector{std::pair(u"new"_s, u"said"_s)});
 }
 
 TEST_F(TemplateSheetsTest, ThePreviewIsReadAndCopied) {
-    const QString text = QStringLiteral("# x\n\u00a0• y");
+    const QString text = u"# x\n\u00a0• y"_s;
     int dismissed = 0;
     PreviewSheet preview(
         text, [&] { ++dismissed; }, nullptr);
     preview.setAttribute(Qt::WA_DeleteOnClose, false);
     preview.show();
     EXPECT_TRUE(QTest::qWaitForWindowActive(&preview));
-    auto* const view = find<QPlainTextEdit>(preview, QStringLiteral("Template Preview"));
-    QTest::keyClicks(view, QStringLiteral("z"));
-    EXPECT_EQ(view->document()->toRawText().replace(QChar::ParagraphSeparator, QLatin1Char('\n')), text);
-    QTest::mouseClick(find<QPushButton>(preview, QStringLiteral("Copy")), Qt::LeftButton);
+    auto* const view = find<QPlainTextEdit>(preview, u"Template Preview"_s);
+    QTest::keyClicks(view, u"z"_s);
+    EXPECT_EQ(view->document()->toRawText().replace(QChar::ParagraphSeparator, u'\n'), text);
+    QTest::mouseClick(find<QPushButton>(preview, u"Copy"_s), Qt::LeftButton);
     EXPECT_EQ(QGuiApplication::clipboard()->text(), text);
     QTest::keyClick(view, Qt::Key_Return);
     QTest::keyClick(view, Qt::Key_Escape);
     EXPECT_EQ(dismissed, 2);
 }
 
-TEST_F(TemplateSheetsTest, TheSaveDialogProposesTheNameAndReportsThePath) {
-    const QTemporaryDir folder;
-    QWidget window;
-    window.show();
-    QString chosen;
-    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    showTemplateSaveDialog(nullptr, &window, QStringLiteral("Q1/Notes.json"),
-                           [&](const QString& path) { chosen = path; });
-    auto* const dialog = window.findChild<QFileDialog*>();
-    ASSERT_NE(dialog, nullptr);
-    EXPECT_FALSE(dialog->isModal());
-    auto* const field = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
-    EXPECT_EQ(field->text(), QStringLiteral("Q1-Notes.json"));
-    field->setText(folder.filePath(QStringLiteral("mine")));
-    QTest::keyClick(field, Qt::Key_Return);
-    EXPECT_EQ(chosen, folder.filePath(QStringLiteral("mine.json")));
-}
-
 TEST_F(TemplateSheetsTest, TheDesktopsSaveDialogComesFirstAndNothingIsReplacedUnasked) {
     using Outcome = FileAnswer::Outcome;
     const QTemporaryDir folder;
-    QFile there(folder.filePath(QStringLiteral("taken.json")));
-    ASSERT_TRUE(there.open(QFile::WriteOnly));
+    test::makeFile(folder.filePath(u"taken.json"_s));
     QWidget window;
+    window.show();
+    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    QString chosen;
+    const auto save = [&](FileDialogs* dialogs) {
+        chosen.clear();
+        showTemplateSaveDialog(dialogs, &window, u"Q1/Notes.json"_s, [&](const QString& path) { chosen = path; });
+        test::processEvents();
+    };
     test::FakeFileDialogs desktop;
     const struct {
         Outcome outcome;
@@ -179,27 +161,32 @@ TEST_F(TemplateSheetsTest, TheDesktopsSaveDialogComesFirstAndNothingIsReplacedUn
                 {Outcome::Declined, "mine", nullptr}};
     for (const auto& row : rows) {
         desktop.given = {row.outcome, folder.filePath(QLatin1String(row.name)).toStdString()};
-        QString chosen;
-        showTemplateSaveDialog(&desktop, &window, QStringLiteral("Q1/Notes.json"),
-                               [&](const QString& path) { chosen = path; });
-        test::processEvents();
+        save(&desktop);
         EXPECT_EQ(chosen, row.expected ? folder.filePath(QLatin1String(row.expected)) : QString()) << row.name;
     }
-    EXPECT_EQ(desktop.asked.front().proposedName, QStringLiteral("Q1-Notes.json"));
+    EXPECT_EQ(desktop.asked.front().proposedName, u"Q1-Notes.json"_s);
     EXPECT_EQ(window.findChild<QFileDialog*>(), nullptr);
+
     desktop.given = {Outcome::Unavailable};
-    showTemplateSaveDialog(&desktop, &window, QStringLiteral("n"), [](const QString&) {});
-    test::processEvents();
-    EXPECT_NE(window.findChild<QFileDialog*>(), nullptr) << "the toolkit's, where the desktop's does not open";
+    for (FileDialogs* const dialogs : std::initializer_list<FileDialogs*>{&desktop, nullptr}) {
+        save(dialogs);
+        const std::unique_ptr<QFileDialog> toolkit(window.findChild<QFileDialog*>());
+        ASSERT_NE(toolkit, nullptr) << "the toolkit's, where the desktop's does not open";
+        EXPECT_FALSE(toolkit->isModal());
+        auto* const field = toolkit->findChild<QLineEdit*>(u"fileNameEdit"_s);
+        EXPECT_EQ(field->text(), u"Q1-Notes.json"_s);
+        field->setText(folder.filePath(u"mine"_s));
+        QTest::keyClick(field, Qt::Key_Return);
+        EXPECT_EQ(chosen, folder.filePath(u"mine.json"_s));
+    }
 }
 
 TEST(TemplateNamesTest, NamesAreMadeToFit) {
-    EXPECT_EQ(templateNameForOneLine(QStringLiteral("a\nb\x1b"), 10), QStringLiteral("a b\ufffd"));
-    EXPECT_EQ(templateNameForOneLine(QStringLiteral("👩‍👩‍👧👩‍👩‍👧"), 1),
-              QStringLiteral("👩‍👩‍👧…"));
-    EXPECT_EQ(templateFileName(QStringLiteral("Plain name.json")), QStringLiteral("Plain name.json"));
-    const QString longest = templateFileName(QStringLiteral("é").repeated(5000) + QStringLiteral(".json"));
-    EXPECT_EQ(longest, QStringLiteral("é").repeated(125) + QStringLiteral(".json"));
+    EXPECT_EQ(templateNameForOneLine(u"a\nb\x1b"_s, 10), u"a b\ufffd"_s);
+    EXPECT_EQ(templateNameForOneLine(u"👩‍👩‍👧👩‍👩‍👧"_s, 1), u"👩‍👩‍👧…"_s);
+    EXPECT_EQ(templateFileName(u"Plain name.json"_s), u"Plain name.json"_s);
+    const QString longest = templateFileName(u"é"_s.repeated(5000) + u".json"_s);
+    EXPECT_EQ(longest, u"é"_s.repeated(125) + u".json"_s);
 }
 
 } // namespace
