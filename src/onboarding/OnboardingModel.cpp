@@ -73,8 +73,6 @@ const char* OnboardingModel::buttonTitle() const {
     }
 }
 
-bool OnboardingModel::isLastStep() const { return currentStep.value() == pageCount() - 1; }
-
 void OnboardingModel::nextAction() {
     switch (currentStep.value()) {
     case 0:

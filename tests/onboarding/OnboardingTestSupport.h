@@ -6,9 +6,11 @@
 #include "support/FakePermissionServices.h"
 #include "support/WaitFor.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace quillet::test {
+
+using namespace Qt::StringLiterals;
 
 /// The introduction with everything around it under the test's control. Nothing is allowed at first.
 class OnboardingFixture : public testing::Test {
@@ -19,7 +21,7 @@ protected:
         notifications.observe(Notifications::onboardingDidComplete, &context,
                               [this](const QVariantMap&) { ++completed; });
         notifications.observe(Notifications::openSettingsRequested, &context, [this](const QVariantMap& info) {
-            requestedSection = info.value(QStringLiteral("section")).toString();
+            requestedSection = info.value(u"section"_s).toString();
         });
     }
     ~OnboardingFixture() override {
@@ -29,15 +31,14 @@ protected:
         processEvents();
     }
     std::shared_ptr<OnboardingModel> make() {
+        const auto makeStore = [this] {
+            if (!store) store = SettingsStore::create(files, integrator, *permissions, defaults, {});
+            return store;
+        };
         return std::make_shared<OnboardingModel>(
             OnboardingServices{.permissions = permissions,
                                .programs = programs,
-                               .settingsStore =
-                                   [this] {
-                                       if (!store)
-                                           store = SettingsStore::create(files, integrator, *permissions, defaults, {});
-                                       return store;
-                                   },
+                               .settingsStore = makeStore,
                                .notes = integrator,
                                .defaults = defaults,
                                .notifications = notifications,
@@ -47,10 +48,6 @@ protected:
     void start() {
         model = make();
         model->appeared();
-    }
-    /// Until the main button is that of the step.
-    void goTo(int step) {
-        while (model->currentStep.value() < step) model->currentStep.set(model->currentStep.value() + 1);
     }
     bool settleNotesTest() {
         return waitFor([this] { return !model->notesTestInProgress.value(); });
