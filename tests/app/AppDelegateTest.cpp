@@ -1,111 +1,40 @@
-#include "app/ui/AppDelegate.h"
-
-#include "Desk.h"
-#include "FakeNotices.h"
-#include "app/RecordingNotices.h"
-#include "app/ui/MenuView.h"
+#include "Shell.h"
 #include "app/ui/Popover.h"
-#include "support/FakeExternalPrograms.h"
-#include "support/Widgets.h"
-#include "widgets/Theme.h"
 
-#include <QApplication>
 #include <QMenu>
 #include <QtTest/QTest>
-
-#include <gmock/gmock.h>
 
 namespace quillet::test {
 namespace {
 
+using namespace Qt::StringLiterals;
 using testing::ElementsAre;
 using Presence = StatusItem::Presence;
 using Tint = StatusImage::Tint;
 
-/// A tray that writes down what it is shown.
-class FakeStatusItem final : public StatusItem {
-public:
-    struct Tray {
-        Published<Presence> presence{Presence::Shown};
-        Handlers handlers;
-        std::vector<std::pair<std::string, Tint>> images;
-        bool isGone = false;
-    };
-    explicit FakeStatusItem(Tray& tray) : m_tray(tray) {}
-    ~FakeStatusItem() override { m_tray.isGone = true; }
-    void setImage(const StatusImage& image) override {
-        m_tray.images.emplace_back(image.symbol.toStdString(), image.tint);
-    }
-    void refreshMenu() override {}
-    Published<Presence>& presence() override { return m_tray.presence; }
-
-private:
-    Tray& m_tray;
-};
-
-class AppDelegateTest : public testing::Test {
+class AppDelegateTest : public ShellFixture {
 protected:
-    AppDelegateTest() { delegate = make(); }
-
-    std::unique_ptr<AppDelegate> make() { return make(desk.defaults); }
-    std::unique_ptr<AppDelegate> make(UserDefaults& defaults) {
-        return std::make_unique<AppDelegate>(
-            AppDelegate::Services{.engine = desk.engine,
-                                  .control = desk.control,
-                                  .defaults = defaults,
-                                  .notifications = desk.notifications,
-                                  .updaterManager = std::make_unique<UpdaterManager>(web),
-                                  .makeStatusItem =
-                                      [this](StatusItem::Handlers handlers) {
-                                          tray.handlers = std::move(handlers);
-                                          return std::make_unique<FakeStatusItem>(tray);
-                                      },
-                                  .makeMenuView = [this] { return new MenuView(desk.makeMenuModel()); },
-                                  .makeSettingsView =
-                                      [this](const QString& section) {
-                                          sections.push_back(section.toStdString());
-                                          return new QWidget;
-                                      },
-                                  .makeOnboardingView = [] { return new QWidget; },
-                                  .terminate = [this] { ++terminations; }});
-    }
-    static QWidget* window(const char* title) {
-        for (QWidget* const top : QApplication::topLevelWidgets()) {
-            if (top->isVisible() && top->windowTitle() == QLatin1String(title)) return top;
-        }
-        return nullptr;
-    }
-    void launch(const QStringList& arguments) { delegate->applicationDidFinishLaunching(arguments); }
     void choose(const char* title) {
         for (const MenuEntry& entry : tray.handlers.menu()) {
             if (entry.title == QString::fromUtf8(title)) return entry.action();
         }
         ADD_FAILURE() << "no entry " << title;
     }
-
-    Desk desk;
-    FakeStatusItem::Tray tray;
-    std::shared_ptr<FakeExternalPrograms> web = std::make_shared<FakeExternalPrograms>();
-    int terminations = 0;
-    std::vector<std::string> sections; ///< with which settings windows were made
-    std::unique_ptr<AppDelegate> delegate;
 };
 
 TEST_F(AppDelegateTest, theArgumentsDecideAboutTheIntroduction) {
-    const QString skip = QStringLiteral("--skip-onboarding");
-    const QString reset = QStringLiteral("--reset-onboarding");
+    const QString skip = u"--skip-onboarding"_s;
+    const QString reset = u"--reset-onboarding"_s;
     const struct {
         const char* what;
         QStringList arguments;
         bool completedBefore;
         bool opens;
-    } rows[] = {
-        {"a fresh profile", {}, false, true}, {"a later start", {}, true, false},
-        {"skipped", {skip}, false, false},    {"reset", {reset}, true, true},
-        {"both", {skip, reset}, true, false}, {"not quite an argument", {skip + QLatin1Char('=')}, false, true}};
+    } rows[] = {{"a fresh profile", {}, false, true}, {"a later start", {}, true, false},
+                {"skipped", {skip}, false, false},    {"reset", {reset}, true, true},
+                {"both", {skip, reset}, true, false}, {"not quite an argument", {skip + u'='}, false, true}};
     for (const auto& row : rows) {
         desk.defaults.set(DefaultsKeys::hasCompletedOnboarding, row.completedBefore);
-        delegate = make();
         launch(row.arguments);
         EXPECT_EQ(window("Welcome to Quillet"), nullptr) << "not at once: " << row.what;
         QTest::qWait(700);
@@ -113,10 +42,11 @@ TEST_F(AppDelegateTest, theArgumentsDecideAboutTheIntroduction) {
         EXPECT_EQ(desk.defaults.boolean(DefaultsKeys::hasCompletedOnboarding), !row.opens) << row.what;
     }
     FileUserDefaults fileInTheWay(desk.folder.filePath(QStringLiteral("Meeting.m4a/settings.conf")));
-    delegate = make(fileInTheWay);
+    defaults = &fileInTheWay;
     launch({skip});
     QTest::qWait(700);
     EXPECT_EQ(window("Welcome to Quillet"), nullptr) << "skipped where that cannot be stored";
+    delegate.reset();
 }
 
 TEST_F(AppDelegateTest, theIntroductionIsShownOncePerProcessAndEndsWithItsNotice) {
@@ -139,16 +69,20 @@ TEST_F(AppDelegateTest, theIntroductionIsShownOncePerProcessAndEndsWithItsNotice
 }
 
 TEST_F(AppDelegateTest, theIconBlinksWhileRecordingWithOneTimer) {
-    launch({QStringLiteral("--skip-onboarding")});
+    launch();
     ASSERT_FALSE(tray.images.empty());
-    EXPECT_EQ(tray.images.back(), std::pair(std::string("mic.circle.fill"), Tint::Plain));
+    EXPECT_EQ(tray.images.back().symbol, u"mic.circle.fill"_s);
+    EXPECT_EQ(tray.images.back().tint, Tint::Plain);
 
     delegate->updateMenuBarIcon(true);
     delegate->updateMenuBarIcon(true);
     tray.images.clear();
     QTest::qWait(1500);
-    const std::string symbol = "record.circle.fill";
-    EXPECT_THAT(tray.images, ElementsAre(std::pair(symbol, Tint::Label), std::pair(symbol, Tint::Recording)));
+    const auto isShown = [](Tint tint) {
+        return testing::AllOf(testing::Field(&StatusImage::symbol, u"record.circle.fill"_s),
+                              testing::Field(&StatusImage::tint, tint));
+    };
+    EXPECT_THAT(tray.images, ElementsAre(isShown(Tint::Label), isShown(Tint::Recording)));
 
     delegate->updateMenuBarIcon(false);
     tray.images.clear();
@@ -157,7 +91,7 @@ TEST_F(AppDelegateTest, theIconBlinksWhileRecordingWithOneTimer) {
 }
 
 TEST_F(AppDelegateTest, theMenuHasItsEntriesInTheirOrder) {
-    launch({QStringLiteral("--skip-onboarding")});
+    launch();
     const auto titles = [this] {
         std::vector<std::string> all;
         for (const MenuEntry& entry : tray.handlers.menu())
@@ -178,7 +112,7 @@ TEST_F(AppDelegateTest, theMenuHasItsEntriesInTheirOrder) {
 }
 
 TEST_F(AppDelegateTest, aClosedSettingsWindowIsNotUsedAgainAndAVisibleOneIs) {
-    launch({QStringLiteral("--skip-onboarding")});
+    launch();
     choose("Settings…");
     QPointer<QWidget> first = window("Quillet Settings");
     ASSERT_NE(first, nullptr);
@@ -189,8 +123,7 @@ TEST_F(AppDelegateTest, aClosedSettingsWindowIsNotUsedAgainAndAVisibleOneIs) {
     EXPECT_EQ(window("Quillet Settings"), first);
     first->close();
     Theme::shared().setTextScale(1.25);
-    desk.notifications.post(Notifications::openSettingsRequested,
-                            {{QStringLiteral("section"), QStringLiteral("AI & Privacy")}});
+    desk.notifications.post(Notifications::openSettingsRequested, {{u"section"_s, u"AI & Privacy"_s}});
     Theme::shared().setTextScale(1);
     ASSERT_NE(window("Quillet Settings"), nullptr);
     EXPECT_EQ(window("Quillet Settings")->height(), 650) << "grows with the text, once";
@@ -200,7 +133,7 @@ TEST_F(AppDelegateTest, aClosedSettingsWindowIsNotUsedAgainAndAVisibleOneIs) {
 }
 
 TEST_F(AppDelegateTest, aPressOpensThePopoverAndTheNextOneClosesIt) {
-    launch({QStringLiteral("--skip-onboarding")});
+    launch();
     tray.handlers.activate({.itemGeometry = QRect(700, 2, 24, 24)});
     QWidget* const popover = window("Quillet");
     ASSERT_NE(popover, nullptr);
@@ -226,42 +159,36 @@ TEST_F(AppDelegateTest, withoutATrayTheWindowOpensOnceItMay) {
         QStringList arguments;
         Presence presence;
         bool opens;
-    } rows[] = {{"started by hand, no tray", {QStringLiteral("--skip-onboarding")}, Presence::Absent, true},
-                {"nobody has answered yet", {QStringLiteral("--skip-onboarding")}, Presence::Unknown, false},
-                {"at login the panel gets its time",
-                 {QStringLiteral("--skip-onboarding"), QStringLiteral("--autostarted")},
-                 Presence::Absent,
-                 false},
-                {"the introduction comes first", {QStringLiteral("--reset-onboarding")}, Presence::Absent, false}};
+    } rows[] = {
+        {"started by hand, no tray", {u"--skip-onboarding"_s}, Presence::Absent, true},
+        {"nobody has answered yet", {u"--skip-onboarding"_s}, Presence::Unknown, false},
+        {"at login the panel gets its time", {u"--skip-onboarding"_s, u"--autostarted"_s}, Presence::Absent, false},
+        {"the introduction comes first", {u"--reset-onboarding"_s}, Presence::Absent, false}};
     for (const auto& row : rows) {
         tray.presence.set(row.presence);
-        delegate = make();
         launch(row.arguments);
         EXPECT_EQ(window("Quillet") != nullptr, row.opens) << row.what;
     }
     tray.presence.set(Presence::Shown);
-    delegate = make();
-    launch({QStringLiteral("--skip-onboarding")});
+    launch();
     tray.presence.set(Presence::Absent);
     EXPECT_EQ(window("Quillet"), nullptr) << "a tray that was there comes back";
     delegate->showPopover();
     EXPECT_NE(window("Quillet"), nullptr) << "asked for by another start";
 
-    delegate = make();
-    launch({QStringLiteral("--reset-onboarding")});
+    launch({u"--reset-onboarding"_s});
     ASSERT_TRUE(waitFor([] { return window("Welcome to Quillet") != nullptr; }));
     EXPECT_EQ(window("Quillet"), nullptr);
     window("Welcome to Quillet")->close();
     ASSERT_TRUE(waitFor([] { return window("Quillet") != nullptr; })) << "closed before its end";
 
-    delegate = make();
-    launch({QStringLiteral("--reset-onboarding")});
+    launch({u"--reset-onboarding"_s});
     EXPECT_EQ(window("Quillet"), nullptr);
     desk.defaults.set(DefaultsKeys::hasCompletedOnboarding, true);
     desk.notifications.post(Notifications::onboardingDidComplete);
     QWidget* const opened = window("Quillet");
     ASSERT_NE(opened, nullptr);
-    auto* const button = find<QAbstractButton>(*opened, QStringLiteral("Menu"));
+    auto* const button = find<QAbstractButton>(*opened, u"Menu"_s);
     ASSERT_NE(button, nullptr);
     button->click();
     button->findChild<QMenu*>()->actions().back()->trigger();
@@ -269,68 +196,45 @@ TEST_F(AppDelegateTest, withoutATrayTheWindowOpensOnceItMay) {
     EXPECT_TRUE(waitFor([this] { return terminations == 1; }));
 }
 
-class RecordingNoticesTest : public testing::Test {
-protected:
-    Desk desk;
-    FakeNotices* const told = new FakeNotices;
-    FakeSleep* const machine = new FakeSleep;
-    std::filesystem::path revealed;
-    RecordingNotices watch{{.engine = desk.engine,
-                            .uiModel = desk.uiModel,
-                            .notifications = desk.notifications,
-                            .notices = std::unique_ptr<UserNotices>(told),
-                            .sleep = std::unique_ptr<SleepInhibitor>(machine),
-                            .showRecording = [this](const std::filesystem::path& file) { revealed = file; },
-                            .open = [] {}}};
-};
+using RecordingNoticesTest = NoticesFixture;
 
 TEST_F(RecordingNoticesTest, aSourceThatStaysSilentIsSaidOnceAndTakenBackWhenItIsHeard) {
-    desk.control.start();
-    ASSERT_TRUE(desk.becomesRecording(true));
+    record();
     desk.deliver(0, 5 * 48'000, 0.1F, 0.0F);
     QTest::qWait(1200);
     EXPECT_TRUE(told->shown.empty()) << "a pause is no fault";
-
     desk.deliver(5 * 48'000, 6 * 48'000, 0.1F, 0.0F);
     ASSERT_TRUE(waitFor([&] { return !told->shown.empty(); }));
     QTest::qWait(1200);
     ASSERT_EQ(told->shown.size(), 1U);
-    EXPECT_EQ(told->shown[0].title, QStringLiteral("The microphone is silent"));
-
+    EXPECT_EQ(told->shown[0].title, u"The microphone is silent"_s);
     told->withdrawn.clear();
     desk.deliver(11 * 48'000, 48'000, 0.1F, 0.1F);
     EXPECT_TRUE(waitFor([&] { return told->withdrawn == std::vector{told->shown[0].subject.toStdString()}; }));
-    desk.control.stop();
-    ASSERT_TRUE(desk.becomesRecording(false));
+    stop();
 }
 
 TEST_F(RecordingNoticesTest, whoeverLooksElsewhereIsTold) {
-    desk.control.start();
-    ASSERT_TRUE(desk.becomesRecording(true));
+    record();
     EXPECT_EQ(machine->holds, 1) << "the machine stays awake";
-
-    desk.notifications.post(Notifications::recordingDidComplete,
-                            {{QStringLiteral("url"), QUrl(QStringLiteral("file:///tmp/M%20%231%E9.m4a"))}});
+    complete("file:///tmp/M%20%231%E9.m4a");
     ASSERT_EQ(told->shown.size(), 1U);
-    EXPECT_EQ(told->shown[0].body, QStringLiteral("M #1\uFFFD.m4a"));
+    EXPECT_EQ(told->shown[0].body, u"M #1\uFFFD.m4a"_s);
     told->shown[0].onAction();
     EXPECT_EQ(revealed, "/tmp/M #1\xE9.m4a") << "also a name that is no text";
 
-    desk.engine->lastError.set(QStringLiteral("Failed to setup audio writer."));
+    desk.engine->lastError.set(u"Failed to setup audio writer."_s);
     desk.uiModel.showDiskFull();
     ASSERT_EQ(told->shown.size(), 3U);
     EXPECT_EQ(told->shown[1].subject, told->shown[2].subject) << "one message for one failure";
-    EXPECT_EQ(told->shown[2].title, QStringLiteral("Not Enough Space"));
+    EXPECT_EQ(told->shown[2].title, u"Not Enough Space"_s);
 
-    for (const bool isMicrophone : {true, false})
-        desk.notifications.post(Notifications::chosenDeviceMissing, {{QStringLiteral("isMicrophone"), isMicrophone}});
+    missChosenDevices();
     ASSERT_EQ(told->shown.size(), 5U);
-    EXPECT_EQ(told->shown[3].title, QStringLiteral("The chosen microphone is not connected"));
-    EXPECT_EQ(told->shown[4].title, QStringLiteral("The chosen output is not connected"));
+    EXPECT_EQ(told->shown[3].title, u"The chosen microphone is not connected"_s);
+    EXPECT_EQ(told->shown[4].title, u"The chosen output is not connected"_s);
     told->withdrawn.clear();
-
-    desk.control.stop();
-    ASSERT_TRUE(desk.becomesRecording(false));
+    stop();
     EXPECT_EQ(machine->holds, 0);
     for (const std::size_t each : {3U, 4U})
         EXPECT_THAT(told->withdrawn, testing::Contains(told->shown[each].subject.toStdString())) << "no longer true";

@@ -3,7 +3,6 @@
 #include "Desk.h"
 #include "app/ui/MenuParts.h"
 #include "support/Widgets.h"
-#include "widgets/Theme.h"
 
 #include <QCheckBox>
 #include <QLabel>
@@ -14,7 +13,7 @@
 namespace quillet::test {
 namespace {
 
-QString text(const char* latin1) { return QString::fromLatin1(latin1); }
+using namespace Qt::StringLiterals;
 
 class MenuViewTest : public testing::Test {
 protected:
@@ -25,8 +24,13 @@ protected:
         view->show();
         processEvents();
     }
+    void appearAgain() {
+        view->hide();
+        view->show();
+    }
     void click(const char* name) {
-        if (auto* const button = find<QAbstractButton>(*view, text(name))) QTest::mouseClick(button, Qt::LeftButton);
+        if (auto* const button = find<QAbstractButton>(*view, QString::fromUtf8(name)))
+            QTest::mouseClick(button, Qt::LeftButton);
         processEvents();
     }
     [[nodiscard]] bool has(const char* name) const { return shows(*view, QString::fromUtf8(name)); }
@@ -49,11 +53,16 @@ TEST_F(MenuViewTest, asksOnlyForWhatIsMissingAndGivesWayWhenAllIsThere) {
     ASSERT_TRUE(waitFor([&] { return !desk.permissionServices->opened.empty(); }));
     EXPECT_EQ(desk.permissionServices->opened, std::vector{SettingsPlace::Microphone});
 
-    desk.permissionServices->microphone = AuthorizationStatus::Authorized;
-    view->hide();
-    view->show(); // granted outside meanwhile
-    EXPECT_TRUE(has("Record"));
+    desk.permissionServices->microphone = AuthorizationStatus::Authorized; // granted outside meanwhile
+    desk.permissionServices->screenCapture = false;
+    appearAgain();
     EXPECT_FALSE(has("Microphone"));
+    click("Allow");
+    EXPECT_EQ(desk.permissionServices->screenCaptureRequests, 1);
+    EXPECT_EQ(desk.permissionServices->opened.back(), SettingsPlace::ScreenCapture);
+    desk.permissionServices->screenCapture = true;
+    appearAgain();
+    EXPECT_TRUE(has("Record"));
 }
 
 TEST_F(MenuViewTest, comingBackToTheOpenWindowIsAnAppearanceAndOpeningItIsOne) {
@@ -68,28 +77,19 @@ TEST_F(MenuViewTest, comingBackToTheOpenWindowIsAnAppearanceAndOpeningItIsOne) {
     desk.defaults.set(DefaultsKeys::autoCreateNote, true);
     view->activateWindow();
     ASSERT_TRUE(waitFor([this] { return has("Record"); }));
-    EXPECT_TRUE(find<QAbstractButton>(*view, text("Auto-create Note"))->isChecked());
+    EXPECT_TRUE(find<QAbstractButton>(*view, u"Auto-create Note"_s)->isChecked());
     EXPECT_EQ(desk.permissionServices->looks, looks + 1);
     settings.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&settings));
-    view->hide();
-    view->show();
+    appearAgain();
     view->activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(view.get()));
     EXPECT_EQ(desk.permissionServices->looks, looks + 2) << "asking the notes application takes its time";
 }
 
-TEST_F(MenuViewTest, aMissingScreenCaptureLeadsToItsSettings) {
-    desk.permissionServices->screenCapture = false;
-    open();
-    click("Allow");
-    EXPECT_EQ(desk.permissionServices->screenCaptureRequests, 1);
-    EXPECT_EQ(desk.permissionServices->opened, std::vector{SettingsPlace::ScreenCapture});
-}
-
 TEST_F(MenuViewTest, oneButtonRecordsAndStops) {
     open();
-    QAbstractButton* const button = find<QAbstractButton>(*view, text("Record"));
+    QAbstractButton* const button = find<QAbstractButton>(*view, u"Record"_s);
     ASSERT_NE(button, nullptr);
     QTest::mouseClick(button, Qt::LeftButton);
     QTest::mouseClick(button, Qt::LeftButton);
@@ -130,20 +130,19 @@ TEST_F(MenuViewTest, noTimerRunsUnlessSomethingMovesBeforeTheUsersEyes) {
 
 TEST_F(MenuViewTest, theSwitchIsTheSetting) {
     open();
-    QAbstractButton* const note = find<QAbstractButton>(*view, text("Auto-create Note"));
+    QAbstractButton* const note = find<QAbstractButton>(*view, u"Auto-create Note"_s);
     ASSERT_NE(note, nullptr);
     EXPECT_FALSE(note->isChecked());
     QTest::keyClick(note, Qt::Key_Space);
     EXPECT_TRUE(desk.defaults.boolean(DefaultsKeys::autoCreateNote));
     desk.defaults.set(DefaultsKeys::autoCreateNote, false); // as the command line would
-    view->hide();
-    view->show();
+    appearAgain();
     EXPECT_FALSE(note->isChecked());
 
-    FileUserDefaults fileInTheWay(desk.folder.filePath(text("Meeting.m4a/settings.conf")));
+    FileUserDefaults fileInTheWay(desk.folder.filePath(u"Meeting.m4a/settings.conf"_s));
     open(fileInTheWay);
     click("Auto-create Note");
-    EXPECT_FALSE(find<QAbstractButton>(*view, text("Auto-create Note"))->isChecked()) << "it could not be stored";
+    EXPECT_FALSE(find<QAbstractButton>(*view, u"Auto-create Note"_s)->isChecked()) << "it could not be stored";
 }
 
 TEST_F(MenuViewTest, aFailureIsReadInTheWindowAndRaisesItsAlertEachTime) {
@@ -162,7 +161,7 @@ TEST_F(MenuViewTest, aFailureIsReadInTheWindowAndRaisesItsAlertEachTime) {
     click("OK");
     EXPECT_FALSE(view->isPresentingAlert());
 
-    desk.engine->lastError.set(QStringLiteral("Stream start failed: connection refused"));
+    desk.engine->lastError.set(u"Stream start failed: connection refused"_s);
     EXPECT_TRUE(has("Stream start failed: connection refused"));
     const QString device = QString(5, u'M') + QString(95, u'n');
     desk.engine->lastError.set(QStringLiteral("Stream start failed: ") + device);
@@ -180,7 +179,7 @@ TEST_F(MenuViewTest, aFailureIsReadInTheWindowAndRaisesItsAlertEachTime) {
 TEST_F(MenuViewTest, aRefusalOfAutomationOffersTheSettings) {
     desk.uiModel.showNotesAutomationDenied(); // before the popover was ever opened
     open();
-    EXPECT_EQ(findAll<QAbstractButton>(*view, text("OK")).size(), 1U);
+    EXPECT_EQ(findAll<QAbstractButton>(*view, u"OK"_s).size(), 1U);
     EXPECT_EQ(view->findChild<AlertCard*>()->findChild<QScrollArea*>()->verticalScrollBar()->maximum(), 0);
     QTest::keyClick(QApplication::focusWidget() ? QApplication::focusWidget() : view->findChild<AlertCard*>(),
                     Qt::Key_Return);

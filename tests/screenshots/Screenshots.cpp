@@ -1,7 +1,6 @@
 // Makes the pictures of the windows that the documentation shows: quillet-screenshots FOLDER
 // Every window is the program's own, over models with sample data; nothing of the machine's is shown.
 
-#include "Frame.h"
 #include "app/Desk.h"
 #include "app/ui/MenuParts.h"
 #include "app/ui/MenuView.h"
@@ -9,8 +8,7 @@
 #include "onboarding/OnboardingTestSupport.h"
 #include "onboarding/ui/OnboardingView.h"
 #include "onboarding/ui/PageFlow.h"
-#include "settings/SettingsTestSupport.h"
-#include "settings/ui/SettingsView.h"
+#include "settings/SettingsWindow.h"
 #include "support/Translations.h"
 #include "support/Widgets.h"
 #include "templates/TemplateManager.h"
@@ -19,7 +17,8 @@
 #include "templates/ui/TemplatesTabView.h"
 
 #include <QApplication>
-#include <QTemporaryDir>
+#include <QPainter>
+#include <QPainterPath>
 
 #include <cstdio>
 
@@ -28,6 +27,60 @@ namespace {
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
+
+constexpr int kRoom = 20;
+constexpr int kTitleBar = 34;
+constexpr int kRadius = 10;
+constexpr int kShadow = 14;
+
+QSizeF sizeOf(const QPixmap& picture) { return QSizeF(picture.size()) / picture.devicePixelRatio(); }
+
+QColor ground() {
+    return Theme::shared().colorScheme() == ColorScheme::Dark ? QColor(0x46, 0x4a, 0x54) : QColor(0xd9, 0xdd, 0xe5);
+}
+
+QPixmap emptyGround(QSizeF size, qreal ratio) {
+    QPixmap picture((size * ratio).toSize());
+    picture.setDevicePixelRatio(ratio);
+    picture.fill(ground());
+    return picture;
+}
+
+void paintShadow(QPainter& painter, const QRectF& window) {
+    painter.setPen(Qt::NoPen);
+    for (int ring = kShadow; ring > 0; --ring) {
+        painter.setBrush(QColor(0, 0, 0, 1 + (kShadow - ring) / 3));
+        painter.drawRoundedRect(window.adjusted(-ring, 3 - ring, ring, 3 + ring), kRadius + ring, kRadius + ring);
+    }
+}
+
+/// How a desktop would show a window: on a neutral ground, with a title bar, rounded corners and a shadow.
+QPixmap framed(const QPixmap& window, const QString& title) {
+    const Theme& theme = Theme::shared();
+    const QRectF frame(QPointF(kRoom, kRoom), sizeOf(window) + QSizeF(0, kTitleBar));
+    QPixmap picture = emptyGround(frame.size() + QSizeF(2 * kRoom, 2 * kRoom), window.devicePixelRatio());
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    paintShadow(painter, frame);
+    QPainterPath shape;
+    shape.addRoundedRect(frame, kRadius, kRadius);
+    painter.setClipPath(shape);
+    painter.fillPath(shape, theme.fill(Fill::Window));
+    const QRectF bar(frame.topLeft(), QSizeF(frame.width(), kTitleBar));
+    painter.setFont(theme.font(TextStyle::SubheadlineMedium));
+    painter.setPen(theme.ink(Ink::Secondary));
+    painter.drawText(bar, Qt::AlignCenter, title);
+    painter.fillRect(QRectF(bar.left(), bar.bottom() - 1, bar.width(), 1), theme.fill(Fill::Border));
+    painter.drawPixmap(bar.bottomLeft(), window);
+    return picture;
+}
+
+/// A window that brings its own corners and shadow, on the same ground.
+QPixmap onGround(const QPixmap& window) {
+    QPixmap picture = emptyGround(sizeOf(window) + QSizeF(kRoom, kRoom), window.devicePixelRatio());
+    QPainter(&picture).drawPixmap(QPointF(kRoom / 2.0, kRoom / 2.0), window);
+    return picture;
+}
 
 QString targetFolder; ///< NOLINT: given on the command line, once
 bool allSaved = true; ///< NOLINT
@@ -104,59 +157,34 @@ std::shared_ptr<TemplateManager> sampleTemplates(UserDefaults& defaults) {
     return manager;
 }
 
-/// Folders that are nobody's.
-class SampleFolders final : public FileServices {
-public:
-    std::optional<std::filesystem::path> applicationSupportDirectory() const override {
-        return "/home/ada/.local/share/quillet";
-    }
-    std::optional<std::filesystem::path> homeDirectory() const override { return "/home/ada"; }
-    Result<void> createDirectories(const std::filesystem::path&) override { return {}; }
-    Result<std::optional<std::int64_t>> freeBytes(const std::filesystem::path&) override {
-        return std::optional<std::int64_t>();
-    }
-    Result<QByteArray> makeBookmark(const std::filesystem::path&) override { return QByteArray(); }
-    Result<ResolvedBookmark> resolveBookmark(const QByteArray&) override { return ResolvedBookmark{}; }
-    bool startAccess(const std::filesystem::path&) override { return true; }
-    void stopAccess(const std::filesystem::path&) override {}
-    void openInFileManager(const std::filesystem::path&) override {}
-    void revealInFileManager(const std::filesystem::path&) override {}
-};
-
-class SettingsPictures final : public SettingsFixture {
+class SettingsPictures final : public SettingsWindowFixture {
 public:
     void takeAll() {
+        folders.support = "/home/ada/.local/share/quillet";
+        folders.home = "/home/ada";
+        folders.creates = false;
         files = std::make_unique<RecordingFileManager>(folders, defaults);
         notes->folders = {u"Meetings"_s, u"Work"_s};
         launches = true;
-        makeModel();
-        auto devices = std::make_shared<FakeSoundDevices>();
-        devices->found = {{.kind = SoundDevice::Kind::Output, .name = u"out"_s, .description = u"Built-in Audio"_s},
-                          {.kind = SoundDevice::Kind::Input, .name = u"in"_s, .description = u"Headset"_s}};
-        SettingsView view({.model = model,
-                           .notesChoice = std::make_shared<NotesChoiceModel>(
-                               defaults, "/home/ada/Documents/Quillet Notes", chooser.function(), permissions, store),
-                           .soundChoice = std::make_shared<SoundChoiceModel>(devices, defaults),
-                           .makeTemplatesTab = [this](QWidget* parent) -> QWidget* {
-                               return new TemplatesTabView(sampleTemplates(defaults), nullptr, parent);
-                           }});
-        view.resize(view.sizeHint());
-        view.show();
-        require(settle(), "the folders are not listed");
+        soundServer->found.back().description = u"Headset"_s;
+        makeTemplatesTab = [this](QWidget* parent) {
+            return new TemplatesTabView(sampleTemplates(defaults), nullptr, parent);
+        };
+        open();
         const auto take = [&](const QString& name, SettingsSection section) {
             model->selectedSection.set(section);
-            save(name, [&] { return framed(view.grab(), u"Quillet Settings"_s); });
+            save(name, [&] { return framed(view->grab(), u"Quillet Settings"_s); });
         };
         take(u"settings-ai"_s, SettingsSection::AI);
         take(u"settings-templates"_s, SettingsSection::Templates);
-        view.resize(view.width(), 900); // all of it at once
+        view->resize(view->width(), 900); // all of it at once
         take(u"settings-general"_s, SettingsSection::General);
     }
 
 private:
     void TestBody() override {}
 
-    SampleFolders folders;
+    FakeFileServices folders;
 };
 
 class OnboardingPictures final : public OnboardingFixture {

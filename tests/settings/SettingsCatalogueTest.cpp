@@ -8,6 +8,8 @@
 namespace quillet {
 namespace {
 
+using namespace Qt::StringLiterals;
+
 TEST(SettingsCatalogueTest, ValuesAreCheckedByTheirType) {
     const struct {
         const char* key;
@@ -55,27 +57,27 @@ TEST(SettingsCatalogueTest, ValuesAreCheckedByTheirType) {
         EXPECT_EQ(defaults.data(setting->key).value_or(QByteArray()).startsWith("bookmark:"),
                   setting->key == DefaultsKeys::recordingsFolderBookmark);
     }
-    EXPECT_EQ(findSetting(QStringLiteral("corvane.unknown")), nullptr);
+    EXPECT_EQ(findSetting(u"corvane.unknown"_s), nullptr);
 }
 
 TEST(SettingsCatalogueTest, WhatMakesNoSenseCountsAsAbsent) {
-    MemoryUserDefaults defaults;
+    const struct {
+        QString key;
+        QVariant stored;
+        QString shown;
+    } rows[] = {
+        {DefaultsKeys::recordingsFolderBookmark, QByteArray("no bookmark"), u""_s},
+        {DefaultsKeys::notesApplication, u"paper"_s, systemNotes() ? u"Apple Notes"_s : u"vault"_s},
+        {u"useLocalSummarisation"_s, u"mostly"_s, u"true"_s},
+        {DefaultsKeys::selectedTemplateId, 17, u""_s},
+        {DefaultsKeys::customTemplates, QByteArray(R"([{"name":"x")"), uR"([{"name":"x")"_s}, // shown to be mended
+    };
     test::FakeFileServices files;
-    defaults.set(DefaultsKeys::recordingsFolderBookmark, QByteArray("no bookmark"));
-    EXPECT_EQ(settingText(*findSetting(DefaultsKeys::recordingsFolderBookmark), defaults, files), QString());
-    defaults.set(QStringLiteral("corvane.notesApplication"), QStringLiteral("paper"));
-    defaults.set(QStringLiteral("useLocalSummarisation"), QStringLiteral("mostly"));
-    defaults.set(QStringLiteral("corvane.selectedTemplateId"), 17);
-    EXPECT_EQ(settingText(*findSetting(QStringLiteral("corvane.notesApplication")), defaults, files),
-              systemNotes() ? QStringLiteral("Apple Notes") : QStringLiteral("vault"));
-    EXPECT_EQ(settingText(*findSetting(QStringLiteral("useLocalSummarisation")), defaults, files),
-              QStringLiteral("true"));
-    EXPECT_EQ(settingText(*findSetting(QStringLiteral("corvane.selectedTemplateId")), defaults, files), QString());
-
-    const QByteArray truncated = R"([{"name":"x")";
-    defaults.set(QStringLiteral("corvane.customTemplates"), truncated);
-    EXPECT_EQ(settingText(*findSetting(QStringLiteral("corvane.customTemplates")), defaults, files).toUtf8(), truncated)
-        << "what is there to be mended is shown";
+    for (const auto& row : rows) {
+        MemoryUserDefaults defaults;
+        defaults.set(row.key, row.stored);
+        EXPECT_EQ(settingText(*findSetting(row.key), defaults, files), row.shown) << row.key.toStdString();
+    }
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "SettingsTestSupport.h"
 
-#include <gmock/gmock.h>
 #include <thread>
 
 namespace quillet::test {
@@ -8,8 +7,6 @@ namespace {
 
 using testing::Each;
 using testing::ElementsAre;
-using AccessRow = SettingsModel::AccessRow;
-using FoldersRemark = SettingsModel::FoldersRemark;
 
 using SettingsModelTest = SettingsFixture;
 
@@ -19,22 +16,18 @@ TEST_F(SettingsModelTest, AppearingReadsEverythingAfresh) {
     const int listings = notes->folderCalls;
     const int asked = systemModel.asked;
     files->setCustomRecordingsDirectory("/nowhere/at/all");
-    defaults.set(DefaultsKeys::notesFolderName, QStringLiteral("Work"));
+    defaults.set(DefaultsKeys::notesFolderName, u"Work"_s);
     launches = true;
     services->screenCapture = false;
     model->appeared();
-    EXPECT_EQ(store->recordingPath.value(), QStringLiteral("/nowhere/at/all"));
-    EXPECT_EQ(model->selectedNotesFolder.value(), QStringLiteral("Work"));
+    EXPECT_EQ(store->recordingPath.value(), u"/nowhere/at/all"_s);
+    EXPECT_EQ(model->selectedNotesFolder.value(), u"Work"_s);
     EXPECT_TRUE(model->launchAtLogin.value());
     EXPECT_TRUE(launchChanges.empty()) << "reading is no change";
     EXPECT_EQ(permissions->screenCaptureStatus.value(), PermissionStatus::Denied);
     EXPECT_EQ(systemModel.asked, asked + 1);
     ASSERT_TRUE(waitFor([&] { return notes->folderCalls > listings; }));
     ASSERT_TRUE(settle());
-
-    model->useDefaultRecordingsFolder();
-    EXPECT_FALSE(files->resolvedCustomDirectoryURL());
-    EXPECT_EQ(store->recordingPath.value(), files->recordingsDirectoryDisplayPath());
 }
 
 TEST_F(SettingsModelTest, TheUserIsAskedUnwishedOnlyByAnApplicationThatAsksOnce) {
@@ -63,114 +56,10 @@ TEST_F(SettingsModelTest, TheUserIsAskedUnwishedOnlyByAnApplicationThatAsksOnce)
     }
 }
 
-TEST_F(SettingsModelTest, WhatIsSaidAboutAccessAndFolders) {
-    const struct {
-        const char* name;
-        bool asks;
-        PermissionStatus status;
-        bool failed;
-        AccessRow row;
-        FoldersRemark remark;
-    } rows[] = {
-        {"fresh vault", false, PermissionStatus::Granted, true, AccessRow::None, FoldersRemark::NoFoldersYet},
-        {"vault with folders", false, PermissionStatus::Granted, false, AccessRow::None, FoldersRemark::None},
-        {"unusable vault", false, PermissionStatus::Denied, true, AccessRow::FolderUnusable, FoldersRemark::LoadFailed},
-        {"not asked", true, PermissionStatus::NotDetermined, true, AccessRow::AskForAccess, FoldersRemark::LoadFailed},
-        {"refused", true, PermissionStatus::Denied, true, AccessRow::AskForAccess, FoldersRemark::LoadFailed},
-        {"let in, no list", true, PermissionStatus::Granted, true, AccessRow::None, FoldersRemark::LoadFailed},
-    };
-    makeModel();
-    ASSERT_TRUE(settle());
-    ASSERT_TRUE(waitFor([this] { return notes->probes > 0; }));
-    processEvents();
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        notes->asks = row.asks;
-        permissions->automationStatus.set(row.status);
-        store->notesFoldersLoadFailed.set(row.failed);
-        EXPECT_EQ(model->accessRow(), row.row);
-        EXPECT_EQ(model->foldersRemark(), row.remark);
-    }
-}
-
-TEST_F(SettingsModelTest, AllowingListsTheFoldersOrShowsThePlaceInTheSettings) {
-    notes->asks = true;
-    makeModel();
-    for (const bool answer : {true, false}) {
-        SCOPED_TRACE(answer);
-        notes->answer = answer;
-        const auto before = services->opened.size();
-        model->allowAccess();
-        EXPECT_TRUE(permissions->isAskingForAutomation.value());
-        ASSERT_TRUE(waitFor([this] { return !permissions->isAskingForAutomation.value(); }));
-        EXPECT_EQ(store->isLoadingFolders.value(), answer);
-        EXPECT_EQ(services->opened.size(), before + (answer ? 0 : 1));
-        EXPECT_EQ(model->accessWasRefused.value(), !answer);
-        ASSERT_TRUE(settle());
-    }
-}
-
-TEST_F(SettingsModelTest, TheFoldersToChooseFromKeepTheChosenOne) {
-    makeModel();
-    ASSERT_TRUE(settle());
-    const auto options = [this] { return model->notesFolderOptions().join(QLatin1Char('|')).toStdString(); };
-    EXPECT_EQ(options(), "");
-    store->availableFolders.set({QStringLiteral("A"), QStringLiteral("B")});
-    EXPECT_EQ(options(), "|A|B");
-    model->selectNotesFolder(QStringLiteral("B"));
-    EXPECT_EQ(options(), "|A|B");
-    model->selectNotesFolder(QStringLiteral("New"));
-    EXPECT_EQ(options(), "|New|A|B");
-    EXPECT_EQ(integrator->folderNameOfSettings(), QStringLiteral("New"));
-    model->selectNotesFolder({});
-    EXPECT_EQ(integrator->folderNameOfSettings(), QString());
-}
-
-TEST_F(SettingsModelTest, ANewFolderIsANameOnlyAndNeverBlank) {
-    makeModel();
-    ASSERT_TRUE(settle());
-    const struct {
-        const char* typed;
-        const char* stored; ///< null: cannot be created
-    } rows[] = {{"", nullptr}, {" \t\n ", nullptr}, {"  Team \n", "Team"}, {"ü/“x”", "ü/“x”"}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.typed);
-        model->selectNotesFolder(QStringLiteral("before"));
-        model->openNewFolderSheet();
-        model->newFolderName.set(QString::fromUtf8(row.typed));
-        EXPECT_EQ(model->canCreateFolder(), row.stored != nullptr);
-        model->createFolder();
-        EXPECT_EQ(model->selectedNotesFolder.value(), QString::fromUtf8(row.stored ? row.stored : "before"));
-        EXPECT_EQ(model->showNewFolderSheet.value(), row.stored == nullptr);
-        EXPECT_EQ(store->isLoadingFolders.value(), row.stored != nullptr);
-        ASSERT_TRUE(settle());
-        model->cancelNewFolder();
-        EXPECT_TRUE(model->newFolderName.value().isEmpty());
-        EXPECT_FALSE(model->showNewFolderSheet.value());
-    }
-}
-
-TEST_F(SettingsModelTest, TheLoginSwitchShowsWhatTheUserSet) {
-    makeModel();
-    ASSERT_TRUE(settle());
-    model->setLaunchAtLogin(true);
-    EXPECT_TRUE(model->launchAtLogin.value()) << "also where the system did not obey";
-    model->setLaunchAtLogin(false);
-    EXPECT_THAT(launchChanges, ElementsAre(true, false));
-}
-
-class ChoicesTest : public SettingsFixture {
-protected:
-    std::shared_ptr<NotesChoiceModel> makeNotesChoice() {
-        makeStore();
-        return makeChoice();
-    }
-    std::shared_ptr<NotesChoiceModel> makeChoice() {
-        return std::make_shared<NotesChoiceModel>(defaults, "/home/of/notes", chooser.function(), permissions, store);
-    }
-};
+using ChoicesTest = SettingsFixture;
 
 TEST_F(ChoicesTest, AnotherNotesApplicationIsFoundOutAboutAnew) {
+    makeStore();
     const auto choice = makeNotesChoice();
     ASSERT_TRUE(settle());
     ASSERT_TRUE(waitFor([this] { return defaults.boolean(DefaultsKeys::automationGrantedCached); }));
@@ -179,7 +68,7 @@ TEST_F(ChoicesTest, AnotherNotesApplicationIsFoundOutAboutAnew) {
 
     notes->asks = true;
     choice->setApplication(NotesChoiceModel::Application::Joplin);
-    EXPECT_EQ(defaults.string(DefaultsKeys::notesApplication), QStringLiteral("joplin"));
+    EXPECT_EQ(defaults.string(DefaultsKeys::notesApplication), u"joplin"_s);
     EXPECT_EQ(permissions->automationStatus.value(), PermissionStatus::NotDetermined)
         << "what the vault allowed says nothing about the other one";
     EXPECT_TRUE(store->isLoadingFolders.value());
@@ -190,18 +79,16 @@ TEST_F(ChoicesTest, AnotherNotesApplicationIsFoundOutAboutAnew) {
 }
 
 TEST_F(ChoicesTest, AnApplicationThatIsLeftIsNotWaitedForAndItsAnswerChangesNothing) {
-    defaults.set(DefaultsKeys::notesApplication, QStringLiteral("joplin"));
+    defaults.set(DefaultsKeys::notesApplication, u"joplin"_s);
     notes->asks = true;
     notes->answer = false;
     std::atomic<bool> isCancelled = false;
     notes->duringCall = [&] {
         while (notes->requests > 0 && !isCancelled) std::this_thread::yield();
     };
-    notes->onCancel = [&] {
-        isCancelled = defaults.string(DefaultsKeys::notesApplication) == QStringLiteral("joplin");
-    };
+    notes->onCancel = [&] { isCancelled = defaults.string(DefaultsKeys::notesApplication) == u"joplin"_s; };
     makeModel();
-    const auto choice = makeChoice();
+    const auto choice = makeNotesChoice();
     model->allowAccess();
     ASSERT_TRUE(waitFor([this] { return notes->requests == 1; }));
 
@@ -221,64 +108,65 @@ TEST_F(ChoicesTest, AnApplicationThatIsLeftIsNotWaitedForAndItsAnswerChangesNoth
 }
 
 TEST_F(ChoicesTest, ALateAnswerOfTheApplicationBeforeDoesNotReplaceTheFolders) {
-    notes->folders = {QStringLiteral("Of the other one")};
+    notes->folders = {u"Of the other one"_s};
     std::atomic<bool> goOn = false;
     notes->duringCall = [&] {
         if (notes->folderCalls != 1) return; // the first listing, and no other
         while (!goOn) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     };
+    makeStore();
     const auto choice = makeNotesChoice();
     ASSERT_TRUE(waitFor([this] { return notes->folderCalls == 1; }));
 
-    notes->folders = {QStringLiteral("Work")};
+    notes->folders = {u"Work"_s};
     choice->setApplication(NotesChoiceModel::Application::Joplin);
     ASSERT_TRUE(settle());
     goOn = true;
     ASSERT_TRUE(waitFor([this] { return notes.use_count() == 3; }));
     processEvents();
-    EXPECT_THAT(store->availableFolders.value(), ElementsAre(QStringLiteral("Work")));
+    EXPECT_THAT(store->availableFolders.value(), ElementsAre(u"Work"_s));
     EXPECT_FALSE(store->notesFoldersLoadFailed.value());
 }
 
 TEST_F(ChoicesTest, TheVaultsFolder) {
+    makeStore();
     const auto choice = makeNotesChoice();
     EXPECT_TRUE(choice->isDefaultVault());
-    EXPECT_EQ(choice->vaultPath.value(), QStringLiteral("/home/of/notes"));
+    EXPECT_EQ(choice->vaultPath.value(), kDefaultVault);
     choice->chooseVaultFolder();
-    EXPECT_EQ(chooser.questions[0].startFolder, "/home/of/notes");
+    EXPECT_EQ(chooser.questions[0].startFolder, kDefaultVault.toStdString());
     chooser.answer(std::nullopt);
     EXPECT_TRUE(choice->isDefaultVault());
     permissions->automationStatus.set(PermissionStatus::Denied);
     choice->chooseVaultFolder();
     EXPECT_FALSE(chooser.questions[1].startFolder) << "from a folder that cannot be used another one is sought";
     chooser.answer("/srv/ünotes");
-    EXPECT_EQ(choice->vaultPath.value(), QStringLiteral("/srv/ünotes"));
+    EXPECT_EQ(choice->vaultPath.value(), u"/srv/ünotes"_s);
     EXPECT_EQ(defaults.data(DefaultsKeys::notesVaultFolder), QByteArray("/srv/ünotes"));
     EXPECT_TRUE(store->isLoadingFolders.value());
     choice->useDefaultVaultFolder();
     EXPECT_FALSE(defaults.data(DefaultsKeys::notesVaultFolder));
-    EXPECT_EQ(choice->vaultPath.value(), QStringLiteral("/home/of/notes"));
+    EXPECT_EQ(choice->vaultPath.value(), kDefaultVault);
     ASSERT_TRUE(settle());
 }
 
 TEST_F(ChoicesTest, SoundDevicesFollowTheSystemUntilOneIsChosen) {
     using Kind = SoundDevice::Kind;
-    const auto server = std::make_shared<FakeSoundDevices>();
-    const auto device = [](Kind kind, const char* name, const char* text) {
-        return SoundDevice{.kind = kind, .name = QString::fromUtf8(name), .description = QString::fromUtf8(text)};
+    const auto device = [](Kind kind, const QString& name, const QString& text) {
+        return SoundDevice{.kind = kind, .name = name, .description = text};
     };
-    server->found = {device(Kind::Output, "out.a", "Headset"), device(Kind::Output, "out.b", "Headset"),
-                     device(Kind::Input, "in.a", "Headset"), device(Kind::Input, "in.b", "")};
+    const auto server = std::make_shared<FakeSoundDevices>(
+        std::vector{device(Kind::Output, u"out.a"_s, u"Headset"_s), device(Kind::Output, u"out.b"_s, u"Headset"_s),
+                    device(Kind::Input, u"in.a"_s, u"Headset"_s), device(Kind::Input, u"in.b"_s, u""_s)});
     const auto sound = std::make_shared<SoundChoiceModel>(server, defaults);
     const auto labels = [&](Kind kind) {
         QStringList all;
         for (const auto& option : sound->options(kind))
-            all.append(option.name + QLatin1Char('=') + option.label +
-                       (option.isMissing ? QLatin1String("?") : QLatin1String()));
-        return all.join(QLatin1Char('|')).toStdString();
+            all << option.name + u'=' + option.label + (option.isMissing ? u"?"_s : u""_s);
+        return all.join(u'|').toStdString();
     };
     EXPECT_EQ(labels(Kind::Output), "=");
-    sound->choose(Kind::Output, QStringLiteral("out.gone"));
+    sound->choose(Kind::Output, u"out.gone"_s);
     EXPECT_EQ(labels(Kind::Output), "=|out.gone=out.gone") << "before the server answers nothing is missing";
     sound->refresh();
     sound->refresh();
@@ -287,9 +175,9 @@ TEST_F(ChoicesTest, SoundDevicesFollowTheSystemUntilOneIsChosen) {
     EXPECT_EQ(labels(Kind::Output), "=|out.gone=out.gone?|out.a=Headset (out.a)|out.b=Headset (out.b)");
     EXPECT_EQ(labels(Kind::Input), "=|in.a=Headset|in.b=in.b");
 
-    sound->choose(Kind::Input, QStringLiteral("in.b"));
-    EXPECT_EQ(defaults.string(DefaultsKeys::microphoneDevice), QStringLiteral("in.b"));
-    EXPECT_EQ(sound->chosen(Kind::Output), QStringLiteral("out.gone"));
+    sound->choose(Kind::Input, u"in.b"_s);
+    EXPECT_EQ(defaults.string(DefaultsKeys::microphoneDevice), u"in.b"_s);
+    EXPECT_EQ(sound->chosen(Kind::Output), u"out.gone"_s);
     sound->choose(Kind::Output, {});
     EXPECT_FALSE(defaults.string(DefaultsKeys::systemAudioDevice)) << "following the system is no stored choice";
 
@@ -302,8 +190,8 @@ TEST_F(ChoicesTest, SoundDevicesFollowTheSystemUntilOneIsChosen) {
 TEST_F(SettingsModelTest, SummariesAreSaidToBeMadeWhereTheyWillBe) {
     using Maker = SettingsModel::SummaryStatus::Maker;
     using Meanwhile = SettingsModel::SummaryStatus::Meanwhile;
-    const QString local = QStringLiteral("localhost:8080/v1");
-    const QString cloud = QStringLiteral("https://llm.example:8443/v1");
+    const QString local = u"localhost:8080/v1"_s;
+    const QString cloud = u"https://llm.example:8443/v1"_s;
     const struct {
         bool useLocal, offers, mayUseCloud;
         QString local, cloud;
@@ -315,14 +203,14 @@ TEST_F(SettingsModelTest, SummariesAreSaidToBeMadeWhereTheyWillBe) {
         {true, false, true, {}, cloud, Maker::Unavailable, Meanwhile::CloudService, "llm.example:8443"},
         {true, false, false, {}, cloud, Maker::Unavailable, Meanwhile::SystemCloud, ""},
         {true, false, true, local, cloud, Maker::LocalServer, Meanwhile::None, "localhost:8080"},
-        {true, false, true, QStringLiteral("http://lan.example"), {}, Maker::Unavailable, Meanwhile::SystemCloud, ""},
+        {true, false, true, u"http://lan.example"_s, {}, Maker::Unavailable, Meanwhile::SystemCloud, ""},
         {true, true, true, {}, cloud, Maker::SystemModel, Meanwhile::None, ""},
         {false, true, true, local, cloud, Maker::CloudService, Meanwhile::None, "llm.example:8443"},
-        {false, true, true, local, QStringLiteral("http://llm.example"), Maker::SystemCloud, Meanwhile::None, ""},
+        {false, true, true, local, u"http://llm.example"_s, Maker::SystemCloud, Meanwhile::None, ""},
     };
     makeModel();
-    defaults.set(DefaultsKeys::localModelName, QStringLiteral("small"));
-    defaults.set(DefaultsKeys::cloudModelName, QStringLiteral("large"));
+    defaults.set(DefaultsKeys::localModelName, u"small"_s);
+    defaults.set(DefaultsKeys::cloudModelName, u"large"_s);
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << "row " << &row - rows);
         model->setUseLocal(row.useLocal);

@@ -11,18 +11,19 @@
 #include "support/FakeSystemModel.h"
 #include "support/WaitFor.h"
 
-#include <QDir>
 #include <QTemporaryDir>
 
-#include <gtest/gtest.h>
-
 #include <atomic>
+#include <gmock/gmock.h>
 
 namespace quillet::test {
+
+using namespace Qt::StringLiterals;
 
 /// A sound server with the devices it is told to have.
 class FakeSoundDevices final : public SoundDevices {
 public:
+    explicit FakeSoundDevices(std::vector<SoundDevice> all) : found(std::move(all)) {}
     std::vector<SoundDevice> found;
     std::atomic<bool> answers = true;
     std::atomic<int> lists = 0;
@@ -50,8 +51,7 @@ class SettingsFixture : public testing::Test {
 protected:
     SettingsFixture() {
         notes->asks = false;
-        FileServices& system = FileServices::standard();
-        files = std::make_unique<RecordingFileManager>(system, defaults);
+        files = std::make_unique<RecordingFileManager>(FileServices::standard(), defaults);
         integrator = std::make_unique<NoteIntegrator>(notes, defaults, [this] {
             return permissions && permissions->automationStatus.value() == PermissionStatus::Granted;
         });
@@ -81,10 +81,15 @@ protected:
                              .setLaunchAtLogin = [this](bool enabled) { launchChanges.push_back(enabled); },
                              .quit = [this] { ++quits; }});
     }
+    std::shared_ptr<NotesChoiceModel> makeNotesChoice() {
+        return std::make_shared<NotesChoiceModel>(defaults, kDefaultVault.toStdString(), chooser.function(),
+                                                  permissions, store);
+    }
     bool settle() {
         return waitFor([this] { return !store->isLoadingFolders.value(); });
     }
 
+    const QString kDefaultVault = QStringLiteral("/home/ada/Documents/Quillet Notes");
     MemoryUserDefaults defaults;
     FileUserDefaults unwritable{QStringLiteral("/dev/null/settings.conf")};
     UserDefaults* kept = &defaults; ///< where the window keeps what is chosen in it

@@ -1,55 +1,42 @@
 #pragma once
 
-#include <QFile>
+#include "support/Files.h"
+
 #include <QString>
 #include <QXmlStreamReader>
 
-#include <gtest/gtest.h>
-
 #include <map>
-#include <tuple>
 
 namespace quillet::test {
+
+using namespace Qt::StringLiterals;
 
 /// A catalogue as Qt Linguist writes it.
 struct Catalogue {
     struct Key {
-        QString context;
-        QString source;
-        QString comment;
-        friend bool operator==(const Key&, const Key&) = default;
-        friend bool operator<(const Key& a, const Key& b) {
-            return std::tie(a.context, a.source, a.comment) < std::tie(b.context, b.source, b.comment);
-        }
+        QString context, source, comment;
+        friend std::strong_ordering operator<=>(const Key&, const Key&) = default;
     };
     struct Entry {
-        QString translation;
-        QString state; ///< empty for a finished one
+        QString translation, state; ///< empty for a finished one
     };
     std::map<Key, Entry> entries;
 
     static Catalogue read(const QString& path) {
         Catalogue all;
-        QFile file(path);
-        EXPECT_TRUE(file.open(QFile::ReadOnly)) << path.toStdString();
-        QXmlStreamReader xml(&file);
+        QXmlStreamReader xml(contentsOf(path));
         QString context;
         Key key;
-        Entry entry;
         while (!xml.atEnd()) {
-            const auto token = xml.readNext();
-            if (token == QXmlStreamReader::StartElement) {
-                if (xml.name() == QLatin1String("message")) key = {context, {}, {}};
-                if (xml.name() == QLatin1String("name")) context = xml.readElementText();
-                if (xml.name() == QLatin1String("source")) key.source = xml.readElementText();
-                if (xml.name() == QLatin1String("comment")) key.comment = xml.readElementText();
-                if (xml.name() == QLatin1String("translation")) {
-                    entry.state = xml.attributes().value(QLatin1String("type")).toString();
-                    entry.translation = xml.readElementText();
-                }
-            } else if (token == QXmlStreamReader::EndElement && xml.name() == QLatin1String("message")) {
-                EXPECT_TRUE(all.entries.emplace(key, entry).second) << "twice: " << key.source.toStdString();
-            }
+            if (xml.readNext() != QXmlStreamReader::StartElement) continue;
+            if (xml.name() == u"message"_s) key = {context, {}, {}};
+            if (xml.name() == u"name"_s) context = xml.readElementText();
+            if (xml.name() == u"source"_s) key.source = xml.readElementText();
+            if (xml.name() == u"comment"_s) key.comment = xml.readElementText();
+            if (xml.name() != u"translation"_s) continue; // the last of a message
+            const QString state = xml.attributes().value(u"type"_s).toString();
+            const bool isNew = all.entries.emplace(key, Entry{xml.readElementText(), state}).second;
+            EXPECT_TRUE(isNew) << "twice: " << key.source.toStdString();
         }
         EXPECT_FALSE(xml.hasError()) << xml.errorString().toStdString();
         EXPECT_FALSE(all.entries.empty()) << path.toStdString();

@@ -17,7 +17,7 @@ namespace {
 using Key = Catalogue::Key;
 
 QString placesOf(const QString& text) {
-    static const QRegularExpression place(QStringLiteral("%\\d"));
+    static const QRegularExpression place(u"%\\d"_s);
     QStringList all;
     for (auto each = place.globalMatch(text); each.hasNext();) all += each.next().captured();
     all.sort();
@@ -26,7 +26,7 @@ QString placesOf(const QString& text) {
 
 /// What stands at the end of a beginning, before its detail.
 QString joint(const QString& text) {
-    static const QRegularExpression end(QStringLiteral("(: | \\(| \")$"));
+    static const QRegularExpression end(u"(: | \\(| \")$"_s);
     return end.match(text).captured();
 }
 
@@ -43,10 +43,9 @@ TEST(CatalogueTest, germanHoldsWhatTheSourcesAskForAndNothingElse) {
     const QString lupdate = QStringLiteral(QUILLET_LUPDATE);
     if (!QFile::exists(lupdate)) GTEST_SKIP() << "there is no lupdate to read the sources with";
     const QTemporaryDir folder;
-    const QString fresh = folder.filePath(QStringLiteral("fresh.ts"));
+    const QString fresh = folder.filePath(u"fresh.ts"_s);
     const QString sources = QStringLiteral(QUILLET_SOURCES);
-    ASSERT_EQ(QProcess::execute(lupdate, {QStringLiteral("-silent"), QStringLiteral("-no-obsolete"),
-                                          QStringLiteral("-I"), sources, sources, QStringLiteral("-ts"), fresh}),
+    ASSERT_EQ(QProcess::execute(lupdate, {u"-silent"_s, u"-no-obsolete"_s, u"-I"_s, sources, sources, u"-ts"_s, fresh}),
               0);
     const Catalogue german = Catalogue::of("de");
     const Catalogue wanted = Catalogue::read(fresh);
@@ -96,14 +95,14 @@ TEST(CatalogueTest, linuxHasItsOwnWordsForWhatIsTrueOnTheMacOnly) {
 
 TEST(CatalogueTest, everyCataloguedMessageStandsSomewhereInTheSources) {
     QString all;
-    QDirIterator files(QStringLiteral(QUILLET_SOURCES), {QStringLiteral("*.cpp"), QStringLiteral("*.h")}, QDir::Files,
+    QDirIterator files(QStringLiteral(QUILLET_SOURCES), {u"*.cpp"_s, u"*.h"_s}, QDir::Files,
                        QDirIterator::Subdirectories);
     while (files.hasNext()) {
         QFile file(files.next());
         if (file.fileName().endsWith(QLatin1String("ShownTexts.cpp")) || !file.open(QFile::ReadOnly)) continue;
         all += QString::fromUtf8(file.readAll());
     }
-    static const QRegularExpression seam(QStringLiteral("\"\\s*\""));
+    static const QRegularExpression seam(u"\"\\s*\""_s);
     all.remove(seam);
     for (const char* const text : shownTexts()) {
         const QString literal = QString::fromUtf8(text).replace(u'"', QLatin1String("\\\""));
@@ -115,12 +114,12 @@ TEST(CatalogueTest, theLanguageIsTheFirstInWhichThereAreTexts) {
     const struct {
         QStringList wanted;
         const char* language;
-    } rows[] = {{{QStringLiteral("de-AT"), QStringLiteral("en")}, "de"},
-                {{QStringLiteral("de_CH")}, "de"},
-                {{QStringLiteral("en-GB"), QStringLiteral("de")}, ""},
-                {{QStringLiteral("fr-FR"), QStringLiteral("de-DE")}, "de"},
-                {{QStringLiteral("C"), QStringLiteral("de")}, ""},
-                {{QStringLiteral("xx")}, ""},
+    } rows[] = {{{u"de-AT"_s, u"en"_s}, "de"},
+                {{u"de_CH"_s}, "de"},
+                {{u"en-GB"_s, u"de"_s}, ""},
+                {{u"fr-FR"_s, u"de-DE"_s}, "de"},
+                {{u"C"_s, u"de"_s}, ""},
+                {{u"xx"_s}, ""},
                 {{}, ""}};
     for (const auto& row : rows)
         EXPECT_EQ(catalogueLanguage(row.wanted).toStdString(), row.language) << row.wanted.join(u' ').toStdString();
@@ -137,7 +136,7 @@ protected:
 };
 
 TEST_F(InstalledTest, platformWordsComeBeforeTheLanguagesAndDetailsAreShownToo) {
-    installTranslations(*QCoreApplication::instance(), {QStringLiteral("de-DE")});
+    installTranslations(*QCoreApplication::instance(), {u"de-DE"_s});
     EXPECT_EQ(shown("Not Enough Space"), "Zu wenig Speicherplatz");
     EXPECT_EQ(shown("No microphone available."),
               isLinux ? "Es gibt kein Mikrofon. Schließen Sie eines an oder wählen Sie in den Klangeinstellungen einen "

@@ -71,8 +71,8 @@ inline QStringList textsOf(QWidget& root) {
 
 /// Each text of the window is translated, unless it is the user's or a placeholder, a path or a time.
 inline void expectAllMarked(QWidget& root, const QStringList& data) {
-    static const QRegularExpression marked(QStringLiteral("^«.*»$"), QRegularExpression::DotMatchesEverythingOption);
-    static const QRegularExpression plain(QStringLiteral("^(\\{\\{\\w+\\}\\}|[/~].*|\\d+:\\d\\d)$"));
+    static const QRegularExpression marked(u"^«.*»$"_s, QRegularExpression::DotMatchesEverythingOption);
+    static const QRegularExpression plain(u"^(\\{\\{\\w+\\}\\}|[/~].*|\\d+:\\d\\d)$"_s);
     const QStringList texts = textsOf(root);
     EXPECT_FALSE(texts.isEmpty());
     for (const QString& text : texts) {
