@@ -4,8 +4,6 @@
 #include "app/ui/MenuParts.h"
 #include "support/Widgets.h"
 
-#include <QCheckBox>
-#include <QLabel>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QtTest/QTest>

@@ -17,12 +17,7 @@ TEST(NotesServicesTest, AChoiceOfTheNotesApplicationCountsAtOnce) {
     const struct {
         const char* stored;
         bool asks, asksAtMostOnce;
-    } rows[] = {
-        {"vault", false, true},
-        {"joplin", true, false},
-        {"paper", false, true},
-        {"joplin", true, false},
-    };
+    } rows[] = {{"vault", false, true}, {"joplin", true, false}, {"paper", false, true}, {"joplin", true, false}};
     for (const auto& row : rows) {
         defaults.set(DefaultsKeys::notesApplication, QString::fromLatin1(row.stored));
         EXPECT_EQ(notes->asksForConsent(), row.asks) << row.stored;

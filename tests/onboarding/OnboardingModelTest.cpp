@@ -28,34 +28,21 @@ TEST_F(OnboardingModelTest, ScreenCaptureIsAskedForInPassing) {
     });
     ASSERT_TRUE(waitFor([this] { return model->hasScreenCaptureAccess.value(); }));
     EXPECT_GE(since.elapsed(), 900);
-
-    model->currentStep.set(2);
-    model->nextAction();
-    EXPECT_EQ(model->currentStep.value(), 3);
-    EXPECT_EQ(services->screenCaptureRequests, 1) << "what is granted is not asked for again";
 }
 
-TEST_F(OnboardingModelTest, WhatIsAllowedAlreadyIsNotAskedFor) {
-    services->screenCapture = true;
-    services->microphone = AuthorizationStatus::Authorized;
+TEST_F(OnboardingModelTest, AccessThatTurnsOutLaterIsFollowedAndNotAskedFor) {
     start();
-    for (int step = 0; step < 4; ++step) model->nextAction();
-    EXPECT_EQ(model->currentStep.value(), 4);
-    EXPECT_EQ(services->screenCaptureRequests, 0);
-    EXPECT_FALSE(services->microphoneCompletion);
-}
-
-TEST_F(OnboardingModelTest, AccessThatTurnsOutLaterIsFollowed) {
-    services->screenCapture = true;
-    services->microphone = AuthorizationStatus::Authorized;
-    start();
-    for (const bool granted : {false, true}) {
+    for (const bool granted : {true, false, true}) {
         services->screenCapture = granted;
         services->microphone = granted ? AuthorizationStatus::Authorized : AuthorizationStatus::Denied;
         permissions->refreshStatus();
         EXPECT_EQ(model->hasMicrophoneAccess.value(), granted);
         EXPECT_EQ(model->hasScreenCaptureAccess.value(), granted);
     }
+    for (int step = 0; step < 4; ++step) model->nextAction();
+    EXPECT_EQ(model->currentStep.value(), 4);
+    EXPECT_EQ(services->screenCaptureRequests, 0);
+    EXPECT_FALSE(services->microphoneCompletion);
 }
 
 TEST_F(OnboardingModelTest, TestingTheNotes) {

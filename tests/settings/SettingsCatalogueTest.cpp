@@ -12,8 +12,7 @@ using namespace Qt::StringLiterals;
 
 TEST(SettingsCatalogueTest, ValuesAreCheckedByTheirType) {
     const struct {
-        const char* key;
-        const char* text;
+        const char *key, *text;
         const char* stored; ///< as it reads back; null: refused
     } rows[] = {
         {"corvane.autoCreateNote", "yes", "true"},

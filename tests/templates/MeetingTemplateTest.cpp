@@ -65,10 +65,7 @@ TEST(MeetingTemplateTest, EveryPlaceholderStandsForItsOwnFact) {
 
 TEST(MeetingTemplateTest, PlaceholdersAreReplacedOneAfterTheOther) {
     const struct {
-        const char* content;
-        const char* title;
-        const char* transcript;
-        const char* text;
+        const char *content, *title, *transcript, *text;
     } rows[] = {
         {"{{meeting_title}}", "at {{date}}", "", "at DATE"},               // a later step sees an earlier value
         {"{{transcript}}", "T", "{{meeting_title}}", "{{meeting_title}}"}, // not the other way round

@@ -79,14 +79,13 @@ protected:
         ASSERT_TRUE(desk.becomesRecording(false));
         desk.engine->lastError.set(u"Microphone input failed: the sound server does not answer"_s);
         look(view, "menu-error");
-        void (RecorderUIModel::*const alerts[])() = {
-            &RecorderUIModel::showDiskFull, &RecorderUIModel::showPermissionDenied,
-            &RecorderUIModel::showNotesAutomationDenied, &RecorderUIModel::showAppleScriptFailure};
-        const char* const states[] = {"alert-space", "alert-permission", "alert-automation", "alert-note"};
-        for (std::size_t i = 0; i < std::size(alerts); ++i) {
-            (desk.uiModel.*alerts[i])();
+        for (const auto& [raise, state] : {std::pair(&RecorderUIModel::showDiskFull, "alert-space"),
+                                           std::pair(&RecorderUIModel::showPermissionDenied, "alert-permission"),
+                                           std::pair(&RecorderUIModel::showNotesAutomationDenied, "alert-automation"),
+                                           std::pair(&RecorderUIModel::showAppleScriptFailure, "alert-note")}) {
+            (desk.uiModel.*raise)();
             processEvents();
-            look(view, states[i]);
+            look(view, state);
         }
     }
 };
@@ -204,7 +203,7 @@ protected:
         view->resize(Theme::shared().scaled(720), Theme::shared().scaled(520)); // as it opens
         processEvents();
         look(*view, "templates");
-        view->resize(720, 520); // as it was, when the text grows
+        view->resize(size); // as it was, when the text grows
         processEvents();
         look(*view, "templates-720");
         for (Published<bool>* const shown : {&templates->showNewTemplateSheet, &templates->showPreviewSheet}) {

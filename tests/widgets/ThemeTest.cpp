@@ -41,8 +41,7 @@ TEST(Theme, textSizeFollowsTheDesktopWithinReason) {
     Theme& theme = Theme::shared();
     const double normal = theme.font(TextStyle::Body).pointSizeF();
     const struct {
-        double asked;
-        double factor;
+        double asked, factor;
     } rows[] = {{2.0, 2.0}, {100.0, 3.0}, {0.0, 0.5}, {std::nan(""), 1.0}, {1.0, 1.0}};
     for (const auto& row : rows) {
         theme.setTextScale(row.asked);

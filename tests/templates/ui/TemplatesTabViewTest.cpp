@@ -7,7 +7,6 @@
 #include "templates/ui/TemplateListView.h"
 #include "templates/ui/TemplatePicker.h"
 #include "widgets/Sheet.h"
-#include "widgets/Theme.h"
 
 #include <QAbstractItemView>
 #include <QElapsedTimer>
@@ -252,7 +251,7 @@ TEST_F(TemplatesTabViewTest, TenThousandTemplatesStayUsable) {
 }
 
 TEST_F(TemplatesTabViewTest, NarrowWithLargeTextItWrapsInsteadOfGrowingSideways) {
-    add(u"Weekly product review"_s);
+    add(kOwn);
     const test::UsualLook afterwards;
     Theme::shared().setTextScale(2);
     constexpr int kRoom = 360; // beside the sidebar of the smallest window
@@ -260,7 +259,7 @@ TEST_F(TemplatesTabViewTest, NarrowWithLargeTextItWrapsInsteadOfGrowingSideways)
     test::letLayoutsSettle();
     EXPECT_EQ(view->width(), kRoom) << "it takes more than there is";
     EXPECT_GE(picker().width(), picker().minimumSizeHint().width());
-    const TemplateRowView& own = *row(u"Weekly product review"_s);
+    const TemplateRowView& own = *row(kOwn);
     const auto& controls = own.controls();
     for (const QAbstractButton* button : controls) {
         EXPECT_TRUE(own.rect().contains(button->geometry()));
