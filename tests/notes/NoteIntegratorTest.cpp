@@ -5,8 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <gmock/gmock.h>
-#include <limits>
 
 namespace quillet {
 namespace {
@@ -82,7 +82,6 @@ TEST_F(NoteIntegratorTest, DetailsFillTheirSectionsAndEmptyOnesStayEmpty) {
 
 TEST_F(NoteIntegratorTest, DatesAndDurationsSpeakTheUsersLanguage) {
     const WallTime afternoon{std::chrono::seconds(1741007100)}; // 2025-03-03 13:05 UTC
-    const std::string longName(5000, 'a');
     const std::string longCountry = "de_" + std::string(200, 'Q');
     const struct {
         const char *all, *time, *lang;
@@ -95,7 +94,6 @@ TEST_F(NoteIntegratorTest, DatesAndDurationsSpeakTheUsersLanguage) {
         {"C.UTF-8", "", "de_DE", "March 3, 2025 at 2:05\u202fPM", "1h 2m 5s"},
         {"xx_YY.UTF-8", "", "", "March 3, 2025 at 2:05\u202fPM", "1h 2m 5s"},
         {"\xff/../..@@", "", "", "March 3, 2025 at 2:05\u202fPM", "1h 2m 5s"},
-        {longName.c_str(), "", "", "March 3, 2025 at 2:05\u202fPM", "1h 2m 5s"},
         {longCountry.c_str(), "", "", "March 3, 2025 at 2:05\u202fPM", "1h 2m 5s"},
     };
     for (const auto& row : rows) {
@@ -106,13 +104,10 @@ TEST_F(NoteIntegratorTest, DatesAndDurationsSpeakTheUsersLanguage) {
         EXPECT_EQ(longDateShortTime(afternoon).toStdString(), row.date);
         EXPECT_EQ(abbreviatedDuration(3725).toStdString(), row.duration);
     }
-    const struct {
-        double seconds;
-        const char* expected;
-    } durations[] = {{3600, "1h"},  {3605.99, "1h 5s"}, {7260, "2h 1m"},
-                     {59.9, "59s"}, {360000, "100h"},   {0.99, ""},
-                     {0, ""},       {-0.5, ""},         {std::numeric_limits<double>::infinity(), ""}};
-    for (const auto& row : durations) EXPECT_EQ(abbreviatedDuration(row.seconds).toStdString(), row.expected);
+    const std::pair<double, const char*> durations[] = {{3600, "1h"},  {3605.99, "1h 5s"}, {7260, "2h 1m"},
+                                                        {59.9, "59s"}, {360000, "100h"},   {0.99, ""},
+                                                        {0, ""},       {-0.5, ""},         {HUGE_VAL, ""}};
+    for (const auto& [seconds, expected] : durations) EXPECT_EQ(abbreviatedDuration(seconds).toStdString(), expected);
 }
 
 TEST_F(NoteIntegratorTest, TheFolderIsTheSettingsUnlessOneIsGiven) {

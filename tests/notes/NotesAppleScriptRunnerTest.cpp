@@ -32,6 +32,8 @@ public:
     }
 };
 
+QString text(const char* utf8) { return QString::fromUtf8(utf8); }
+
 class NotesAppleScriptRunnerTest : public testing::Test {
 protected:
     std::shared_ptr<FakeScriptHost> host = std::make_shared<FakeScriptHost>();
@@ -42,9 +44,15 @@ protected:
         host->answer =
             ScriptDescriptor{.descriptorType = fourCharCode("list"), .numberOfItems = count, .items = std::move(items)};
     }
+    void expectNothing(bool isDenied) {
+        const CreateNoteResult result = runner.createNoteWithAttachment({}, {}, {}, {});
+        EXPECT_FALSE(result.success);
+        EXPECT_EQ(result.isAutomationDenied, isDenied);
+        EXPECT_FALSE(runner.checkNotesAutomationAccess());
+        EXPECT_FALSE(runner.testFolderConnection(text("Work")));
+        EXPECT_THAT(runner.fetchFolders(), IsEmpty());
+    }
 };
-
-QString text(const char* utf8) { return QString::fromUtf8(utf8); }
 
 std::shared_ptr<const ScriptDescriptor> item(std::uint32_t type, std::optional<QString> value) {
     return std::make_shared<ScriptDescriptor>(
@@ -59,31 +67,19 @@ TEST_F(NotesAppleScriptRunnerTest, EachTextIsExactToTheByte) {
     static_cast<void>(runner.testFolderConnection(text("\n Work\t")));
     for (const auto& folder : {std::optional<QString>(), std::optional(text("")), std::optional(text("Work"))})
         static_cast<void>(runner.createNoteWithAttachment(text("/r/M.m4a"), text("Title"), text("Body"), folder));
-    const struct {
-        int length;
-        const char* sha256;
-    } expected[] = {
-        {36, "21a995417b23f6e42e1d1ca61c394da2e83c762a41aebcbb3c87e622e01513b3"},
-        {312, "19ed7a99279d045357efeaae441e4838fd10db76d368c497b02db02450adbc50"},
-        {236, "949747f7c06bb0a28e867661245a3b0d119dda98badca36f1f3b69940e4a834b"},
-        {278, "719d1cb0511d21e21c9b0c36c701afca1acf6b5d4c3f11c682ea41485d8483c4"},
-        {278, "719d1cb0511d21e21c9b0c36c701afca1acf6b5d4c3f11c682ea41485d8483c4"},
-        {731, "492204da61120d50c4c385664893d5b2973fa64e3db0a1534be00d6e1ab1c592"},
-    };
-    ASSERT_EQ(host->sources.size(), std::size(expected));
-    for (std::size_t i = 0; i < std::size(expected); ++i) {
-        SCOPED_TRACE(host->sources[i].toStdString());
-        EXPECT_EQ(host->sources[i].size(), expected[i].length);
-        EXPECT_EQ(QCryptographicHash::hash(host->sources[i].toUtf8(), QCryptographicHash::Sha256).toHex(),
-                  expected[i].sha256);
-    }
+    std::vector<QByteArray> sums;
+    for (const QString& source : host->sources)
+        sums.push_back(QCryptographicHash::hash(source.toUtf8(), QCryptographicHash::Sha256).toHex());
+    EXPECT_THAT(sums, ElementsAre("21a995417b23f6e42e1d1ca61c394da2e83c762a41aebcbb3c87e622e01513b3",
+                                  "19ed7a99279d045357efeaae441e4838fd10db76d368c497b02db02450adbc50",
+                                  "949747f7c06bb0a28e867661245a3b0d119dda98badca36f1f3b69940e4a834b",
+                                  "719d1cb0511d21e21c9b0c36c701afca1acf6b5d4c3f11c682ea41485d8483c4",
+                                  "719d1cb0511d21e21c9b0c36c701afca1acf6b5d4c3f11c682ea41485d8483c4",
+                                  "492204da61120d50c4c385664893d5b2973fa64e3db0a1534be00d6e1ab1c592"));
 }
 
 TEST_F(NotesAppleScriptRunnerTest, ValuesCannotLeaveTheirQuotes) {
-    const struct {
-        const char* value;
-        const char* expected;
-    } rows[] = {
+    const std::pair<const char*, const char*> rows[] = {
         {R"(say "hi")", R"(say \"hi\")"},
         {R"(C:\n)", R"(C:\\n)"},
         {R"(\")", R"(\\\")"},
@@ -91,70 +87,49 @@ TEST_F(NotesAppleScriptRunnerTest, ValuesCannotLeaveTheirQuotes) {
         {"tab\tÄ🎙\u202e\u2028", "tab\tÄ🎙\u202e\u2028"},
         {"   ", "   "}, // trimming is not done here
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.value);
-        const QString value = text(row.value);
-        const QString expected = text(row.expected);
+    for (const auto& [given, expected] : rows) {
+        const QString value = text(given);
         static_cast<void>(runner.createNoteWithAttachment(value, value, value, value));
-        EXPECT_TRUE(lastSource().startsWith(text("set theFile to POSIX file \"") + expected + text("\" as alias\n")));
-        EXPECT_TRUE(lastSource().contains(text("set targetFolderName to \"") + expected + text("\"\n")));
-        EXPECT_TRUE(
-            lastSource().contains(text("{name: \"") + expected + text("\", body: \"") + expected + text("\"}\n")));
+        for (const char* line : {"set theFile to POSIX file \"%1\" as alias\n", "set targetFolderName to \"%1\"\n",
+                                 "{name: \"%1\", body: \"%1\"}\n"})
+            EXPECT_TRUE(lastSource().contains(text(line).replace(text("%1"), text(expected)))) << given << ": " << line;
         static_cast<void>(runner.testFolderConnection(text("x") + value + text("x")));
-        EXPECT_TRUE(lastSource().contains(text("is \"x") + expected + text("x\" then\n")));
+        EXPECT_TRUE(lastSource().contains(text("is \"x") + text(expected) + text("x\" then\n"))) << given;
     }
 }
 
 TEST_F(NotesAppleScriptRunnerTest, AnErrorIsARefusalByItsNumberOrByItsWords) {
-    const struct {
-        std::optional<std::int64_t> number;
-        const char* message;
-        const char* brief;
-        bool denied;
-    } rows[] = {
-        {-1743, nullptr, nullptr, true},
-        {-10814, "File not found", nullptr, true},
-        {-1728, "Can’t get alias.", nullptr, false},
-        {-1728, "Quillet is NOT AUTHORISED to send Apple events.", nullptr, true},
-        {{}, nullptr, "Not authorized.", true},
-        {-600, "User did not Allow", "sending APPLE EVENTS", true}, // the two messages count as one text
-        {-600, "Apple events were denied", nullptr, true},
-        {-600, "Apple events timed out", "error", false},
-        {-600, "access denied", nullptr, false},
-        {-600, "not", "authorised", true},
-        {{}, nullptr, nullptr, false},
+    const QString none;
+    const std::tuple<ScriptErrorInfo, bool> rows[] = {
+        {{-1743, {}, {}}, true},
+        {{-10814, text("File not found"), {}}, true},
+        {{-1728, text("Can’t get alias."), {}}, false},
+        {{-1728, text("Quillet is NOT AUTHORISED to send Apple events."), {}}, true},
+        {{{}, {}, text("Not authorized.")}, true},
+        {{-600, text("User did not Allow"), text("sending APPLE EVENTS")}, true}, // the two messages count as one text
+        {{-600, text("Apple events were denied"), {}}, true},
+        {{-600, text("Apple events timed out"), text("error")}, false},
+        {{-600, text("access denied"), {}}, false},
+        {{-600, text("not"), text("authorised")}, true},
+        {{{}, {}, {}}, false},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(testing::Message() << row.number.value_or(0) << " " << (row.message ? row.message : ""));
-        ScriptErrorInfo error{row.number, {}, {}};
-        if (row.message) error.message = text(row.message);
-        if (row.brief) error.briefMessage = text(row.brief);
+    for (const auto& [error, isDenied] : rows) {
+        SCOPED_TRACE(testing::Message() << error.number.value_or(0) << " "
+                                        << error.message.value_or(none).toStdString());
         host->answer = Failure{error};
-        const CreateNoteResult result = runner.createNoteWithAttachment({}, {}, {}, {});
-        EXPECT_FALSE(result.success);
-        EXPECT_EQ(result.isAutomationDenied, row.denied);
-        EXPECT_FALSE(runner.checkNotesAutomationAccess());
-        EXPECT_FALSE(runner.testFolderConnection(text("Work")));
-        EXPECT_THAT(runner.fetchFolders(), IsEmpty());
+        expectNothing(isDenied);
     }
 }
 
 TEST_F(NotesAppleScriptRunnerTest, AnAnswerCountsWhateverItIsAndNoScriptIsNoRefusal) {
-    host->answer = ScriptDescriptor{.booleanValue = true};
-    EXPECT_TRUE(runner.createNoteWithAttachment({}, {}, {}, {}).success);
-    EXPECT_TRUE(runner.checkNotesAutomationAccess());
-    EXPECT_TRUE(runner.testFolderConnection(text("Work")));
-    host->answer = ScriptDescriptor{};
-    EXPECT_TRUE(runner.checkNotesAutomationAccess());
-    EXPECT_FALSE(runner.testFolderConnection(text("Work")));
-
+    for (const bool value : {true, false}) {
+        host->answer = ScriptDescriptor{.booleanValue = value};
+        EXPECT_TRUE(runner.createNoteWithAttachment({}, {}, {}, {}).success);
+        EXPECT_TRUE(runner.checkNotesAutomationAccess());
+        EXPECT_EQ(runner.testFolderConnection(text("Work")), value);
+    }
     host->answer.reset();
-    const CreateNoteResult result = runner.createNoteWithAttachment({}, {}, {}, {});
-    EXPECT_FALSE(result.success || result.isAutomationDenied);
-    EXPECT_FALSE(runner.checkNotesAutomationAccess());
-    EXPECT_FALSE(runner.testFolderConnection(text("Work")));
-    EXPECT_THAT(runner.fetchFolders(), IsEmpty());
-
+    expectNothing(false);
     host->sources.clear();
     EXPECT_FALSE(runner.testFolderConnection(text(" \r\n\u00a0")));
     EXPECT_THAT(host->sources, IsEmpty());

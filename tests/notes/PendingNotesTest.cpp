@@ -9,8 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <sys/stat.h>
-#include <thread>
+#include <future>
 
 namespace quillet {
 namespace {
@@ -27,6 +26,9 @@ protected:
 
     QTemporaryDir temporary;
     const WallTime completedAt{std::chrono::milliseconds(1764576479123)};
+    const std::shared_ptr<test::FakeNotesApplication> application = std::make_shared<test::FakeNotesApplication>();
+    MemoryUserDefaults defaults;
+    const NoteIntegrator integrator{application, defaults, [] { return true; }};
 };
 
 TEST_F(PendingNotesTest, ARecordingIsFoundByAnotherProcessHoweverItsPathIsWritten) {
@@ -40,11 +42,8 @@ TEST_F(PendingNotesTest, ARecordingIsFoundByAnotherProcessHoweverItsPathIsWritte
     ASSERT_TRUE(found);
     EXPECT_EQ(found->completedAt, completedAt);
     EXPECT_EQ(found->folderName, text("Räume/.."));
-    for (const fs::path& path : {file(), folder()}) {
-        struct stat status {};
-        ASSERT_EQ(stat(path.c_str(), &status), 0);
-        EXPECT_EQ(status.st_mode & 0777, path == file() ? 0600U : 0700U);
-    }
+    EXPECT_EQ(fs::status(file()).permissions(), fs::perms(0600));
+    EXPECT_EQ(fs::status(folder()).permissions(), fs::perms(0700));
 
     ASSERT_TRUE(other.rename("/r/Ü \"1\"\n.m4a", "/r/Ü (earlier).m4a"));
     ASSERT_TRUE(other.rename("/r/never.m4a", "/r/b.m4a"));
@@ -59,10 +58,8 @@ TEST_F(PendingNotesTest, ARecordingIsFoundByAnotherProcessHoweverItsPathIsWritte
 
 TEST_F(PendingNotesTest, ADamagedFileIsSetAsideAndLosesOnlyWhatCannotBeRead) {
     const QByteArray good(R"({"recording":"/r/a.m4a","completedAt":"2025-12-01T08:07:59.123Z","folderName":"F"})");
-    const struct {
-        QByteArray contents;
-        bool keepsOne;
-    } rows[] = {
+    const std::pair<QByteArray, bool> rows[] = {
+        // and whether one is kept
         {QByteArray(), false},
         {QByteArray("[{\"recording\":\"/r/a"), false},
         {QByteArray("{}"), false},
@@ -70,15 +67,15 @@ TEST_F(PendingNotesTest, ADamagedFileIsSetAsideAndLosesOnlyWhatCannotBeRead) {
         {"[" + good + R"(,7,{"recording":"/r/c.m4a","completedAt":"yesterday"}])", true},
     };
     int damaged = 0;
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.contents.left(80).toStdString());
-        write(row.contents);
+    for (const auto& [contents, keepsOne] : rows) {
+        SCOPED_TRACE(contents.left(80).toStdString());
+        write(contents);
         PendingNotes pending(folder());
-        EXPECT_EQ(pending.find("/r/a.m4a").has_value(), row.keepsOne);
-        EXPECT_EQ(test::contentsOf(file()), row.contents) << "reading changes nothing";
+        EXPECT_EQ(pending.find("/r/a.m4a").has_value(), keepsOne);
+        EXPECT_EQ(test::contentsOf(file()), contents) << "reading changes nothing";
         ASSERT_TRUE(pending.add({"/r/b.m4a", completedAt, {}}));
-        EXPECT_EQ(PendingNotes(folder()).all().size(), row.keepsOne ? 2U : 1U);
-        EXPECT_EQ(test::contentsOf(fs::path(file().string() + ".damaged-" + std::to_string(++damaged))), row.contents);
+        EXPECT_EQ(PendingNotes(folder()).all().size(), keepsOne ? 2U : 1U);
+        EXPECT_EQ(test::contentsOf(fs::path(file().string() + ".damaged-" + std::to_string(++damaged))), contents);
     }
     write("[" + good + "]");
     ASSERT_TRUE(PendingNotes(folder()).add({"/r/b.m4a", completedAt, {}}));
@@ -105,27 +102,21 @@ TEST_F(PendingNotesTest, TheListStaysSmallAndForgetsTheOldestFirst) {
 }
 
 TEST_F(PendingNotesTest, WritersAtTheSameTimeLoseNothing) {
-    std::vector<std::thread> writers;
-    writers.reserve(3);
-    for (int writer = 0; writer < 3; ++writer) {
-        writers.emplace_back([this, writer] {
-            PendingNotes pending(folder());
-            for (int i = 0; i < 15; ++i) {
-                const std::string name = "/r/" + std::to_string(writer) + "-" + std::to_string(i);
-                EXPECT_TRUE(pending.add({name, completedAt, {}}));
-            }
-        });
+    {
+        std::vector<std::future<void>> writers;
+        for (const char* name : {"/r/a-", "/r/b-", "/r/c-"}) {
+            writers.push_back(std::async(std::launch::async, [this, name] {
+                PendingNotes pending(folder());
+                for (int i = 0; i < 15; ++i) EXPECT_TRUE(pending.add({name + std::to_string(i), completedAt, {}}));
+            }));
+        }
     }
-    for (auto& writer : writers) writer.join();
     EXPECT_EQ(PendingNotes(folder()).all().size(), 45U);
 }
 
 TEST_F(PendingNotesTest, ANoteThatFailedIsMadeLaterAsItWouldHaveBeen) {
     qputenv("TZ", "UTC");
-    const auto application = std::make_shared<test::FakeNotesApplication>();
-    MemoryUserDefaults defaults;
     defaults.set(DefaultsKeys::notesFolderName, text("Then"));
-    const NoteIntegrator integrator(application, defaults, [] { return true; });
     PendingNotes pending(folder());
     RecordingNotes notes(integrator, pending);
     write("[]");
@@ -159,9 +150,6 @@ TEST_F(PendingNotesTest, ANoteThatFailedIsMadeLaterAsItWouldHaveBeen) {
 
 TEST_F(PendingNotesTest, AListThatCannotBeKeptDoesNotKeepTheNoteFromBeingMade) {
     test::makeFile(temporary.filePath(text("data"))); // a file where the folder should be
-    const auto application = std::make_shared<test::FakeNotesApplication>();
-    const MemoryUserDefaults defaults;
-    const NoteIntegrator integrator(application, defaults, [] { return true; });
     PendingNotes pending(folder());
     EXPECT_FALSE(pending.add({"/r/a.m4a", completedAt, {}}));
     EXPECT_TRUE(RecordingNotes(integrator, pending).makeNote("/r/a.m4a", completedAt)->success);

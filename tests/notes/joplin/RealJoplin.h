@@ -25,18 +25,10 @@ public:
 
     /// With the profile as it is; false, with a message on standard error, when it does not answer in time.
     [[nodiscard]] bool start();
-    /// At once, as by a crash.
-    void kill();
-    /// The same from any thread; kill() still has to be called.
-    void crash() const;
     /// What its user does in the dialog for a request to be let in. Any thread.
     void accept() const;
     void reject() const;
-    /// As in the application's settings; Joplin has to be started anew.
-    void setToken(const QString& token);
 
-    /// Where it keeps an upload until it has all of it.
-    [[nodiscard]] QString uploads() const { return m_profile.filePath(QStringLiteral("tmp")); }
     [[nodiscard]] quint16 port() const { return m_port; }
     [[nodiscard]] const QString& token() const { return m_token; }
 
@@ -47,16 +39,17 @@ public:
     [[nodiscard]] QJsonArray list(const QString& path) const;
     /// Returns its id.
     QString makeFolder(const QString& title, const QString& parentId = {}) const;
+    /// Id, title and body of each note.
+    [[nodiscard]] QJsonArray notesIn(const QString& folderTitle) const;
 
 private:
-    void writeSettings() const;
     void signal(int number) const;
 
     QTemporaryDir m_profile;
     QProcess m_process;
     std::atomic<qint64> m_pid = 0;
     quint16 m_port = 0;
-    QString m_token = QStringLiteral("first-token-of-this-profile");
+    const QString m_token = QStringLiteral("first-token-of-this-profile");
 };
 
 } // namespace quillet::test

@@ -1,11 +1,8 @@
 #include "notes/vault/TestVault.h"
 #include "support/ThreadConditions.h"
 
-#include <QElapsedTimer>
-
 #include <atomic>
 #include <fcntl.h>
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <thread>
@@ -22,18 +19,25 @@ const FailingCall kNoHardLinks{__NR_linkat, EPERM};
 const FailingCall kNoCarefulRename{__NR_renameat2, EINVAL};
 const FailingCall kNoCopyInKernel{__NR_copy_file_range, EXDEV};
 
-TEST_F(VaultTest, volumesWithFewerServicesLoseNothing) {
-    const struct {
-        const char* name;
-        std::vector<FailingCall> lacking;
-    } rows[] = {
-        {"no nameless files", {kNoNamelessFiles}},
-        {"no hard links", {kNoHardLinks}},
-        {"no hard links, no copying in the kernel", {kNoHardLinks, kNoCopyInKernel}},
-        {"a stick", {kNoNamelessFiles, kNoHardLinks, kNoCopyInKernel}},
-        {"hardly anything", {kNoNamelessFiles, kNoHardLinks, kNoCopyInKernel, kNoCarefulRename}},
-    };
-    for (const auto& row : rows) {
+const struct {
+    const char* name;
+    std::vector<FailingCall> calls;
+    bool succeeds, isDenied;
+} kVolumes[] = {
+    {"no nameless files", {kNoNamelessFiles}, true, false},
+    {"no hard links", {kNoHardLinks}, true, false},
+    {"no hard links, no copying in the kernel", {kNoHardLinks, kNoCopyInKernel}, true, false},
+    {"a stick", {kNoNamelessFiles, kNoHardLinks, kNoCopyInKernel}, true, false},
+    {"hardly anything", {kNoNamelessFiles, kNoHardLinks, kNoCopyInKernel, kNoCarefulRename}, true, false},
+    {"full", {{__NR_write, ENOSPC}}, false, false},
+    {"full, without nameless files", {{__NR_write, ENOSPC}, kNoNamelessFiles}, false, false},
+    {"full at the last resort", {kNoNamelessFiles, kNoCarefulRename, {__NR_copy_file_range, ENOSPC}}, false, false},
+    {"broken", {{__NR_fsync, EIO}}, false, false},
+    {"made read-only", {{__NR_openat, EROFS, 2, O_TMPFILE & ~O_DIRECTORY}}, false, true},
+};
+
+TEST_F(VaultTest, volumesWithFewerServicesLoseNothingAndFailuresLeaveNothing) {
+    for (const auto& row : kVolumes) {
         SCOPED_TRACE(row.name);
         QDir(path("vault")).removeRecursively();
         write(path("vault/Sync.md"), "mine");
@@ -41,48 +45,29 @@ TEST_F(VaultTest, volumesWithFewerServicesLoseNothing) {
         NoteOutcome outcome;
 
         const std::string failure = runWithFailingCalls(
-            row.lacking, [&] { outcome = make().createNoteWithAttachment(draft(u("Sync"), u("# Sync"))); });
+            row.calls, [&] { outcome = make().createNoteWithAttachment(draft(u("Sync"), u("# Sync"))); });
         if (!failure.empty()) GTEST_SKIP() << failure;
 
-        EXPECT_TRUE(outcome.success) << qPrintable(outcome.reason);
-        EXPECT_EQ(files(), (QStringList{u("vault/Sync (2).md"), u("vault/Sync.md"), u("vault/attachments/Sync (2).m4a"),
-                                        u("vault/attachments/Sync.m4a")}));
+        EXPECT_EQ(outcome.success, row.succeeds) << qPrintable(outcome.reason);
+        EXPECT_EQ(outcome.reason.isEmpty(), row.succeeds);
+        EXPECT_EQ(outcome.isAutomationDenied, row.isDenied);
         EXPECT_EQ(read("vault/Sync.md"), "mine");
         EXPECT_EQ(read("vault/attachments/Sync.m4a"), "mine");
+        EXPECT_EQ(read("talk.m4a"), recordingBytes());
+        EXPECT_EQ(files().size(), row.succeeds ? 4 : 2);
+        if (!row.succeeds) continue;
         EXPECT_EQ(read("vault/attachments/Sync (2).m4a"), recordingBytes());
         EXPECT_TRUE(read("vault/Sync (2).md").startsWith("# Sync\n\n[Recording]("));
     }
 }
 
-TEST_F(VaultTest, aFailureAtAnyStepIsSaidAndLeavesNothing) {
-    const struct {
-        const char* name;
-        std::vector<FailingCall> calls;
-        bool denied;
-    } rows[] = {
-        {"the disk is full", {{__NR_write, ENOSPC}}, false},
-        {"the disk is full, without nameless files", {{__NR_write, ENOSPC}, kNoNamelessFiles}, false},
-        {"the disk is full, at the last resort",
-         {kNoNamelessFiles, kNoCarefulRename, {__NR_copy_file_range, ENOSPC}},
-         false},
-        {"the disk is broken", {{__NR_fsync, EIO}}, false},
-        {"the volume was made read-only", {{__NR_openat, EROFS, 2, O_TMPFILE & ~O_DIRECTORY}}, true},
-        {"no folder may be made", {{__NR_mkdirat, EACCES}}, true},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        NoteOutcome outcome;
-
-        const std::string failure =
-            runWithFailingCalls(row.calls, [&] { outcome = make().createNoteWithAttachment(draft(u("Sync"))); });
-        if (!failure.empty()) GTEST_SKIP() << failure;
-
-        EXPECT_FALSE(outcome.success);
-        EXPECT_EQ(outcome.isAutomationDenied, row.denied);
-        EXPECT_FALSE(outcome.reason.isEmpty());
-        EXPECT_EQ(files(), QStringList());
-        EXPECT_EQ(read("talk.m4a"), recordingBytes());
-    }
+TEST_F(VaultTest, aFolderThatMayNotBeMadeLeavesNothing) {
+    NoteOutcome outcome;
+    const std::string failure = runWithFailingCalls(
+        {{__NR_mkdirat, EACCES}}, [&] { outcome = make().createNoteWithAttachment(draft(u("Sync"))); });
+    if (!failure.empty()) GTEST_SKIP() << failure;
+    EXPECT_TRUE(!outcome.success && outcome.isAutomationDenied);
+    EXPECT_EQ(files(), QStringList());
 }
 
 TEST_F(VaultTest, aFullVolumeIsSaidAndLeavesNothing) {
@@ -100,8 +85,7 @@ TEST_F(VaultTest, aFullVolumeIsSaidAndLeavesNothing) {
     if (!failure.empty()) GTEST_SKIP() << failure;
 
     EXPECT_TRUE(fits.success) << qPrintable(fits.reason);
-    EXPECT_FALSE(tooLarge.success);
-    EXPECT_FALSE(tooLarge.isAutomationDenied);
+    EXPECT_FALSE(tooLarge.success || tooLarge.isAutomationDenied);
     EXPECT_TRUE(tooLarge.reason.contains(u("No space"))) << qPrintable(tooLarge.reason);
     EXPECT_EQ(after, (QStringList{u("vault/One.md"), u("vault/attachments/One.m4a")}));
 }
@@ -112,9 +96,7 @@ TEST_F(VaultTest, aReadOnlyVolumeIsARefusal) {
         EXPECT_TRUE(application.isAvailable());
         EXPECT_EQ(application.probeAccess(), NotesAccess::Denied);
         EXPECT_FALSE(application.requestAccess());
-        const NoteOutcome outcome = application.createNoteWithAttachment(draft(u("One")));
-        EXPECT_FALSE(outcome.success);
-        EXPECT_TRUE(outcome.isAutomationDenied);
+        EXPECT_TRUE(application.createNoteWithAttachment(draft(u("One"))).isAutomationDenied);
         EXPECT_TRUE(application.fetchFolders().empty());
     });
     if (!failure.empty()) GTEST_SKIP() << failure;
@@ -160,15 +142,21 @@ TEST_F(VaultTest, accessFollowsTheFolder) {
     EXPECT_TRUE(QFileInfo(path("documents/Quillet Notes")).isDir()) << "the default one is there from the start";
 }
 
-TEST_F(VaultTest, anUnreadableRecordingIsNoRefusalOfTheVault) {
+TEST_F(VaultTest, aRecordingIsAFileAndAnUnreadableOneNoRefusalOfTheVault) {
+    NoteDraft note = draft(u("One"));
     for (const QString& bad : {path("missing.m4a"), path("vault"), u("/dev/null")}) {
-        NoteDraft note = draft(u("One"));
         note.attachment = bad.toStdString();
         const NoteOutcome outcome = make().createNoteWithAttachment(note);
         EXPECT_FALSE(outcome.success || outcome.isAutomationDenied);
         EXPECT_TRUE(outcome.reason.contains(bad));
     }
     EXPECT_EQ(files(), QStringList());
+
+    ASSERT_TRUE(QFile::link(path("talk.m4a"), path("link.m4a")));
+    note.attachment = path("link.m4a").toStdString();
+    EXPECT_TRUE(make().createNoteWithAttachment(note).success);
+    EXPECT_FALSE(QFileInfo(path("vault/attachments/One.m4a")).isSymLink()) << "what a link leads to is stored";
+    EXPECT_EQ(read("vault/attachments/One.m4a"), recordingBytes());
 }
 
 TEST_F(VaultTest, aLinkedAttachmentFolderDoesNotLeadOutOfTheVault) {
@@ -178,17 +166,6 @@ TEST_F(VaultTest, aLinkedAttachmentFolderDoesNotLeadOutOfTheVault) {
     EXPECT_FALSE(make().createNoteWithAttachment(draft(u("One"))).success);
 
     EXPECT_EQ(files(), QStringList());
-}
-
-TEST_F(VaultTest, aRecordingGivenAsALinkIsStoredAsAFile) {
-    ASSERT_TRUE(QFile::link(path("talk.m4a"), path("link.m4a")));
-    NoteDraft note = draft(u("One"));
-    note.attachment = path("link.m4a").toStdString();
-
-    EXPECT_TRUE(make().createNoteWithAttachment(note).success);
-
-    EXPECT_FALSE(QFileInfo(path("vault/attachments/One.m4a")).isSymLink());
-    EXPECT_EQ(read("vault/attachments/One.m4a"), recordingBytes());
 }
 
 TEST_F(VaultTest, anotherProgramWritingTheSameNamesLosesNothing) {
@@ -227,29 +204,6 @@ TEST_F(VaultTest, anotherProgramWritingTheSameNamesLosesNothing) {
     EXPECT_EQ(ours, 2 * kNotes) << "every note is there, whole";
     EXPECT_FALSE(theirs.isEmpty());
     for (const QString& file : theirs) EXPECT_EQ(read(file), "theirs") << qPrintable(file);
-}
-
-TEST_F(VaultTest, anHourIsInTheVaultInASecond) {
-    write(path("talk.m4a"), QByteArray(115 * 1024 * 1024, 'a'));
-    QElapsedTimer timer;
-
-    timer.start();
-    EXPECT_TRUE(make().createNoteWithAttachment(draft(u("Linked"))).success);
-    const qint64 linkedMs = timer.elapsed();
-    NoteOutcome outcome;
-    qint64 copiedMs = 0;
-    const std::string failure = runWithFailingCalls({kNoHardLinks, kNoNamelessFiles}, [&] {
-        timer.start();
-        outcome = make().createNoteWithAttachment(draft(u("Copied")));
-        copiedMs = timer.elapsed();
-    });
-
-    RecordProperty("linked_ms", static_cast<int>(linkedMs));
-    RecordProperty("copied_ms", static_cast<int>(copiedMs));
-    EXPECT_LT(linkedMs, 1000);
-    if (!failure.empty()) GTEST_SKIP() << "copying not tried: " << failure;
-    EXPECT_TRUE(outcome.success) << qPrintable(outcome.reason);
-    EXPECT_LT(copiedMs, 20'000) << "however slow the disk is";
 }
 
 } // namespace

@@ -14,22 +14,26 @@ using testing::IsEmpty;
 QString u(const char* text) { return QString::fromUtf8(text); }
 
 TEST_F(VaultTest, noteHasHeadingPlayerAndBulletsAndIsItsOwnersOnly) {
-    NoteDraft note = draft(u("20250314 - Meeting Recording - 09:05"),
-                           u("# 20250314 - Meeting Recording - 09:05 — today\n\n## Attendees\nUnknown\n\n"
-                             "## Key Decisions\n• One\n  • Two\nnot a • bullet\n\n"));
+    const QString theirs =
+        u("Žluťoučký 漢字 😀 ‏שלום‏\r\n![x](file:///etc/passwd) <img src=\"http://x\"> ```\n")
+            .repeated(9000);
 
-    const NoteOutcome outcome = make().createNoteWithAttachment(note);
+    EXPECT_TRUE(make()
+                    .createNoteWithAttachment(
+                        draft(u("Sync - 09:05"), u("# Sync - 09:05 — today\n\n## Attendees\n"
+                                                   "Unknown\n\n## Key Decisions\n• One\n  • Two\nnot a • bullet\n\n") +
+                                                     theirs))
+                    .success);
 
-    EXPECT_TRUE(outcome.success) << qPrintable(outcome.reason);
-    EXPECT_EQ(read("vault/20250314 - Meeting Recording - 09-05.md").toStdString(),
-              "# 20250314 - Meeting Recording - 09:05 — today\n\n"
-              "[Recording](attachments/20250314%20-%20Meeting%20Recording%20-%2009-05.m4a)\n\n"
-              "## Attendees\nUnknown\n\n## Key Decisions\n- One\n  - Two\nnot a • bullet\n\n");
-    EXPECT_EQ(read("vault/attachments/20250314 - Meeting Recording - 09-05.m4a"), recordingBytes());
+    EXPECT_EQ(read("vault/Sync - 09-05.md"),
+              "# Sync - 09:05 — today\n\n[Recording](attachments/Sync%20-%2009-05.m4a)\n\n## Attendees\nUnknown\n\n"
+              "## Key Decisions\n- One\n  - Two\nnot a • bullet\n\n" +
+                  theirs.toUtf8());
+    EXPECT_EQ(read("vault/attachments/Sync - 09-05.m4a"), recordingBytes());
     struct stat status {};
-    ASSERT_EQ(stat(path("vault/20250314 - Meeting Recording - 09-05.md").toUtf8(), &status), 0);
+    ASSERT_EQ(stat(path("vault/Sync - 09-05.md").toUtf8(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, 0600U);
-    ASSERT_EQ(stat(path("vault/attachments/20250314 - Meeting Recording - 09-05.m4a").toUtf8(), &status), 0);
+    ASSERT_EQ(stat(path("vault/attachments/Sync - 09-05.m4a").toUtf8(), &status), 0);
     EXPECT_EQ(status.st_nlink, 2U) << "a finished recording costs no second place on the disk";
 }
 
@@ -46,11 +50,9 @@ TEST_F(VaultTest, anyTitleBecomesAReadableFileName) {
         {u("lpt1.meeting"), u("_lpt1.meeting")},
         {u("console"), u("console")},
         {u("   "), u("Recording")},
-        {QString(), u("Recording")},
         {u("..."), u("Recording")},
         {u("Budget 2025. "), u("Budget 2025")},
-        {u("👩‍👩‍👧 𝔘nicode ‏שלום‏ مرحبا"),
-         u("👩‍👩‍👧 𝔘nicode ‏שלום‏ مرحبا")},
+        {u("👩‍👩‍👧 ‏שלום‏"), u("👩‍👩‍👧 ‏שלום‏")},
         {u("invoice\u202Ea4m.exe"), u("invoicea4m.exe")},
         {QString(QChar(0xD83D)) + u("half"), u("-half")},
         {u("nul\0byte").left(3) + QChar::Null + u("byte"), u("nul byte")},
@@ -149,33 +151,20 @@ TEST_F(VaultTest, eachKindOfVaultGetsItsOwnPlacesAndLinks) {
 
 TEST_F(VaultTest, propertiesOfAHostileTitleStayOneLine) {
     write(path("vault/.obsidian/app.json"), "{}");
-
     EXPECT_TRUE(make().createNoteWithAttachment(draft(u("\"x\"\\: - \u2028tags: [evil] 😀"))).success);
-
     EXPECT_TRUE(read(path("vault/-x--- - tags- -evil- 😀.md"))
                     .startsWith(u("---\ntitle: \"\\\"x\\\"\\\\: - \\u2028tags: [evil] 😀\"\ndate: ").toUtf8()));
 }
 
-TEST_F(VaultTest, aMillionBytesOfUserTextStayAsTheyAre) {
-    QString body = u("# T — today\n\n");
-    while (body.size() < 400'000)
-        body += u("Žluťoučký 漢字 😀 ‏שלום‏\r\n![x](file:///etc/passwd) <img src=\"http://x\"> ```\n");
-
-    EXPECT_TRUE(make().createNoteWithAttachment(draft(u("Big"), body)).success);
-
-    EXPECT_EQ(read("vault/Big.md"),
-              body.replace(u("# T — today\n\n"), u("# T — today\n\n[Recording](attachments/Big.m4a)\n\n")).toUtf8());
-    EXPECT_EQ(files().size(), 2);
-}
-
 TEST_F(VaultTest, aFolderIsExactlyTheOneNamedAndNeverOutsideTheVault) {
-    for (const char* folder : {"vault/Team", "vault/team 2", "vault/.hidden", "vault/Team/Sub", "outside"})
+    for (const char* folder :
+         {"vault/Team", "vault/team 2", "vault/.hidden", "vault/Team/Sub", "vault/attachments", "outside"})
         QDir().mkpath(path(folder));
     ASSERT_TRUE(QFile::link(path("outside"), path("vault/Link")));
     write(path("vault/File"), "no folder");
     VaultNotesApplication application = make();
 
-    EXPECT_THAT(application.fetchFolders(), ElementsAre(u("Team"), u("team 2")));
+    EXPECT_THAT(application.fetchFolders(), ElementsAre(u("Team"), u("team 2"))) << "recordings have theirs";
     const struct {
         QString name;
         bool exists;
