@@ -59,13 +59,14 @@ struct LongMeeting {
     }
 
     [[nodiscard]] QStringList expectedDecisions() const {
-        QStringList all;
-        for (int i = 1; i <= decisions; ++i) all += QStringLiteral("Beschluss %1 – gefasst").arg(i);
-        return all;
+        return numbered(QStringLiteral("Beschluss %1 – gefasst"), decisions);
     }
-    [[nodiscard]] QStringList expectedTasks() const {
+    [[nodiscard]] QStringList expectedTasks() const { return numbered(QStringLiteral("Aufgabe %1"), tasks); }
+
+private:
+    static QStringList numbered(const QString& text, int count) {
         QStringList all;
-        for (int i = 1; i <= tasks; ++i) all += QStringLiteral("Aufgabe %1").arg(i);
+        for (int i = 1; i <= count; ++i) all += text.arg(i);
         return all;
     }
 };

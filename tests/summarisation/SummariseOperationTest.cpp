@@ -4,6 +4,7 @@
 #include "summarisation/ChatCompletionsModel.h"
 #include "summarisation/LocalSummariser.h"
 #include "summarisation/ModelReply.h"
+#include "summarisation/TranscriptPieces.h"
 #include "support/ChatServer.h"
 
 #include <gtest/gtest.h>
@@ -59,7 +60,15 @@ private:
 LanguageModel::Reply minutesOf(const ModelRequest& request) {
     return readReply(LongMeeting::minutes(request.prompt), request.schema).value();
 }
+ScriptedModel::Script failing(Kind kind, const std::function<bool(const QString& prompt)>& when) {
+    return [kind, when](const ModelRequest& request) -> LanguageModel::Reply {
+        if (when(request.prompt)) return Failure{ModelError{kind, u"No."_s}};
+        return minutesOf(request);
+    };
+}
+bool always(const QString&) { return true; }
 bool isMerge(const QString& prompt) { return prompt.contains(u"{\"overview\""_s); }
+bool isLong(const QString& prompt) { return estimatedTokens(prompt) > 2000; }
 
 TEST(SummariseOperationTest, ThreeHoursOfTalkLoseNoDecision) {
     const LongMeeting meeting(27'000); // 150 words a minute for three hours
@@ -69,9 +78,7 @@ TEST(SummariseOperationTest, ThreeHoursOfTalkLoseNoDecision) {
         SCOPED_TRACE(streams ? "streamed" : "whole");
         ChatServer server(takeMinutes, kContext);
         auto model = modelOf(server, kContext);
-        int reading = 0;
-        int partsSeen = 0;
-        int written = 0;
+        int reading = 0, partsSeen = 0, written = 0;
         bool merging = false;
         const SummaryObserver observer = [&](const SummaryProgress& progress) {
             EXPECT_LE(progress.part, progress.parts);
@@ -89,8 +96,6 @@ TEST(SummariseOperationTest, ThreeHoursOfTalkLoseNoDecision) {
         ASSERT_TRUE(summary.ok()) << summary.error().reason.toStdString();
         EXPECT_EQ(summary->decisions, meeting.expectedDecisions());
         EXPECT_EQ(summary->actionItems, meeting.expectedTasks());
-        EXPECT_FALSE(summary->overview.isEmpty());
-        EXPECT_GT(server.requests().size(), 10U);
         QString read;
         for (const auto& request : server.requests()) {
             EXPECT_EQ(request.isStreamed(), streams);
@@ -105,52 +110,35 @@ TEST(SummariseOperationTest, ThreeHoursOfTalkLoseNoDecision) {
     }
 }
 
-TEST(SummariseOperationTest, AShortMeetingIsOneRequest) {
-    ChatServer server(takeMinutes);
-    auto model = modelOf(server, 4096);
-    const auto summary = summariseTranscript(model, u"\n Ada: we decide on item 4. \n"_s, {}, {});
-    ASSERT_TRUE(summary.ok());
-    EXPECT_EQ(summary->decisions, QStringList{u"Beschluss 4 – gefasst"_s});
-    EXPECT_EQ(server.requests().size(), 1U);
-    EXPECT_TRUE(server.requests()[0].prompt().endsWith(u"\n\nAda: we decide on item 4."_s));
-}
-
-TEST(SummariseOperationTest, AContextSmallerThanStatedMakesSmallerPieces) {
-    const LongMeeting meeting(6'000);
-    ChatServer server(takeMinutes, 3000);
-    auto model = modelOf(server, 9000);
-    const auto summary = summariseTranscript(model, meeting.transcript, {}, {});
-    ASSERT_TRUE(summary.ok()) << summary.error().reason.toStdString();
-    EXPECT_EQ(summary->decisions, meeting.expectedDecisions());
-}
-
-TEST(SummariseOperationTest, SummariesThatTheModelCannotMergeAreJoined) {
-    const LongMeeting meeting(9'000);
-    const auto failing = [](Kind kind) {
-        return [kind](const ModelRequest& request) -> LanguageModel::Reply {
-            if (isMerge(request.prompt)) return Failure{ModelError{kind, u"No."_s}};
-            return minutesOf(request);
-        };
+TEST(SummariseOperationTest, DecisionsSurviveWhatCanBeHelped) {
+    const LongMeeting meeting(9'000), longer(30'000);
+    QString line = longer.transcript;
+    line.replace(u'\n', u' ');
+    while (line.size() < 5'000'000) line += line;
+    line.truncate(5'000'000);
+    const struct {
+        const char* what;
+        const LongMeeting& meeting;
+        const QString& transcript;
+        ScriptedModel::Script script;
+        int contextTokens;
+    } rows[] = {
+        {"a context smaller than stated", meeting, meeting.transcript, failing(Kind::ContextTooLong, isLong), 9000},
+        {"no merging", meeting, meeting.transcript, failing(Kind::Unreadable, isMerge), 4096},
+        {"five megabytes on one line", longer, line, minutesOf, 32'768},
     };
-    ScriptedModel confused(failing(Kind::Unreadable));
-    const auto joined = summariseTranscript(confused, meeting.transcript, {}, {});
-    ASSERT_TRUE(joined.ok());
-    EXPECT_EQ(joined->decisions, meeting.expectedDecisions());
-
-    ScriptedModel gone(failing(Kind::Unavailable));
-    const auto none = summariseTranscript(gone, meeting.transcript, {}, {});
-    ASSERT_FALSE(none.ok());
-    EXPECT_EQ(none.error().reason, u"No."_s);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        ScriptedModel model(row.script, row.contextTokens);
+        const auto summary = summariseTranscript(model, row.transcript, {}, {});
+        ASSERT_TRUE(summary.ok()) << summary.error().reason.toStdString();
+        EXPECT_EQ(summary->decisions, row.meeting.expectedDecisions());
+    }
 }
 
 TEST(SummariseOperationTest, EveryFailureIsAReasonAndTakesFewRequests) {
-    const auto answering = [](const char* json) {
-        return [json](const ModelRequest&) -> LanguageModel::Reply {
-            return GeneratedContent({{u"overview"_s, QString::fromLatin1(json)}});
-        };
-    };
-    const auto failing = [](Kind kind) {
-        return [kind](const ModelRequest&) -> LanguageModel::Reply { return Failure{ModelError{kind, u"No."_s}}; };
+    const auto part = [](const ModelRequest&) -> LanguageModel::Reply {
+        return GeneratedContent({{u"overview"_s, u"x"_s}});
     };
     const auto empty = [](const ModelRequest&) -> LanguageModel::Reply { return MeetingSummary().generatedContent(); };
     const QString meeting = LongMeeting(3000).transcript;
@@ -165,11 +153,12 @@ TEST(SummariseOperationTest, EveryFailureIsAReasonAndTakesFewRequests) {
         {"empty", u""_s, minutesOf, 4096, Kind::Failed, 0},
         {"blank", u" \n\t\n "_s, minutesOf, 4096, Kind::Failed, 0},
         {"no room", meeting, minutesOf, 1024, Kind::ContextTooLong, 0},
-        {"gone", meeting, failing(Kind::Unavailable), 4096, Kind::Unavailable, 1},
-        {"refused", meeting, failing(Kind::Refused), 4096, Kind::Refused, 1},
-        {"always too long", meeting, failing(Kind::ContextTooLong), 4096, Kind::ContextTooLong, 4},
-        {"always unreadable", meeting, failing(Kind::Unreadable), 4096, Kind::Unreadable, 2},
-        {"fields missing", meeting, answering("x"), 4096, Kind::Unreadable, 2},
+        {"gone", meeting, failing(Kind::Unavailable, always), 4096, Kind::Unavailable, 1},
+        {"refused", meeting, failing(Kind::Refused, always), 4096, Kind::Refused, 1},
+        {"always too long", meeting, failing(Kind::ContextTooLong, always), 4096, Kind::ContextTooLong, 4},
+        {"always unreadable", meeting, failing(Kind::Unreadable, always), 4096, Kind::Unreadable, 2},
+        {"gone while merging", meeting, failing(Kind::Unavailable, isMerge), 4096, Kind::Unavailable, 4},
+        {"fields missing", meeting, part, 4096, Kind::Unreadable, 2},
         {"nothing to say", u"Ada: hm"_s, empty, 4096, Kind::Unreadable, 1},
     };
     for (const auto& row : rows) {
@@ -184,17 +173,6 @@ TEST(SummariseOperationTest, EveryFailureIsAReasonAndTakesFewRequests) {
     ScriptedModel unavailable(minutesOf);
     unavailable.available = false;
     EXPECT_EQ(summariseTranscript(unavailable, meeting, {}, {}).error().kind, Kind::Unavailable);
-}
-
-TEST(SummariseOperationTest, FiveMegabytesOnOneLineAreRead) {
-    QString line = LongMeeting(30'000).transcript;
-    line.replace(u'\n', u' ');
-    while (line.size() < 5'000'000) line += line;
-    line.truncate(5'000'000);
-    ScriptedModel model(minutesOf, 32'768);
-    const auto summary = summariseTranscript(model, line, {}, {});
-    ASSERT_TRUE(summary.ok());
-    EXPECT_EQ(summary->decisions, LongMeeting(30'000).expectedDecisions());
 }
 
 TEST(SummariseOperationTest, StopsBetweenPieces) {
@@ -227,16 +205,6 @@ TEST(LocalSummariserTest, WorksOneAtATimeOffTheCallersThread) {
                              [&one](const SummaryResult& result) { one.set_value(result.ok()); });
     for (auto& one : done) EXPECT_TRUE(one.get_future().get());
     EXPECT_EQ(most, 1);
-}
-
-TEST(LocalSummariserTest, TheProbeAsksForAStatus) {
-    ChatServer server([](const ChatServer::Request& request) {
-        return ChatServer::Answer{request.hasSchema() ? u"{\"status\":\"ok\"}"_s : QString()};
-    });
-    auto model = modelOf(server, 4096);
-    const auto response = LocalSummariser().checkAndWait(model, {});
-    ASSERT_TRUE(response.ok());
-    EXPECT_EQ(response->status, u"ok"_s);
 }
 
 } // namespace
