@@ -8,12 +8,12 @@
 #include <gtest/gtest.h>
 
 #include <gmock/gmock.h>
-#include <sys/stat.h>
 
 namespace quillet {
 namespace {
 
 namespace fs = std::filesystem;
+using namespace Qt::StringLiterals;
 using test::FakeFileServices;
 
 class RecordingFileManagerTest : public testing::Test {
@@ -48,46 +48,38 @@ TEST_F(RecordingFileManagerTest, NamesCarryTheLocalMinuteAndTheFolderIsMadeForIt
     EXPECT_EQ(files.generateFileURL().value(), *url) << "the same minute, the same name";
     now += std::chrono::seconds(1);
     EXPECT_EQ(files.generateFileURLInApplicationSupport()->filename(), "Meeting_2025-03-14_09-06.m4a");
-    struct stat made {};
-    ASSERT_EQ(stat(url->parent_path().c_str(), &made), 0);
-    EXPECT_EQ(made.st_mode & 0777, 0700U);
+    EXPECT_EQ(fs::status(url->parent_path()).permissions(), fs::perms::owner_all);
     EXPECT_FALSE(fs::exists(*url));
 }
 
 TEST_F(RecordingFileManagerTest, EachObstacleHasItsError) {
+    using Free = std::optional<std::int64_t>;
     const fs::path recordings = *services.support / "Recordings";
-    const QString full = QStringLiteral("Not enough disk space to record. Free some space and try again.");
+    const QString none = u"none"_s, full = u"Not enough disk space to record. Free some space and try again."_s;
+    const QString isFile = u"Recordings path exists but is not a directory."_s;
+    const QString notThere = u"Recordings folder is not available."_s;
     const struct {
         const char* name;
         std::function<void()> arrange;
-        QString first, fallback; ///< "none": no error
+        QString first, fallback = first;
     } rows[] = {
-        {"exactly enough", [&] { services.free = std::optional<std::int64_t>(104'857'600); }, QStringLiteral("none"),
-         QStringLiteral("none")},
-        {"one byte short", [&] { services.free = std::optional<std::int64_t>(104'857'599); }, full, full},
-        {"a volume that does not say", [&] { services.free = std::optional<std::int64_t>(); }, QStringLiteral("none"),
-         QStringLiteral("none")},
+        {"exactly enough", [&] { services.free = Free(104'857'600); }, none},
+        {"one byte short", [&] { services.free = Free(104'857'599); }, full},
+        {"a volume that does not say", [&] { services.free = Free(); }, none},
         {"a query that fails",
          [&] {
-             services.free = Failure{PlatformError{5, QStringLiteral("I/O error")}};
+             services.free = Failure{PlatformError{5, u"I/O error"_s}};
          },
-         QStringLiteral("I/O error"), QStringLiteral("I/O error")},
+         u"I/O error"_s},
         {"a folder that cannot be made",
          [&] {
-             services.free = std::optional<std::int64_t>(1LL << 40);
+             services.free = Free(1LL << 40);
              services.creates = false;
              fs::remove_all(recordings);
          },
-         QStringLiteral("Could not create Recordings folder: Permission denied"), QStringLiteral("Permission denied")},
-        {"a file in its place",
-         [&] {
-             services.creates = true;
-             test::makeFile(recordings);
-         },
-         QStringLiteral("Recordings path exists but is not a directory."),
-         QStringLiteral("Recordings path exists but is not a directory.")},
-        {"no application folder", [&] { services.support.reset(); },
-         QStringLiteral("Recordings folder is not available."), QStringLiteral("Recordings folder is not available.")},
+         u"Could not create Recordings folder: Permission denied"_s, u"Permission denied"_s},
+        {"a file in its place", [&] { test::makeFile(recordings); }, isFile},
+        {"no application folder", [&] { services.support.reset(); }, notThere},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -96,7 +88,7 @@ TEST_F(RecordingFileManagerTest, EachObstacleHasItsError) {
         EXPECT_EQ(failure(files.generateFileURL()), row.first);
         EXPECT_EQ(failure(files.generateFileURLInApplicationSupport()), row.fallback);
     }
-    EXPECT_EQ(make().recordingsDirectoryDisplayPath(), QStringLiteral("—"));
+    EXPECT_EQ(make().recordingsDirectoryDisplayPath(), u"—"_s);
 }
 
 TEST_F(RecordingFileManagerTest, TheChosenFolderIsFoundAgainAtTheNextStart) {
@@ -126,14 +118,10 @@ TEST_F(RecordingFileManagerTest, TheChosenFolderIsFoundAgainAtTheNextStart) {
 }
 
 TEST_F(RecordingFileManagerTest, ABookmarkThatFailsLeavesTheDefaultFolderAndStaysStored) {
-    const struct {
-        const char* name;
-        bool resolves, grants;
-    } rows[] = {{"does not resolve", false, true}, {"is refused", true, false}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        services.resolves = row.resolves;
-        services.grantsAccess = row.grants;
+    for (const bool resolves : {false, true}) { // and is refused then
+        SCOPED_TRACE(resolves);
+        services.resolves = resolves;
+        services.grantsAccess = !resolves;
         defaults.set(DefaultsKeys::recordingsFolderBookmark, QByteArray("bookmark:/somewhere"));
         auto files = make();
         EXPECT_FALSE(files.resolvedCustomDirectoryURL().has_value());

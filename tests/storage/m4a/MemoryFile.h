@@ -82,10 +82,10 @@ public:
         MemoryDisk& disk = *m_disk;
         if (disk.dead) return fault(EIO);
         const auto wanted = static_cast<std::int64_t>(data.size());
-        const std::int64_t room = std::max<std::int64_t>(0, disk.capacity - offset);
-        std::int64_t count = std::min({wanted, room, disk.bytesUntilFault});
-        const bool withinSector = offset / kSectorBytes == (offset + wanted - 1) / kSectorBytes;
-        if (count < wanted && withinSector) count = 0; // such a write happens or does not
+        std::int64_t count =
+            std::min({wanted, std::max<std::int64_t>(0, disk.capacity - offset), disk.bytesUntilFault});
+        if (count < wanted && offset / kSectorBytes == (offset + wanted - 1) / kSectorBytes)
+            count = 0; // a write within a sector happens or does not
         const auto end = static_cast<std::size_t>(offset + count);
         if (disk.bytes.size() < end) disk.bytes.resize(end);
         std::copy_n(data.begin(), count, disk.bytes.begin() + offset);
@@ -114,10 +114,7 @@ public:
         m_disk->changed.wait(lock, [this] { return !m_disk->holdsSyncs; });
         --m_disk->syncsWaiting;
         if (m_disk->dead) return fault(EIO);
-        if (m_disk->syncsToFail > 0) {
-            --m_disk->syncsToFail;
-            return fault(EIO);
-        }
+        if (m_disk->syncsToFail > 0 && m_disk->syncsToFail-- > 0) return fault(EIO);
         m_disk->durable = m_disk->bytes;
         return {};
     }

@@ -12,6 +12,7 @@ namespace quillet::test {
 namespace {
 
 using Names = std::vector<std::string>;
+constexpr auto kOwnersOnly = std::filesystem::perms::owner_read | std::filesystem::perms::owner_write;
 
 ByteVector text(std::string_view characters) {
     const auto bytes = std::as_bytes(std::span(characters));
@@ -24,21 +25,18 @@ TEST(RecordingFilesTest, newFileBelongsToItsOwnerOnlyAndOldOnesStepAside) {
     Names told;
     const auto tell = [&told](const std::filesystem::path& earlier) { told.push_back(earlier.filename()); };
     for (const std::string_view content : {"first", "second", "third"}) {
-        const auto file = createRecordingFile(folder / "Meeting_2025-03-14_09-05.m4a", tell);
+        const auto file = createRecordingFile(folder / "a.m4a", tell);
         ASSERT_TRUE(file.ok()) << file.error().description.toStdString();
         ASSERT_TRUE((*file)->writeAt(0, text(content)).ok());
     }
     umask(022);
 
-    EXPECT_EQ(folder.names(), (Names{"Meeting_2025-03-14_09-05 (earlier 2).m4a",
-                                     "Meeting_2025-03-14_09-05 (earlier).m4a", "Meeting_2025-03-14_09-05.m4a"}));
-    EXPECT_EQ(told, (Names{"Meeting_2025-03-14_09-05 (earlier).m4a", "Meeting_2025-03-14_09-05 (earlier 2).m4a"}));
-    EXPECT_EQ(readFile(folder / "Meeting_2025-03-14_09-05 (earlier).m4a"), text("first"));
-    EXPECT_EQ(readFile(folder / "Meeting_2025-03-14_09-05 (earlier 2).m4a"), text("second"));
-    for (const std::string& name : folder.names()) {
-        EXPECT_EQ(std::filesystem::status(folder / name).permissions(),
-                  std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
-    }
+    EXPECT_EQ(folder.names(), (Names{"a (earlier 2).m4a", "a (earlier).m4a", "a.m4a"}));
+    EXPECT_EQ(told, (Names{"a (earlier).m4a", "a (earlier 2).m4a"}));
+    EXPECT_EQ(readFile(folder / "a (earlier).m4a"), text("first"));
+    EXPECT_EQ(readFile(folder / "a (earlier 2).m4a"), text("second"));
+    for (const std::string& name : folder.names())
+        EXPECT_EQ(std::filesystem::status(folder / name).permissions(), kOwnersOnly);
 }
 
 TEST(RecordingFilesTest, whatIsBeingWrittenIsNeverMovedNorRepaired) {
@@ -70,8 +68,7 @@ TEST(RecordingFilesTest, aFileMadeByALibraryIsProtectedTheSameWay) {
     writeFile(folder / "a.m4a", text("new"));
     auto mark = markAsBeingWritten(folder / "a.m4a");
     ASSERT_TRUE(mark.ok());
-    EXPECT_EQ(std::filesystem::status(folder / "a.m4a").permissions(),
-              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    EXPECT_EQ(std::filesystem::status(folder / "a.m4a").permissions(), kOwnersOnly);
     EXPECT_EQ(openRecordingForRepair(folder / "a.m4a")->kind, RecordingForRepair::Kind::BeingWritten);
     EXPECT_EQ(setAsideEarlierRecording(folder / "a.m4a").error().code, EBUSY);
     EXPECT_FALSE(markAsBeingWritten(folder / "a.m4a").ok());
@@ -105,27 +102,24 @@ TEST(RecordingFilesTest, removingSparesAnotherFileOfTheSameName) {
     EXPECT_EQ(folder.names(), Names{"b.m4a"});
 }
 
-/// Room set aside beyond the end is real, and is given back.
 TEST(RecordingFilesTest, reserveTakesSpaceUntilTheFileIsCut) {
     const TemporaryFolder folder;
     auto file = createRecordingFile(folder / "a.m4a");
     ASSERT_TRUE(file.ok());
     ASSERT_TRUE((*file)->writeAt(0, text("sound")).ok());
-    struct stat before {};
-    ASSERT_EQ(stat((folder / "a.m4a").c_str(), &before), 0);
-
+    const auto look = [&folder] {
+        struct stat status {};
+        EXPECT_EQ(stat((folder / "a.m4a").c_str(), &status), 0);
+        return status;
+    };
+    const auto before = look();
     ASSERT_TRUE((*file)->reserve(1 << 20).ok());
-    struct stat reserved {};
-    ASSERT_EQ(stat((folder / "a.m4a").c_str(), &reserved), 0);
-    if (reserved.st_blocks == before.st_blocks) GTEST_SKIP() << "this file system reserves nothing";
-    EXPECT_EQ(reserved.st_size, 5);
+    if (look().st_blocks == before.st_blocks) GTEST_SKIP() << "this file system reserves nothing";
+    EXPECT_EQ(look().st_size, 5);
     ASSERT_TRUE((*file)->truncate(5).ok());
-    struct stat after {};
-    ASSERT_EQ(stat((folder / "a.m4a").c_str(), &after), 0);
-    EXPECT_LE(after.st_blocks * 512, 8192);
+    EXPECT_LE(look().st_blocks * 512, 8192);
 }
 
-/// File systems without a rename that never replaces, and without hard links.
 TEST(RecordingFilesTest, olderFileSystemsLoseNothingEither) {
     const FailingCall noCarefulRename{__NR_renameat2, EINVAL};
     const FailingCall noHardLinks{__NR_linkat, EPERM};

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 #include <chrono>
-#include <thread>
+#include <future>
 
 namespace quillet::test {
 namespace {
@@ -40,22 +40,18 @@ TEST(RecordingRecoveryTest, everyLeftoverIsFinishedOrExplainedAndNothingElseIsTo
 
     const auto outcomes = recoverRecordings(folder.path());
 
-    const struct {
-        const char* name;
-        Kind kind;
-    } expected[] = {{"UPPER.M4A", Kind::Repaired},    {"beginning.m4a", Kind::NotRepaired},
-                    {"empty.m4a", Kind::NotRepaired}, {"killed.m4a", Kind::Repaired},
-                    {"live.m4a", Kind::BeingWritten}, {"zeros.m4a", Kind::NotRepaired}};
-    ASSERT_EQ(outcomes.size(), std::size(expected));
-    for (std::size_t i = 0; i < outcomes.size(); ++i) {
-        EXPECT_EQ(outcomes[i].file.filename(), expected[i].name);
-        EXPECT_EQ(outcomes[i].kind, expected[i].kind) << expected[i].name;
-        EXPECT_EQ(outcomes[i].reason.isEmpty(), outcomes[i].kind != Kind::NotRepaired) << expected[i].name;
-        if (outcomes[i].kind == Kind::Repaired) {
-            EXPECT_DOUBLE_EQ(outcomes[i].durationSeconds, kBlocks * 1024 / 48000.0);
-            EXPECT_TRUE(demux(readFile(outcomes[i].file)).isPlain);
-        }
+    std::vector<std::pair<std::string, Kind>> kinds;
+    for (const RecoveryOutcome& outcome : outcomes) {
+        kinds.emplace_back(outcome.file.filename(), outcome.kind);
+        EXPECT_EQ(outcome.reason.isEmpty(), outcome.kind != Kind::NotRepaired) << outcome.file;
+        if (outcome.kind != Kind::Repaired) continue;
+        EXPECT_DOUBLE_EQ(outcome.durationSeconds, kBlocks * 1024 / 48000.0);
+        EXPECT_TRUE(demux(readFile(outcome.file)).isPlain);
     }
+    const decltype(kinds) expected{{"UPPER.M4A", Kind::Repaired},    {"beginning.m4a", Kind::NotRepaired},
+                                   {"empty.m4a", Kind::NotRepaired}, {"killed.m4a", Kind::Repaired},
+                                   {"live.m4a", Kind::BeingWritten}, {"zeros.m4a", Kind::NotRepaired}};
+    EXPECT_EQ(kinds, expected);
     EXPECT_EQ(folder.names(), names);
     EXPECT_EQ(std::filesystem::last_write_time(folder / "killed.m4a"), then);
     for (const char* name : {"live.m4a", "other.mp4", ".m4a", "folder.m4a/inside.m4a", "elsewhere"})
@@ -77,16 +73,12 @@ TEST(RecordingRecoveryTest, recoveriesAtTheSameTimeDoNotDisturbEachOther) {
     const ByteVector leftover = unfinishedRecording(kBlocks);
     for (int i = 0; i < kFiles; ++i) writeFile(folder / (std::to_string(i) + ".m4a"), leftover);
 
-    std::vector<RecoveryOutcome> outcomes[3];
-    {
-        std::vector<std::thread> threads;
-        for (auto& mine : outcomes) threads.emplace_back([&] { mine = recoverRecordings(folder.path()); });
-        for (std::thread& thread : threads) thread.join();
-    }
-
+    std::vector<std::future<std::vector<RecoveryOutcome>>> recoveries;
+    for (int i = 0; i < 3; ++i)
+        recoveries.push_back(std::async(std::launch::async, [&] { return recoverRecordings(folder.path()); }));
     std::vector<std::filesystem::path> repaired;
-    for (const auto& mine : outcomes) {
-        for (const auto& outcome : mine) {
+    for (auto& recovery : recoveries) {
+        for (const auto& outcome : recovery.get()) {
             EXPECT_EQ(outcome.kind, Kind::Repaired) << outcome.reason.toStdString();
             repaired.push_back(outcome.file);
         }

@@ -2,15 +2,13 @@
 
 #include "platform/linux/ffmpeg/RecordingPipeline.h"
 #include "storage/m4a/Boxes.h"
+#include "support/Files.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <fstream>
 #include <numbers>
-#include <stdlib.h>
 
 namespace quillet::test {
 
@@ -82,33 +80,24 @@ Demuxed demux(const ByteVector& file) {
     std::vector<std::uint32_t> types;
     m4a::Bytes rest = file;
     while (const auto box = m4a::takeBox(rest)) types.push_back(box->type);
-    const std::vector<std::uint32_t> plain = {m4a::fourCc("ftyp"), m4a::fourCc("mdat"), m4a::fourCc("moov")};
-    result.isPlain = rest.empty() && types == plain;
+    result.isPlain =
+        rest.empty() && types == std::vector{m4a::fourCc("ftyp"), m4a::fourCc("mdat"), m4a::fourCc("moov")};
     return result;
 }
 
 ByteVector readFile(const std::filesystem::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    const auto bytes = std::as_bytes(std::span(text));
+    const QByteArray content = contentsOf(file);
+    const auto bytes = std::as_bytes(std::span(content));
     return {bytes.begin(), bytes.end()};
 }
 
 void writeFile(const std::filesystem::path& file, const ByteVector& bytes) {
-    std::ofstream out(file, std::ios::binary);
-    out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    makeFile(file, {reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size())});
 }
-
-TemporaryFolder::TemporaryFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "quillet-test-XXXXXX").string();
-    m_path = mkdtemp(pattern.data());
-}
-
-TemporaryFolder::~TemporaryFolder() { std::filesystem::remove_all(m_path); }
 
 std::vector<std::string> TemporaryFolder::names() const {
     std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(m_path)) names.push_back(entry.path().filename());
+    for (const auto& entry : std::filesystem::directory_iterator(path())) names.push_back(entry.path().filename());
     std::ranges::sort(names);
     return names;
 }

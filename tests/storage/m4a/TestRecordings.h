@@ -4,6 +4,8 @@
 #include "storage/m4a/MemoryFile.h"
 #include "support/Sound.h"
 
+#include <QTemporaryDir>
+
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -38,17 +40,13 @@ void writeFile(const std::filesystem::path& file, const ByteVector& bytes);
 /// A folder that goes with the object.
 class TemporaryFolder {
 public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    [[nodiscard]] const std::filesystem::path& path() const { return m_path; }
-    [[nodiscard]] std::filesystem::path operator/(const std::string& name) const { return m_path / name; }
+    [[nodiscard]] std::filesystem::path path() const { return m_folder.path().toStdString(); }
+    [[nodiscard]] std::filesystem::path operator/(const std::string& name) const { return path() / name; }
     /// Everything in it, hidden files too, sorted.
     [[nodiscard]] std::vector<std::string> names() const;
 
 private:
-    std::filesystem::path m_path;
+    QTemporaryDir m_folder;
 };
 
 } // namespace quillet::test
