@@ -19,7 +19,7 @@ ChatServer::Answer takeMinutes(const ChatServer::Request& request) { return {Lon
 
 class SummariseCommandTest : public testing::Test {
 protected:
-    void setUp(const QString& which, const ChatServer& server) {
+    void setUp(const ChatServer& server, const QString& which = u"local"_s) {
         set(u"corvane.%1ModelAddress"_s.arg(which), server.address());
         set(u"corvane.%1ModelName"_s.arg(which), u"small"_s);
     }
@@ -36,13 +36,11 @@ protected:
 TEST_F(SummariseCommandTest, ALongTranscriptBecomesTextsOnStandardOutput) {
     const LongMeeting meeting(27'000);
     ChatServer server(takeMinutes, 4096);
-    setUp(u"local"_s, server);
+    setUp(server);
 
     ASSERT_EQ(quillet.run({u"summarise"_s, write(u"meeting.txt"_s, meeting.transcript.toUtf8()), u"--json"_s}), 0)
         << quillet.errors.toStdString();
-    QString bullets;
-    for (const QString& decision : meeting.expectedDecisions()) bullets += u"• "_s + decision + u'\n';
-    EXPECT_EQ(quillet.json()[u"decisions"_s].toString(), bullets.trimmed());
+    EXPECT_EQ(quillet.json()[u"decisions"_s].toString(), u"• "_s + meeting.expectedDecisions().join(u"\n• "_s));
     EXPECT_TRUE(quillet.json()[u"followUps"_s].isNull());
     EXPECT_TRUE(quillet.errors.startsWith(u"reading part 1 of "_s)) << quillet.errors.toStdString();
     EXPECT_TRUE(quillet.errors.endsWith(u"merging\n"_s)) << quillet.errors.toStdString();
@@ -61,17 +59,14 @@ TEST_F(SummariseCommandTest, WhatCannotBeSummarisedIsSaid) {
     EXPECT_TRUE(quillet.errors.contains(u"corvane.localModelAddress"_s)) << "how to get one";
 
     ChatServer server(takeMinutes);
-    setUp(u"local"_s, server);
+    setUp(server);
     const struct {
         QString path;
         int status;
         const char* says;
     } rows[] = {
         {write(u"empty.txt"_s, ""), 1, "is empty"},
-        {write(u"sound.m4a"_s, QByteArray("\0\0\0\x1c"
-                                          "ftyp\xff\xfe",
-                                          10)),
-         1, "is no text."},
+        {write(u"sound.m4a"_s, QByteArray("\0\0\0\1ftyp\xff\xfe", 10)), 1, "is no text."},
         {write(u"latin1.txt"_s, "J\xfcrgen: hi"), 0, "read as Latin-1"},
         {quillet.folder(u"nowhere.txt"_s), 1, "cannot be read"},
         {quillet.folder(), 1, "cannot be read"},
@@ -87,10 +82,8 @@ TEST_F(SummariseCommandTest, WhatCannotBeSummarisedIsSaid) {
 }
 
 TEST_F(SummariseCommandTest, CtrlCEndsItSoon) {
-    ChatServer server([](const ChatServer::Request&) {
-        return ChatServer::Answer{{}, ChatServer::Answer::Kind::Never};
-    });
-    setUp(u"local"_s, server);
+    ChatServer server([](const auto&) { return ChatServer::Answer{{}, ChatServer::Answer::Kind::Never}; });
+    setUp(server);
     quillet.start({u"summarise"_s, write(u"good.txt"_s, "Ada: hi")});
     QElapsedTimer timer;
     timer.start();
@@ -103,23 +96,20 @@ TEST_F(SummariseCommandTest, CtrlCEndsItSoon) {
 
 TEST_F(SummariseCommandTest, TheCloudIsNamedAndItsKeyIsNot) {
     ChatServer server(takeMinutes);
-    setUp(u"cloud"_s, server);
+    setUp(server, u"cloud"_s);
     const QString good = write(u"good.txt"_s, "Ada: hi");
     // The machine's own keyring is none of the test's business.
     const QString bin = quillet.folder(u"bin"_s);
-    QDir().mkpath(bin);
     const QString tool = write(u"bin/secret-tool"_s, "#!/bin/sh\nexit 1\n");
-    QFile::setPermissions(tool, QFile::ReadOwner | QFile::ExeOwner);
+    const QFile::Permissions executable = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+    QFile::setPermissions(tool, executable);
     quillet.setEnvironment(u"PATH"_s, bin + u':' + qEnvironmentVariable("PATH"));
 
     EXPECT_EQ(quillet.run({u"summarise"_s, good}), 1);
     EXPECT_TRUE(quillet.errors.contains(u"QUILLET_CLOUD_KEY"_s)) << quillet.errors.toStdString();
     EXPECT_EQ(server.requests().size(), 0U);
 
-    QFile::remove(tool);
-    write(u"bin/secret-tool"_s, "#!/bin/sh\n[ \"$*\" = \"lookup application quillet purpose summaries\" ] && printf "
-                                "'fr0m-keyring'\n");
-    QFile::setPermissions(tool, QFile::ReadOwner | QFile::ExeOwner);
+    makeFile(tool, "#!/bin/sh\n[ \"$*\" = 'lookup application quillet purpose summaries' ] && printf fr0m-keyring\n");
     EXPECT_EQ(quillet.run({u"summarise"_s, good}), 0) << quillet.errors.toStdString();
     EXPECT_TRUE(quillet.errors.contains(u"is sent to 127.0.0.1:"_s)) << quillet.errors.toStdString();
 
@@ -136,19 +126,15 @@ TEST_F(SummariseCommandTest, TheCloudIsNamedAndItsKeyIsNot) {
 }
 
 TEST_F(SummariseCommandTest, ANoteGetsTheTextsOrASentenceWhyNot) {
-    const QString vault = quillet.folder(u"vault"_s);
-    QDir().mkpath(vault);
-    set(u"corvane.notesVaultFolder"_s, vault);
+    const QDir vault(quillet.folder(u"vault"_s));
+    vault.mkpath(u"."_s);
+    set(u"corvane.notesVaultFolder"_s, vault.path());
     const auto makeNote = [&](const QString& name, const QStringList& more) {
-        QStringList arguments{u"notes"_s, u"create"_s, write(name + u".m4a"_s, "sound"), u"--title"_s, name};
-        return quillet.run(arguments + more);
+        const QString recording = write(name + u".m4a"_s, "sound");
+        return quillet.run(QStringList{u"notes"_s, u"create"_s, recording, u"--title"_s, name} + more);
     };
     const auto note = [&](const QString& name) {
-        const auto found = QDir(vault).entryInfoList({u"*.md"_s}, QDir::Files);
-        for (const auto& file : found) {
-            if (QString text = QString::fromUtf8(contentsOf(file.filePath())); text.contains(name)) return text;
-        }
-        return QString();
+        return QString::fromUtf8(contentsOf(vault.filePath(name + u".md"_s)));
     };
     const QString transcript = write(u"t.txt"_s, "Ada: we decide on item 3. I take task 4.");
 
@@ -158,7 +144,7 @@ TEST_F(SummariseCommandTest, ANoteGetsTheTextsOrASentenceWhyNot) {
     EXPECT_TRUE(note(u"Alone"_s).contains(u"we decide on item 3"_s));
 
     ChatServer server(takeMinutes);
-    setUp(u"local"_s, server);
+    setUp(server);
     EXPECT_EQ(makeNote(u"Helped"_s, {u"--transcript"_s, transcript, u"--summarise"_s, u"--actions"_s, u"Mine"_s}), 0);
     const QString text = note(u"Helped"_s);
     EXPECT_TRUE(text.contains(u"The team „went through“ its open points."_s)) << text.toStdString();
@@ -170,8 +156,10 @@ TEST_F(SummariseCommandTest, ANoteGetsTheTextsOrASentenceWhyNot) {
 }
 
 TEST_F(SummariseCommandTest, TheCheckSaysWhetherTheModelAnswers) {
-    ChatServer server([](const ChatServer::Request&) { return ChatServer::Answer{u"{\"status\":\"ok\"}"_s}; });
-    setUp(u"local"_s, server);
+    ChatServer server([](const ChatServer::Request& request) {
+        return ChatServer::Answer{request.hasSchema() ? u"{\"status\":\"ok\"}"_s : QString()};
+    });
+    setUp(server);
     EXPECT_EQ(quillet.run({u"summarise"_s, u"--check"_s}), 0) << quillet.errors.toStdString();
     EXPECT_TRUE(quillet.output.startsWith(u"“small” at 127.0.0.1:"_s)) << quillet.output.toStdString();
     EXPECT_EQ(quillet.run({u"settings"_s, u"set"_s, u"corvane.localModelAddress"_s, u"http://192.168.0.2:11434"_s}), 2)

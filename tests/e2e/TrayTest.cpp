@@ -30,10 +30,6 @@ protected:
         program.waitForFinished();
     }
 
-    void useSoundServer() {
-        server = std::make_unique<PrivateSoundServer>(PrivateSoundServer::Kind::PulseAudio);
-        server->start();
-    }
     [[nodiscard]] QProcessEnvironment environment() const {
         QProcessEnvironment all = desktop->environment();
         all.insert(u"LC_ALL"_s, u"C.UTF-8"_s); // windows are found by their titles
@@ -73,15 +69,18 @@ protected:
             },
             25000);
     }
-    void walkThroughTheIntroduction() {
-        ASSERT_TRUE(desktop->waitForWindow(u"Welcome to Quillet"_s));
-        const bool closed = waitFor(
-            [this] {
-                desktop->press(u"Return"_s);
-                return desktop->waitForWindow(u"Welcome to Quillet"_s, false, 700);
-            },
-            20000);
-        ASSERT_TRUE(closed);
+    void closePopover() const {
+        desktop->press(u"Escape"_s);
+        ASSERT_TRUE(desktop->waitForWindow(u"Quillet"_s, false));
+    }
+    /// Quit is the last entry of the menu, which has no title to wait for.
+    void quitByTheMenu(const QString& picture) {
+        desktop->click(desktop->trayItem(), 3);
+        std::this_thread::sleep_for(1s); // the panel asks for the menu before it opens
+        desktop->keepPicture(picture);
+        desktop->press(u"Up Return"_s);
+        ASSERT_TRUE(ends());
+        EXPECT_EQ(program.exitCode(), 0);
     }
 
     std::unique_ptr<PrivateDesktop> desktop;
@@ -90,11 +89,29 @@ protected:
     QProcess program;
 };
 
-TEST_F(TrayTest, aMeetingFromTheIntroductionToTheNote) {
-    if (const std::string why = PrivateSoundServer::whyUnavailable(); !why.empty()) GTEST_SKIP() << why;
-    useSoundServer();
+class TrayWithSoundTest : public TrayTest {
+protected:
+    void SetUp() override {
+        if (const std::string why = PrivateSoundServer::whyUnavailable(); !why.empty()) GTEST_SKIP() << why;
+        TrayTest::SetUp();
+        server = std::make_unique<PrivateSoundServer>(PrivateSoundServer::Kind::PulseAudio);
+        server->start();
+        server->play(u"speakers"_s, tone(440, 120));
+        server->play(u"micfeed"_s, tone(1000, 120));
+        server->play(u"speakers"_s, tone(440, 30));
+        server->play(u"micfeed"_s, tone(1000, 30));
+    }
+    const QString recordings = u"/data/quillet/Recordings"_s;
+};
+
+TEST_F(TrayWithSoundTest, aMeetingFromTheIntroductionToTheNote) {
     start();
-    walkThroughTheIntroduction();
+    ASSERT_TRUE(desktop->waitForWindow(u"Welcome to Quillet"_s));
+    const auto walksOn = [this] {
+        desktop->press(u"Return"_s);
+        return desktop->waitForWindow(u"Welcome to Quillet"_s, false, 700);
+    };
+    ASSERT_TRUE(waitFor(walksOn, 20000));
     EXPECT_EQ(files(u"/config/autostart"_s, u"*.desktop"_s).size(), 1) << "the introduction switches this on";
 
     // The popover by a press on the tray's item; the switch for notes by the keyboard, the button by the mouse.
@@ -103,13 +120,12 @@ TEST_F(TrayTest, aMeetingFromTheIntroductionToTheNote) {
     ASSERT_TRUE(waitFor([this] {
         return quillet({u"settings"_s, u"get"_s, u"corvane.autoCreateNote"_s}) == u"true"_s;
     }));
-    // The chosen microphone was left at home, so the default one is recorded.
+    // The chosen devices were left at home, so the default ones are recorded.
     quillet({u"settings"_s, u"set"_s, u"corvane.microphoneDevice"_s, u"headset"_s});
-    server->play(u"speakers"_s, tone(440, 30));
-    server->play(u"micfeed"_s, tone(1000, 30));
+    quillet({u"settings"_s, u"set"_s, u"corvane.systemAudioDevice"_s, u"headset"_s});
     const QRect popover = desktop->geometry(desktop->windows(u"Quillet"_s).value(0));
     desktop->click(QPoint(popover.center().x(), popover.top() + 105));
-    ASSERT_TRUE(waitFor([this] { return !files(u"/data/quillet/Recordings"_s, u"*.m4a"_s).isEmpty(); }, 10000));
+    ASSERT_TRUE(waitFor([this] { return !files(recordings, u"*.m4a"_s).isEmpty(); }, 10000));
     std::this_thread::sleep_for(5s); // the meeting
     desktop->keepPicture(u"tray-recording"_s);
     desktop->press(u"space"_s); // the button still has the keyboard
@@ -140,27 +156,19 @@ TEST_F(TrayTest, aMeetingFromTheIntroductionToTheNote) {
         return desktop->windows(u"Quillet Settings"_s).isEmpty();
     }));
 
-    // Quit is the last of the required entries.
-    desktop->click(desktop->trayItem(), 3);
-    std::this_thread::sleep_for(1s); // the panel asks for the menu before it opens
-    desktop->keepPicture(u"tray-menu"_s);
-    desktop->press(u"Up Return"_s);
-    ASSERT_TRUE(ends());
-    EXPECT_EQ(program.exitCode(), 0);
+    quitByTheMenu(u"tray-menu"_s);
 }
 
 TEST_F(TrayTest, theItemReturnsWithItsPanelAndCommandsReachTheRunningProgram) {
     start({u"--skip-onboarding"_s});
     ASSERT_TRUE(openPopover());
     EXPECT_TRUE(desktop->windows(u"Welcome to Quillet"_s).isEmpty());
-    desktop->press(u"Escape"_s);
-    ASSERT_TRUE(desktop->waitForWindow(u"Quillet"_s, false));
+    closePopover();
 
     desktop->stopPanel();
     desktop->startPanel();
     ASSERT_TRUE(openPopover());
-    desktop->press(u"Escape"_s);
-    ASSERT_TRUE(desktop->waitForWindow(u"Quillet"_s, false));
+    closePopover();
 
     quillet({});
     EXPECT_TRUE(desktop->waitForWindow(u"Quillet"_s)) << "a second start shows the first";
@@ -179,22 +187,16 @@ TEST_F(TrayTest, anOlderTrayHoldsTheItemAndMayRestart) {
     desktop->startOlderTray();
     start({u"--skip-onboarding"_s});
     ASSERT_TRUE(openPopover());
-    desktop->press(u"Escape"_s);
-    ASSERT_TRUE(desktop->waitForWindow(u"Quillet"_s, false));
+    closePopover();
 
     desktop->stopPanel();
     desktop->startOlderTray();
     ASSERT_TRUE(openPopover());
     const QRect popover = desktop->geometry(desktop->windows(u"Quillet"_s).value(0));
     EXPECT_LE(std::abs(popover.right() - desktop->trayItem().x()), 24) << "beside its item";
-    desktop->press(u"Escape"_s);
-    ASSERT_TRUE(desktop->waitForWindow(u"Quillet"_s, false));
+    closePopover();
 
-    desktop->click(desktop->trayItem(), 3);
-    std::this_thread::sleep_for(1s); // the menu has no title to wait for
-    desktop->keepPicture(u"older-tray-menu"_s);
-    desktop->press(u"Up Return"_s);
-    EXPECT_TRUE(ends()) << "Quit is the last entry: this tray tells of presses";
+    quitByTheMenu(u"older-tray-menu"_s); // this tray tells of presses
 }
 
 TEST_F(TrayTest, oddSurroundingsDoNoHarm) {
@@ -233,12 +235,7 @@ TEST_F(TrayTest, withoutATrayTheWindowOpensAndHoldsTheMenu) {
 /// Frames that a finished file leaves out at its edges and an unfinished one may still show.
 constexpr std::size_t kEncoderDelay = 2048;
 
-TEST_F(TrayTest, quittingInTheMiddleOfARecordingLosesNothing) {
-    if (const std::string why = PrivateSoundServer::whyUnavailable(); !why.empty()) GTEST_SKIP() << why;
-    useSoundServer();
-    server->play(u"speakers"_s, tone(440, 30));
-    server->play(u"micfeed"_s, tone(1000, 30));
-    const QString recordings = u"/data/quillet/Recordings"_s;
+TEST_F(TrayWithSoundTest, quittingInTheMiddleOfARecordingLosesNothing) {
     start({u"--skip-onboarding"_s, u"--toggle-recording"_s});
     ASSERT_TRUE(waitFor([&] { return !files(recordings, u"*.m4a"_s).isEmpty(); }, 15000));
     std::this_thread::sleep_for(3s);
@@ -261,10 +258,7 @@ TEST_F(TrayTest, quittingInTheMiddleOfARecordingLosesNothing) {
     EXPECT_TRUE(waitFor(quits, 15000));
 }
 
-TEST_F(TrayTest, theEndOfTheSessionFinishesTheRecording) {
-    if (const std::string why = PrivateSoundServer::whyUnavailable(); !why.empty()) GTEST_SKIP() << why;
-    useSoundServer();
-    const QString recordings = u"/data/quillet/Recordings"_s;
+TEST_F(TrayWithSoundTest, theEndOfTheSessionFinishesTheRecording) {
     const struct {
         const char* name;
         std::function<void()> end;
