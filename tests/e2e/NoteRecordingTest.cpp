@@ -13,9 +13,6 @@ using namespace Qt::StringLiterals;
 /// Each test records meetings.
 class NoteRecordingTest : public testing::Test {
 protected:
-    void set(const QString& key, const QString& value) {
-        ASSERT_EQ(quillet.run({u"settings"_s, u"set"_s, key, value}), 0) << quillet.errors.toStdString();
-    }
     void record(const QStringList& more = {}) {
         const QString sound = quillet.folder(u"a.wav"_s);
         writeTone(sound, 1, 48000, 5.0, 440, 0.3);
@@ -31,10 +28,10 @@ TEST_F(NoteRecordingTest, ARecordingBecomesANoteInJoplin) {
     if (const std::string why = RealJoplin::whyUnavailable(); !why.empty()) GTEST_SKIP() << why;
     RealJoplin joplin;
     ASSERT_TRUE(joplin.start());
-    set(u"corvane.notesApplication"_s, u"joplin"_s);
-    set(u"corvane.joplinPort"_s, QString::number(joplin.port()));
-    set(u"corvane.joplinToken"_s, joplin.token());
-    set(u"corvane.notesFolderName"_s, u"Meetings 🎙"_s);
+    quillet.set(u"corvane.notesApplication"_s, u"joplin"_s);
+    quillet.set(u"corvane.joplinPort"_s, QString::number(joplin.port()));
+    quillet.set(u"corvane.joplinToken"_s, joplin.token());
+    quillet.set(u"corvane.notesFolderName"_s, u"Meetings 🎙"_s);
 
     record({u"--note"_s});
 
@@ -54,7 +51,7 @@ TEST_F(NoteRecordingTest, ARecordingBecomesANoteInJoplin) {
 }
 
 TEST_F(NoteRecordingTest, ANoteThatFailsIsSaidAndMadeLater) {
-    set(u"corvane.notesVaultFolder"_s, makeFile(quillet.folder(u"not a vault"_s)));
+    quillet.set(u"corvane.notesVaultFolder"_s, makeFile(quillet.folder(u"not a vault"_s)));
     record({u"--note"_s});
     EXPECT_FALSE(quillet.json()[u"noteMade"_s].toBool());
     EXPECT_TRUE(quillet.errors.contains(u"no note could be made"_s)) << quillet.errors.toStdString();
@@ -69,7 +66,7 @@ TEST_F(NoteRecordingTest, ANoteThatFailsIsSaidAndMadeLater) {
         EXPECT_TRUE(quillet.output.contains(path)) << quillet.output.toStdString();
     const QString vault = quillet.folder(u"vault"_s);
     QDir().mkpath(vault);
-    set(u"corvane.notesVaultFolder"_s, vault);
+    quillet.set(u"corvane.notesVaultFolder"_s, vault);
     ASSERT_EQ(quillet.run({u"notes"_s, u"create"_s, recording, u"--summary"_s, u"• Done"_s}), 0)
         << quillet.errors.toStdString();
     const auto notes = QDir(vault).entryInfoList({u"*.md"_s}, QDir::Files);
@@ -77,7 +74,7 @@ TEST_F(NoteRecordingTest, ANoteThatFailsIsSaidAndMadeLater) {
     EXPECT_TRUE(contentsOf(notes[0].filePath()).contains("## Summary\n- Done\n"));
     EXPECT_EQ(quillet.run({u"notes"_s, u"status"_s}), 0);
     EXPECT_FALSE(quillet.output.contains(recording)) << "nothing is left to be made";
-    set(u"corvane.autoCreateNote"_s, u"true"_s);
+    quillet.set(u"corvane.autoCreateNote"_s, u"true"_s);
     record();
     EXPECT_TRUE(quillet.json()[u"noteMade"_s].toBool()) << "the settings ask for it";
     EXPECT_EQ(quillet.run({u"notes"_s, u"create"_s, quillet.folder(u"missing.m4a"_s)}), 1);

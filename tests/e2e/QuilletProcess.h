@@ -29,11 +29,7 @@ public:
     [[nodiscard]] QString defaultFolder() const { return folder(QStringLiteral("data/quillet/Recordings")); }
     void setEnvironment(const QString& name, const QString& value) { m_environment.insert(name, value); }
 
-    void start(const QStringList& arguments) {
-        process.setProcessEnvironment(m_environment);
-        process.start(QStringLiteral(QUILLET_BINARY), arguments);
-        ASSERT_TRUE(process.waitForStarted());
-    }
+    void start(const QStringList& arguments) { startByShell(QStringLiteral("exec \"$@\""), arguments); }
     /// From a shell, as the script's "$@".
     void startByShell(const QString& script, const QStringList& arguments) {
         process.setProcessEnvironment(m_environment);
@@ -52,6 +48,9 @@ public:
     int run(const QStringList& arguments, int deadlineMs = 60000) {
         start(arguments);
         return finish(deadlineMs);
+    }
+    void set(const QString& key, const QString& value) {
+        EXPECT_EQ(run({QStringLiteral("settings"), QStringLiteral("set"), key, value}), 0) << errors.toStdString();
     }
     [[nodiscard]] QJsonObject json() const { return QJsonDocument::fromJson(output.toUtf8()).object(); }
 

@@ -9,8 +9,6 @@
 
 #include <csignal>
 #include <gmock/gmock.h>
-#include <sys/stat.h>
-#include <thread>
 #include <unistd.h>
 
 namespace quillet::test {
@@ -33,13 +31,12 @@ protected:
     }
     /// Waits until a recording of the folder has some seconds on the disk.
     static QString waitForFile(const QString& folder, qint64 bytes) {
-        for (int i = 0; i < 500; ++i) {
-            for (const QFileInfo& file : QDir(folder).entryInfoList({u"*.m4a"_s}, QDir::Files)) {
-                if (file.size() >= bytes) return file.filePath();
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        }
-        return {};
+        QFileInfo file;
+        const auto isThere = [&] {
+            file = QDir(folder).entryInfoList({u"*.m4a"_s}, QDir::Files).value(0);
+            return file.exists() && file.size() >= bytes;
+        };
+        return waitFor(isThere, 10000) ? file.filePath() : QString();
     }
 
     QuilletProcess quillet;
@@ -67,12 +64,9 @@ TEST_F(RecordCommandTest, TwoFilesBecomeOneRecordingThatPlaysAndIsItsOwnersOnly)
         EXPECT_GT(amplitude(otherSpeaks, channel, 440), 0.05);
         EXPECT_LT(amplitude(otherSpeaks, channel, 1000), 0.001) << "the shorter file goes on as silence";
     }
-    struct stat file {};
-    struct stat folder {};
-    ASSERT_EQ(stat(path.toUtf8().constData(), &file), 0);
-    ASSERT_EQ(stat(quillet.defaultFolder().toUtf8().constData(), &folder), 0);
-    EXPECT_EQ(file.st_mode & 0777, 0600U);
-    EXPECT_EQ(folder.st_mode & 0777, 0700U);
+    using Permissions = std::filesystem::perms;
+    EXPECT_EQ(std::filesystem::status(path.toStdString()).permissions(), Permissions(0600));
+    EXPECT_EQ(std::filesystem::status(quillet.defaultFolder().toStdString()).permissions(), Permissions(0700));
     EXPECT_THAT(contentsOf(quillet.folder(u"data/quillet/test_log.txt"_s)).toStdString(),
                 testing::EndsWith("Z " + path.toStdString() + "\n"));
 }
@@ -85,12 +79,7 @@ TEST_F(RecordCommandTest, StandardOutputCarriesThePathOnly) {
 }
 
 TEST_F(RecordCommandTest, WrongUsageIsToldApartFromFailure) {
-    const struct {
-        const char* name;
-        QStringList arguments;
-        int status;
-        QString sentence;
-    } rows[] = {
+    const std::tuple<const char*, QStringList, int, QString> rows[] = {
         {"an unknown command", {u"recrod"_s}, 2, u"no command “recrod”"_s},
         {"an unknown option", {u"record"_s, u"--loud"_s}, 2, u"loud"_s},
         {"a stray argument", {u"record"_s, u"meeting.m4a"_s}, 2, u"meeting.m4a"_s},
@@ -101,10 +90,10 @@ TEST_F(RecordCommandTest, WrongUsageIsToldApartFromFailure) {
         {"recover a missing folder", {u"recover"_s, u"--folder"_s, u"/no/such"_s}, 1, u"not a folder"_s},
         {"devices with an argument", {u"devices"_s, u"all"_s}, 2, u"is no option of devices"_s},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(quillet.run(row.arguments), row.status);
-        EXPECT_TRUE(quillet.errors.contains(row.sentence)) << quillet.errors.toStdString();
+    for (const auto& [name, arguments, status, sentence] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(quillet.run(arguments), status);
+        EXPECT_TRUE(quillet.errors.contains(sentence)) << quillet.errors.toStdString();
         EXPECT_TRUE(quillet.output.isEmpty());
     }
     for (const QString& help :
@@ -128,30 +117,26 @@ TEST_F(RecordCommandTest, AFileThatIsNoSourceIsRefusedInOneSentence) {
 
 TEST_F(RecordCommandTest, ARecordingAlwaysFindsAFolder) {
     const QString asFile = makeFile(quillet.folder(u"a file"_s));
-    const struct {
-        const char* name;
-        QString folder;
-        bool usable;
-    } rows[] = {
+    const std::tuple<const char*, QString, bool> rows[] = {
         {"a missing one is made", quillet.folder(u"new/deep er"_s), true},
         {"any script", quillet.folder(u"会議 – مقابلة 🎙"_s), true},
         {"a slash at the end, and detours", quillet.folder(u"new/../new/./deep er/"_s), true},
         {"a file in its place", asFile, false},
         {"where nobody may write", u"/proc/quillet"_s, false},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        ASSERT_EQ(quillet.run(recordFiles({u"--as-fast-as-possible"_s, u"--json"_s, u"--folder"_s, row.folder})), 0);
+    for (const auto& [name, folder, usable] : rows) {
+        SCOPED_TRACE(name);
+        ASSERT_EQ(quillet.run(recordFiles({u"--as-fast-as-possible"_s, u"--json"_s, u"--folder"_s, folder})), 0);
         const QFileInfo saved(quillet.json()[u"path"_s].toString());
-        EXPECT_EQ(saved.canonicalPath(), QDir(row.usable ? row.folder : quillet.defaultFolder()).canonicalPath());
-        EXPECT_EQ(quillet.errors.contains(u"could not be used"_s), !row.usable) << quillet.errors.toStdString();
-        EXPECT_EQ(quillet.json()[u"warnings"_s].toArray().size(), row.usable ? 0 : 1);
+        EXPECT_EQ(saved.canonicalPath(), QDir(usable ? folder : quillet.defaultFolder()).canonicalPath());
+        EXPECT_EQ(quillet.errors.contains(u"could not be used"_s), !usable) << quillet.errors.toStdString();
+        EXPECT_EQ(quillet.json()[u"warnings"_s].toArray().size(), usable ? 0 : 1);
         EXPECT_FALSE(decode(saved.filePath()).empty());
     }
     EXPECT_FALSE(QFile::exists(quillet.folder(u"config/quillet/quillet.conf"_s))) << "the folder is for this run only";
 
     // The folder of the settings is missed as much, and that is said when the recording begins.
-    ASSERT_EQ(quillet.run({u"settings"_s, u"set"_s, u"corvane.recordingsFolderBookmark"_s, asFile}), 0);
+    quillet.set(u"corvane.recordingsFolderBookmark"_s, asFile);
     quillet.start(recordFiles());
     EXPECT_TRUE(waitFor([&] {
         quillet.process.waitForReadyRead(20);

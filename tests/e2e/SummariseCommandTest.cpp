@@ -20,11 +20,8 @@ ChatServer::Answer takeMinutes(const ChatServer::Request& request) { return {Lon
 class SummariseCommandTest : public testing::Test {
 protected:
     void setUp(const ChatServer& server, const QString& which = u"local"_s) {
-        set(u"corvane.%1ModelAddress"_s.arg(which), server.address());
-        set(u"corvane.%1ModelName"_s.arg(which), u"small"_s);
-    }
-    void set(const QString& key, const QString& value) {
-        ASSERT_EQ(quillet.run({u"settings"_s, u"set"_s, key, value}), 0) << quillet.errors.toStdString();
+        quillet.set(u"corvane.%1ModelAddress"_s.arg(which), server.address());
+        quillet.set(u"corvane.%1ModelName"_s.arg(which), u"small"_s);
     }
     QString write(const QString& name, const QByteArray& bytes) { return makeFile(quillet.folder(name), bytes); }
 
@@ -60,11 +57,7 @@ TEST_F(SummariseCommandTest, WhatCannotBeSummarisedIsSaid) {
 
     ChatServer server(takeMinutes);
     setUp(server);
-    const struct {
-        QString path;
-        int status;
-        const char* says;
-    } rows[] = {
+    const std::tuple<QString, int, const char*> rows[] = {
         {write(u"empty.txt"_s, ""), 1, "is empty"},
         {write(u"sound.m4a"_s, QByteArray("\0\0\0\1ftyp\xff\xfe", 10)), 1, "is no text."},
         {write(u"latin1.txt"_s, "J\xfcrgen: hi"), 0, "read as Latin-1"},
@@ -72,10 +65,10 @@ TEST_F(SummariseCommandTest, WhatCannotBeSummarisedIsSaid) {
         {quillet.folder(), 1, "cannot be read"},
         {u"--jsson"_s, 2, "jsson"},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(quillet.run({u"summarise"_s, row.path}), row.status) << row.path.toStdString();
-        EXPECT_TRUE(quillet.errors.contains(QLatin1String(row.says))) << quillet.errors.toStdString();
-        EXPECT_EQ(quillet.output.isEmpty(), row.status != 0);
+    for (const auto& [path, status, says] : rows) {
+        EXPECT_EQ(quillet.run({u"summarise"_s, path}), status) << path.toStdString();
+        EXPECT_TRUE(quillet.errors.contains(QLatin1String(says))) << quillet.errors.toStdString();
+        EXPECT_EQ(quillet.output.isEmpty(), status != 0);
     }
     ASSERT_EQ(server.requests().size(), 1U);
     EXPECT_TRUE(server.requests()[0].prompt().endsWith(u"Jürgen: hi"_s));
@@ -120,7 +113,7 @@ TEST_F(SummariseCommandTest, TheCloudIsNamedAndItsKeyIsNot) {
     EXPECT_EQ(server.requests()[0].authorisation, "Bearer fr0m-keyring");
     EXPECT_EQ(server.requests()[1].authorisation, "Bearer fr0m-environment");
 
-    set(u"cloudFallbackEnabled"_s, u"false"_s);
+    quillet.set(u"cloudFallbackEnabled"_s, u"false"_s);
     EXPECT_EQ(quillet.run({u"summarise"_s, good}), 1);
     EXPECT_EQ(server.requests().size(), 2U);
 }
@@ -128,7 +121,7 @@ TEST_F(SummariseCommandTest, TheCloudIsNamedAndItsKeyIsNot) {
 TEST_F(SummariseCommandTest, ANoteGetsTheTextsOrASentenceWhyNot) {
     const QDir vault(quillet.folder(u"vault"_s));
     vault.mkpath(u"."_s);
-    set(u"corvane.notesVaultFolder"_s, vault.path());
+    quillet.set(u"corvane.notesVaultFolder"_s, vault.path());
     const auto makeNote = [&](const QString& name, const QStringList& more) {
         const QString recording = write(name + u".m4a"_s, "sound");
         return quillet.run(QStringList{u"notes"_s, u"create"_s, recording, u"--title"_s, name} + more);
@@ -164,7 +157,7 @@ TEST_F(SummariseCommandTest, TheCheckSaysWhetherTheModelAnswers) {
     EXPECT_TRUE(quillet.output.startsWith(u"“small” at 127.0.0.1:"_s)) << quillet.output.toStdString();
     EXPECT_EQ(quillet.run({u"settings"_s, u"set"_s, u"corvane.localModelAddress"_s, u"http://192.168.0.2:11434"_s}), 2)
         << "another machine is no local one";
-    set(u"corvane.localModelAddress"_s, u"http://127.0.0.1:1"_s);
+    quillet.set(u"corvane.localModelAddress"_s, u"http://127.0.0.1:1"_s);
     EXPECT_EQ(quillet.run({u"summarise"_s, u"--check"_s}), 1);
 }
 

@@ -62,11 +62,7 @@ TEST_F(TemplatesCommandTest, ATemplateIsAddedShownExportedDeletedAndTakenInAgain
 
 TEST_F(TemplatesCommandTest, EveryRefusalIsOneSentence) {
     const QString text = fileWith("plain.txt", "text");
-    const struct {
-        QStringList arguments;
-        int status;
-        const char* sentence;
-    } rows[] = {
+    const std::tuple<QStringList, int, const char*> rows[] = {
         {{u"show"_s, u"No\x1b[2Jne"_s}, 1, "There is no template “No�[2Jne”."},
         {{u"delete"_s, u"Full Transcript"_s}, 1, "“Full Transcript” is built in and cannot"},
         {{u"export"_s, u"Full Transcript"_s, text}, 1, "is built in and is not exported"},
@@ -78,10 +74,10 @@ TEST_F(TemplatesCommandTest, EveryRefusalIsOneSentence) {
         {{u"add"_s, u"x"_s}, 2, "Usage: quillet templates list"},
         {{u"rename"_s, u"x"_s}, 2, "Usage: quillet templates list"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.sentence);
-        EXPECT_EQ(run(row.arguments), row.status);
-        EXPECT_TRUE(quillet.errors.contains(QString::fromUtf8(row.sentence))) << quillet.errors.toStdString();
+    for (const auto& [arguments, status, sentence] : rows) {
+        SCOPED_TRACE(sentence);
+        EXPECT_EQ(run(arguments), status);
+        EXPECT_TRUE(quillet.errors.contains(QString::fromUtf8(sentence))) << quillet.errors.toStdString();
         EXPECT_EQ(quillet.output, QString());
     }
     EXPECT_EQ(listed().size(), 4);

@@ -202,24 +202,22 @@ TEST_F(TrayTest, anOlderTrayHoldsTheItemAndMayRestart) {
 TEST_F(TrayTest, oddSurroundingsDoNoHarm) {
     const QString bus = desktop->environment().value(u"DBUS_SESSION_BUS_ADDRESS"_s);
     const QString endless = u"a"_s.repeated(300);
-    const struct {
-        const char* name;
-        QString language, zone, bus;
-    } rows[] = {{"unknown names", u"xx_YY.UTF-9"_s, u"Nowhere/Land"_s, bus},
-                {"damaged names", u"ÿ/../..@@"_s, u":/etc/passwd"_s, bus},
-                {"names without an end", endless, endless, bus},
-                {"no session bus", u"C.UTF-8"_s, u"UTC"_s, u"unix:path=/nonexistent"_s}};
-    for (const auto& row : rows) {
-        surroundings.insert(u"LC_ALL"_s, row.language);
-        surroundings.insert(u"LANGUAGE"_s, row.language);
-        surroundings.insert(u"TZ"_s, row.zone);
-        surroundings.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, row.bus);
+    const std::tuple<const char*, QString, QString, QString> rows[] = {
+        {"unknown names", u"xx_YY.UTF-9"_s, u"Nowhere/Land"_s, bus},
+        {"damaged names", u"ÿ/../..@@"_s, u":/etc/passwd"_s, bus},
+        {"names without an end", endless, endless, bus},
+        {"no session bus", u"C.UTF-8"_s, u"UTC"_s, u"unix:path=/nonexistent"_s}};
+    for (const auto& [name, language, zone, address] : rows) {
+        surroundings.insert(u"LC_ALL"_s, language);
+        surroundings.insert(u"LANGUAGE"_s, language);
+        surroundings.insert(u"TZ"_s, zone);
+        surroundings.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, address);
         start({u"--skip-onboarding"_s, u"--settings"_s});
-        EXPECT_TRUE(desktop->waitForWindow(u"Quillet Settings"_s)) << row.name;
+        EXPECT_TRUE(desktop->waitForWindow(u"Quillet Settings"_s)) << name;
         quillet({u"--quit"_s});
-        EXPECT_TRUE(ends()) << row.name;
-        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit) << row.name;
-        EXPECT_TRUE(desktop->waitForWindow(u"Quillet Settings"_s, false)) << row.name;
+        EXPECT_TRUE(ends()) << name;
+        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit) << name;
+        EXPECT_TRUE(desktop->waitForWindow(u"Quillet Settings"_s, false)) << name;
     }
 }
 
@@ -259,21 +257,19 @@ TEST_F(TrayWithSoundTest, quittingInTheMiddleOfARecordingLosesNothing) {
 }
 
 TEST_F(TrayWithSoundTest, theEndOfTheSessionFinishesTheRecording) {
-    const struct {
-        const char* name;
-        std::function<void()> end;
-    } rows[] = {{"the process is asked to end", [this] { program.terminate(); }},
-                {"the display goes away", [this] { desktop->stopScreen(); }}};
+    const std::pair<const char*, std::function<void()>> rows[] = {
+        {"the process is asked to end", [this] { program.terminate(); }},
+        {"the display goes away", [this] { desktop->stopScreen(); }}};
     qsizetype recorded = 0;
     quillet({u"settings"_s, u"set"_s, u"corvane.autoCreateNote"_s, u"true"_s});
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, end] : rows) {
+        SCOPED_TRACE(name);
         start({u"--skip-onboarding"_s, u"--toggle-recording"_s});
         ++recorded;
         ASSERT_TRUE(waitFor([&] { return files(recordings, u"*.m4a"_s).size() == recorded; }, 15000));
         quillet({u"--settings"_s}); // what makes notes exists from here on
         std::this_thread::sleep_for(1500ms);
-        row.end();
+        end();
         ASSERT_TRUE(ends());
         QFile log(desktop->home() + u"/data/quillet/test_log.txt"_s);
         EXPECT_TRUE(log.open(QFile::ReadOnly)) << "nothing is said of a recording that is not finished";
@@ -285,23 +281,21 @@ TEST_F(TrayWithSoundTest, theEndOfTheSessionFinishesTheRecording) {
 TEST(TrayWithoutDisplay, saysSoAndPointsToTheHeadlessCommand) {
     QProcessEnvironment none = QProcessEnvironment::systemEnvironment();
     for (const QString& name : {u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s, u"QT_QPA_PLATFORM"_s}) none.remove(name);
-    const struct {
-        const char* name;
-        QString variable, value;
-    } rows[] = {{"no desktop", u"PWD"_s, u"/"_s},
-                {"an X server that is gone", u"DISPLAY"_s, u":4999"_s},
-                {"a Wayland compositor that is gone", u"WAYLAND_DISPLAY"_s, u"nowhere"_s},
-                {"Wayland without one", u"QT_QPA_PLATFORM"_s, u"wayland"_s}};
-    for (const auto& row : rows) {
+    const std::tuple<const char*, QString, QString> rows[] = {
+        {"no desktop", u"PWD"_s, u"/"_s},
+        {"an X server that is gone", u"DISPLAY"_s, u":4999"_s},
+        {"a Wayland compositor that is gone", u"WAYLAND_DISPLAY"_s, u"nowhere"_s},
+        {"Wayland without one", u"QT_QPA_PLATFORM"_s, u"wayland"_s}};
+    for (const auto& [name, variable, value] : rows) {
         QProcess program;
         QProcessEnvironment environment = none;
-        environment.insert(row.variable, row.value);
+        environment.insert(variable, value);
         program.setProcessEnvironment(environment);
         program.start(QStringLiteral(QUILLET_BINARY), QStringList());
-        ASSERT_TRUE(program.waitForFinished()) << row.name;
-        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit) << row.name;
-        EXPECT_EQ(program.exitCode(), 1) << row.name;
-        EXPECT_THAT(program.readAllStandardError().toStdString(), testing::HasSubstr("quillet record")) << row.name;
+        ASSERT_TRUE(program.waitForFinished()) << name;
+        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit) << name;
+        EXPECT_EQ(program.exitCode(), 1) << name;
+        EXPECT_THAT(program.readAllStandardError().toStdString(), testing::HasSubstr("quillet record")) << name;
     }
 }
 

@@ -77,11 +77,7 @@ TEST(ChatProtocolTest, AnAnswerWithoutEndIsLeft) {
 }
 
 TEST(ChatProtocolTest, StatusesSayWhatIsWrong) {
-    const struct {
-        int status;
-        QByteArray body;
-        Fault fault;
-    } rows[] = {
+    const std::tuple<int, QByteArray, Fault> rows[] = {
         {400, "{\"error\":{\"code\":\"context_length_exceeded\"}}", Fault::ContextTooLong},
         {400, "{\"error\":{\"type\":\"exceed_context_size_error\"}}", Fault::ContextTooLong},
         {500, "{\"error\":\"input exceeds the context window\"}", Fault::ContextTooLong},
@@ -94,8 +90,8 @@ TEST(ChatProtocolTest, StatusesSayWhatIsWrong) {
         {500, "<html>", Fault::ServerError},
         {302, "", Fault::Garbage},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(faultOfStatus(row.status, row.body), row.fault) << row.status << row.body.constData();
+    for (const auto& [status, body, fault] : rows)
+        EXPECT_EQ(faultOfStatus(status, body), fault) << status << body.constData();
 }
 
 } // namespace

@@ -84,11 +84,7 @@ TEST(TranscriptFileTest, ReadsTextOfAnyMakingAndRefusesTheRest) {
         {"UTF-8 with a mark", "\xEF\xBB\xBFhi", u"hi"_s, false},
         {"UTF-16 with a mark", QByteArray("\xFF\xFEh\0i\0", 6), u"hi"_s, false},
         {"Latin-1", "J\xFCrgen", u"Jürgen"_s, true},
-        {"an audio file",
-         QByteArray("\0\0\0\x1C"
-                    "ftypM4A \xFF\xFE\x80",
-                    15),
-         std::nullopt, false},
+        {"an audio file", QByteArray("\0\0\0\1ftypM4A \xFF\xFE\x80", 15), std::nullopt, false},
         {"too long", QByteArray(33 * 1024 * 1024, 'x'), std::nullopt, false},
     };
     for (const auto& row : rows) {

@@ -21,6 +21,9 @@ Answer reply(int status, const QByteArray& body, const QByteArray& header = {}) 
     return {Answer::Kind::Reply, status, body, header};
 }
 
+const Answer kWaiting = reply(200, R"({"status":"waiting"})");
+const Answer kAccepted = reply(200, R"({"status":"accepted","token":")" + QByteArray(FakeService::kToken) + "\"}");
+
 class JoplinFaultsTest : public testing::Test {
 protected:
     JoplinFaultsTest() { keepToken(QString::fromLatin1(FakeService::kToken)); }
@@ -49,6 +52,15 @@ protected:
         const auto upload =
             std::ranges::find(service.requests.rbegin(), service.requests.rend(), u("/resources"), &Request::path);
         return upload == service.requests.rend() ? 0 : upload->bodyBytes;
+    }
+    /// What a look at an open request to be let in brings.
+    void letLooksBring(std::function<Answer()> look) {
+        service.script = [look = std::move(look)](const Request& request) {
+            if (request.path == u"/auth") return reply(200, R"({"auth_token":"one"})");
+            if (!request.query.hasQueryItem(u("auth_token"))) return FakeService::asJoplin(request);
+            EXPECT_EQ(request.query.queryItemValue(u("auth_token")), u("one"));
+            return look();
+        };
     }
     static void expectNoSecret(const QString& sentence) {
         EXPECT_TRUE(sentence.endsWith(u'.')) << qPrintable(sentence);
@@ -131,25 +143,21 @@ TEST_F(JoplinFaultsTest, theTokenGoesToJoplinOnly) {
 
 TEST_F(JoplinFaultsTest, anUploadThatStopsHalfwayIsGivenUp) {
     user.write("talk.m4a", QByteArray(30'000'000, 'a'));
-    const struct {
-        qint64 dieAfter;
-        qint64 stallAfter;
-        const char* reason;
-    } rows[] = {
+    const std::tuple<qint64, qint64, const char*> rows[] = {
         {5'000'000, -1, "The connection to Joplin broke off."},
         {-1, 5'000'000, "Joplin did not answer in time."},
     };
-    for (const auto& row : rows) {
+    for (const auto& [dieAfter, stallAfter, reason] : rows) {
         if (!service.isListening()) service.revive();
-        service.dieAfterBodyBytes = row.dieAfter;
-        service.stallAfterBodyBytes = row.stallAfter;
+        service.dieAfterBodyBytes = dieAfter;
+        service.stallAfterBodyBytes = stallAfter;
         QElapsedTimer timer;
         timer.start();
 
         const NoteOutcome outcome = create(user.draft());
 
         EXPECT_FALSE(outcome.success || outcome.isAutomationDenied);
-        EXPECT_EQ(outcome.reason, u(row.reason));
+        EXPECT_EQ(outcome.reason, u(reason));
         EXPECT_LT(timer.elapsed(), 20'000);
     }
 }
@@ -272,15 +280,9 @@ TEST_F(JoplinFaultsTest, ofTwoAttemptsAtOnceOneMakesTheNoteAndBothSucceed) {
 TEST_F(JoplinFaultsTest, consentEndsWithoutARefusalWhenNobodyAnswers) {
     keepToken(u("a void one"));
     EXPECT_TRUE(create(user.draft()).isAutomationDenied);
-    const Answer waiting = reply(200, "{\"status\":\"waiting\"}");
     int polls = 0;
-    Answer later = waiting;
-    service.script = [&](const Request& request) {
-        if (request.path == u"/auth") return reply(200, "{\"auth_token\":\"one\"}");
-        if (!request.query.hasQueryItem(u("auth_token"))) return FakeService::asJoplin(request);
-        EXPECT_EQ(request.query.queryItemValue(u("auth_token")), u("one"));
-        return ++polls == 2 ? later : waiting;
-    };
+    Answer later = kWaiting;
+    letLooksBring([&] { return ++polls == 2 ? later : kWaiting; });
     JoplinNotesApplication application(user.secrets(), options());
     const auto request = [&] { return onWorker([&] { return application.requestAccess(); }); };
 
@@ -292,9 +294,8 @@ TEST_F(JoplinFaultsTest, consentEndsWithoutARefusalWhenNobodyAnswers) {
     EXPECT_FALSE(request());
     EXPECT_EQ(polls, 2) << "another program's dialog is shown now";
     EXPECT_EQ(onWorker([&] { return application.probeAccess(); }), NotesAccess::NotDetermined);
-
     polls = 0;
-    later = reply(200, "{\"status\":\"accepted\",\"token\":\"" + QByteArray(FakeService::kToken) + "\"}");
+    later = kAccepted;
     EXPECT_TRUE(request());
     EXPECT_EQ(user.secrets()->tokens(), QStringList{QString::fromLatin1(FakeService::kToken)});
     EXPECT_EQ(onWorker([&] { return application.probeAccess(); }), NotesAccess::Granted);
@@ -306,13 +307,10 @@ TEST_F(JoplinFaultsTest, theUserIsAskedOnceForTwoWhoWantToKnow) {
     keepToken({});
     std::atomic<bool> accepts = false;
     std::atomic<int> polls = 0;
-    service.script = [&](const Request& request) {
-        if (request.path == u"/auth") return reply(200, R"({"auth_token":"one"})");
-        if (!request.query.hasQueryItem(u("auth_token"))) return FakeService::asJoplin(request);
+    letLooksBring([&] {
         ++polls;
-        return reply(200, accepts ? "{\"status\":\"accepted\",\"token\":\"" + QByteArray(FakeService::kToken) + "\"}"
-                                  : R"({"status":"waiting"})");
-    };
+        return accepts ? kAccepted : kWaiting;
+    });
     JoplinOptions patient = options();
     patient.consentLimit = milliseconds(60'000);
     JoplinNotesApplication application(user.secrets(), patient);

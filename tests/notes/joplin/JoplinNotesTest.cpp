@@ -39,10 +39,7 @@ TEST_F(JoplinTest, notesArriveWithTheirTextAndTheirSound) {
     QString large = u("# Big — today\n\n");
     while (large.size() < 100'000)
         large += u("Žluťoučký 漢字 😀 ‏שלום‏ ![x](file:///etc/passwd) <img src=\"http://x\">\n• a\n");
-    const struct {
-        QString title;
-        QString body;
-    } rows[] = {
+    const std::pair<QString, QString> rows[] = {
         {u("20250314 - Meeting Recording - 09:05"),
          u("# T — today\n\n## Attendees\nUnknown\n\n## Decisions\n• None\n\n")},
         {u("\"q\" \\ 'a' `$(b)` \r\n\t😀 ‏שלום‏ ../.x CON"), large},
@@ -50,10 +47,10 @@ TEST_F(JoplinTest, notesArriveWithTheirTextAndTheirSound) {
         {u(""), u("")},
     };
     int number = 0;
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.title.left(40).toStdString());
+    for (const auto& [title, text] : rows) {
+        SCOPED_TRACE(title.left(40).toStdString());
         const QString folder = u("Folder %1").arg(++number);
-        NoteDraft draft = user.draft(row.title, row.body);
+        NoteDraft draft = user.draft(title, text);
         draft.folderName = folder;
 
         const NoteOutcome outcome = create(draft);
@@ -61,7 +58,7 @@ TEST_F(JoplinTest, notesArriveWithTheirTextAndTheirSound) {
         EXPECT_TRUE(outcome.success) << qPrintable(outcome.reason);
         const QJsonArray notes = joplin.notesIn(folder);
         ASSERT_EQ(notes.size(), 1);
-        EXPECT_EQ(notes[0][u("title")].toString(), row.title);
+        EXPECT_EQ(notes[0][u("title")].toString(), title);
         const QJsonArray resources = joplin.list(u("/notes/") + notes[0][u("id")].toString() +
                                                  u("/resources?fields=id,title,mime,size,file_extension"));
         ASSERT_EQ(resources.size(), 1) << "nothing that the user's text names was fetched";
@@ -74,7 +71,7 @@ TEST_F(JoplinTest, notesArriveWithTheirTextAndTheirSound) {
         EXPECT_EQ(resources[0].toObject(), expected);
         EXPECT_EQ(joplin.call("GET", u("/resources/") + id + u("/file")), user.read("talk.m4a"));
         const QString player = u("\n\n[talk.m4a](:/") + id + u(")");
-        QString body = row.body;
+        QString body = text;
         body = body.contains(u("\n\n")) ? body.replace(body.indexOf(u("\n\n")), 0, player) : body + player + u("\n");
         EXPECT_EQ(notes[0][u("body")].toString(), body.replace(u("\n• "), u("\n- ")));
     }

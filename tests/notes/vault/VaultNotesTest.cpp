@@ -38,10 +38,7 @@ TEST_F(VaultTest, noteHasHeadingPlayerAndBulletsAndIsItsOwnersOnly) {
 }
 
 TEST_F(VaultTest, anyTitleBecomesAReadableFileName) {
-    const struct {
-        QString title;
-        QString name;
-    } rows[] = {
+    const std::pair<QString, QString> rows[] = {
         {u("a*b|c/d\\e:f\"g<h>i?j#k^l[m]n%o"), u("a-b-c-d-e-f-g-h-i-j-k-l-m-n-o")},
         {u("../../etc/passwd"), u("-..-etc-passwd")},
         {u(" ...hidden"), u("hidden")},
@@ -60,21 +57,21 @@ TEST_F(VaultTest, anyTitleBecomesAReadableFileName) {
         {u("👨‍👩‍👧‍👦").repeated(100), u("👨‍👩‍👧‍👦").repeated(9)},
         {u("漢").repeated(300), u("漢").repeated(79)},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.title.left(60).toStdString());
+    for (const auto& [title, name] : rows) {
+        SCOPED_TRACE(title.left(60).toStdString());
         QDir(path("vault")).removeRecursively();
         QDir().mkpath(path("vault"));
 
-        EXPECT_TRUE(make().createNoteWithAttachment(draft(row.title, u("# ") + row.title)).success);
+        EXPECT_TRUE(make().createNoteWithAttachment(draft(title, u("# ") + title)).success);
 
         const QStringList all = files();
         ASSERT_EQ(all.size(), 2);
         for (const QString& file : all) {
-            EXPECT_EQ(QFileInfo(file).completeBaseName(), row.name);
+            EXPECT_EQ(QFileInfo(file).completeBaseName(), name);
             EXPECT_LE(QFileInfo(file).fileName().toUtf8().size(), 255);
         }
-        EXPECT_TRUE(read(path("vault/") + row.name + u(".md")).startsWith((u("# ") + row.title).toUtf8()));
-        EXPECT_EQ(read(path("vault/attachments/") + row.name + u(".m4a")), recordingBytes());
+        EXPECT_TRUE(read(path("vault/") + name + u(".md")).startsWith((u("# ") + title).toUtf8()));
+        EXPECT_EQ(read(path("vault/attachments/") + name + u(".m4a")), recordingBytes());
     }
 }
 
@@ -165,11 +162,7 @@ TEST_F(VaultTest, aFolderIsExactlyTheOneNamedAndNeverOutsideTheVault) {
     VaultNotesApplication application = make();
 
     EXPECT_THAT(application.fetchFolders(), ElementsAre(u("Team"), u("team 2"))) << "recordings have theirs";
-    const struct {
-        QString name;
-        bool exists;
-        bool usable;
-    } rows[] = {
+    const std::tuple<QString, bool, bool> rows[] = {
         {u("Team"), true, true},
         {u(" Team\r\n"), true, true},
         {u("WORK"), false, true},
@@ -188,21 +181,21 @@ TEST_F(VaultTest, aFolderIsExactlyTheOneNamedAndNeverOutsideTheVault) {
         {u("x").repeated(10'000), false, false},
         {u("nul") + QChar::Null + u("byte"), false, false},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name.left(40).toStdString());
+    for (const auto& [name, exists, usable] : rows) {
+        SCOPED_TRACE(name.left(40).toStdString());
         const QStringList before = files();
-        EXPECT_EQ(application.testFolderConnection(row.name), row.exists);
+        EXPECT_EQ(application.testFolderConnection(name), exists);
         NoteDraft note = draft(u("N"));
-        note.folderName = row.name;
+        note.folderName = name;
 
         const NoteOutcome outcome = application.createNoteWithAttachment(note);
 
-        EXPECT_EQ(outcome.success, row.usable) << qPrintable(outcome.reason);
+        EXPECT_EQ(outcome.success, usable) << qPrintable(outcome.reason);
         EXPECT_NE(outcome.success, !outcome.reason.isEmpty());
         EXPECT_FALSE(outcome.isAutomationDenied);
-        EXPECT_EQ(application.testFolderConnection(row.name), row.usable);
-        if (row.usable) {
-            EXPECT_TRUE(files().contains(u("vault/") + row.name.trimmed() + u("/N.md")));
+        EXPECT_EQ(application.testFolderConnection(name), usable);
+        if (usable) {
+            EXPECT_TRUE(files().contains(u("vault/") + name.trimmed() + u("/N.md")));
         } else {
             EXPECT_EQ(files(), before) << "nothing is left of a note that failed";
         }
