@@ -28,9 +28,7 @@ typedef struct {
 @interface NSString : NSObject <NSCopying>
 + (instancetype)stringWithCharacters:(const unichar*)characters length:(NSUInteger)length;
 + (instancetype)stringWithFormat:(NSString*)format, ... __attribute__((format(__NSString__, 1, 2)));
-+ (nullable instancetype)stringWithUTF8String:(const char*)bytes;
 @property(readonly) NSUInteger length;
-@property(readonly, nullable) const char* UTF8String __attribute__((objc_returns_inner_pointer));
 - (void)getCharacters:(unichar*)buffer range:(NSRange)range;
 - (BOOL)isEqualToString:(NSString*)other;
 @end
@@ -42,11 +40,8 @@ typedef struct {
 + (NSNumber*)numberWithBool:(BOOL)value;
 + (NSNumber*)numberWithInt:(int)value;
 + (NSNumber*)numberWithUnsignedInt:(unsigned int)value;
-+ (NSNumber*)numberWithLong:(long)value;
-+ (NSNumber*)numberWithUnsignedLong:(unsigned long)value;
 + (NSNumber*)numberWithLongLong:(long long)value;
 + (NSNumber*)numberWithDouble:(double)value;
-+ (NSNumber*)numberWithChar:(char)value;
 @property(readonly) BOOL boolValue;
 @property(readonly) double doubleValue;
 @property(readonly) long long longLongValue;

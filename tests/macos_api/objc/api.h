@@ -2,7 +2,6 @@
 
 // What the compiler and the run-time library agree on.
 
-#include <cstdbool>
 #include <cstddef>
 #include <cstdint>
 
@@ -22,17 +21,10 @@ typedef struct objc_selector* SEL;
 #define NS_ENUM(type, name)                                                                                            \
     enum name : type name;                                                                                             \
     enum name : type
-#define NS_CLOSED_ENUM NS_ENUM
-#define NS_OPTIONS(type, name)                                                                                         \
-    typedef type name;                                                                                                 \
-    enum : type
 #define CF_RETURNS_RETAINED __attribute__((cf_returns_retained))
-#define NS_SWIFT_SENDABLE
 
 @protocol NSObject
-- (BOOL)isEqual:(nullable id)object;
 - (BOOL)isKindOfClass:(nonnull Class)aClass;
-- (BOOL)respondsToSelector:(nonnull SEL)aSelector;
 @end
 
 __attribute__((objc_root_class))
@@ -40,7 +32,6 @@ __attribute__((objc_root_class))
 + (nonnull instancetype)alloc;
 + (nonnull instancetype)new;
 - (nonnull instancetype)init;
-- (void)dealloc;
 + (nonnull Class)class;
 @end
 
