@@ -7,55 +7,56 @@
 #include <gtest/gtest.h>
 
 #include <asm/unistd.h>
-#include <bit>
 #include <cerrno>
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <numbers>
+#include <numeric>
 #include <sys/stat.h>
+#include <type_traits>
 #include <unistd.h>
 
 namespace quillet::test {
 namespace {
 
-constexpr std::uint16_t kIntegers = 1, kFloats = 3;
+/// A RIFF file that promises more than there is by so many bytes. Its samples are floats or integers, as given; bytes
+/// may be anything.
+template <typename Sample>
+ByteVector wav(int rateHz, int channels, const std::vector<Sample>& samples, std::size_t missing = 0,
+               std::size_t sampleBytes = sizeof(Sample)) {
+    const auto frameBytes = static_cast<std::size_t>(channels) * sampleBytes;
+    const auto data = std::as_bytes(std::span(samples));
+    const struct {
+        char riff[20] = {'R', 'I', 'F', 'F', '\xFF', '\xFF', '\xFF', '\xFF', 'W',
+                         'A', 'V', 'E', 'f', 'm',    't',    ' ',    16};
+        std::uint16_t format, channels;
+        std::uint32_t rateHz, byteRate;
+        std::uint16_t frameBytes, bits;
+        char data[4] = {'d', 'a', 't', 'a'};
+        std::uint32_t dataBytes;
+    } header{.format = std::is_floating_point_v<Sample> ? std::uint16_t{3} : std::uint16_t{1},
+             .channels = static_cast<std::uint16_t>(channels),
+             .rateHz = static_cast<std::uint32_t>(rateHz),
+             .byteRate = static_cast<std::uint32_t>(static_cast<std::size_t>(rateHz) * frameBytes),
+             .frameBytes = static_cast<std::uint16_t>(frameBytes),
+             .bits = static_cast<std::uint16_t>(8 * sampleBytes),
+             .dataBytes = static_cast<std::uint32_t>(data.size() + missing)};
+    const auto headerBytes = std::as_bytes(std::span(&header, 1));
+    ByteVector file(headerBytes.begin(), headerBytes.end());
+    file.insert(file.end(), data.begin(), data.end());
+    return file;
+}
 
-/// A RIFF file, byte by byte.
-class Wav {
-public:
-    Wav(std::uint16_t format, int rateHz, int channels, int bits) {
-        text("RIFF");
-        number(0xFFFFFFFF, 4);
-        text("WAVEfmt ");
-        number(16, 4);
-        number(format, 2);
-        number(static_cast<std::uint64_t>(channels), 2);
-        number(static_cast<std::uint64_t>(rateHz), 4);
-        number(static_cast<std::uint64_t>(rateHz * channels * bits / 8), 4);
-        number(static_cast<std::uint64_t>(channels * bits / 8), 2);
-        number(static_cast<std::uint64_t>(bits), 2);
-        text("data");
-        number(0, 4);
+/// The same sine in as many channels as there are frequencies.
+std::vector<float> sines(double amplitude, int rateHz, const std::vector<double>& hertz) {
+    std::vector<float> samples;
+    for (int i = 0; i < rateHz; ++i) {
+        for (const double each : hertz)
+            samples.push_back(static_cast<float>(amplitude * std::sin(2 * std::numbers::pi * each * i / rateHz)));
     }
-    void text(std::string_view characters) {
-        for (const char c : characters) m_bytes.push_back(static_cast<std::byte>(c));
-    }
-    void number(std::uint64_t value, int bytes) {
-        for (int i = 0; i < bytes; ++i) m_bytes.push_back(static_cast<std::byte>(value >> (8 * i)));
-    }
-    void sample(float value) { number(std::bit_cast<std::uint32_t>(value), 4); }
-    /// Declares more than there is by so many bytes.
-    ByteVector file(std::size_t missing = 0) {
-        const std::size_t data = m_bytes.size() - kHeaderBytes + missing;
-        for (std::size_t i = 0; i < 4; ++i) m_bytes[kHeaderBytes - 4 + i] = static_cast<std::byte>(data >> (8 * i));
-        return m_bytes;
-    }
-
-private:
-    static constexpr std::size_t kHeaderBytes = 44;
-    ByteVector m_bytes;
-};
+    return samples;
+}
 
 std::vector<float> decodeWav(const ByteVector& bytes, int expectedChannels) {
     const TemporaryFolder folder;
@@ -73,42 +74,34 @@ void expectSameBits(const std::vector<float>& got, const std::vector<float>& exp
 }
 
 TEST(AudioFileReaderTest, samplesAt48KilohertzPassExactly) {
-    Wav stereo16(kIntegers, 48000, 2, 16);
-    Wav mono8(kIntegers, 48000, 1, 8);
-    Wav mono24(kIntegers, 48000, 1, 24);
-    std::vector<float> expected16, expected8, expected24;
+    std::vector<std::int16_t> stereo16;
+    std::vector<std::uint8_t> mono8, mono24;
+    std::vector<float> floats, expectedFloats, expected16, expected8, expected24;
+    constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
+    constexpr float kOdd[] = {0.0F, -0.0F, 1.5F, -3.0F, 1e-40F, 3e30F, HUGE_VALF, -HUGE_VALF, kNoNumber};
+    constexpr float kRead[] = {0.0F, -0.0F, 1.5F, -3.0F, 1e-40F, kLargestSample, 0, 0, 0};
     for (int i = 0; i < 65536; ++i) {
-        stereo16.number(static_cast<std::uint16_t>(i - 32768), 2);
-        stereo16.number(static_cast<std::uint16_t>(12345 - i), 2);
-        expected16.push_back(static_cast<float>(i - 32768) / 32768.0F);
-        expected16.push_back(static_cast<float>(static_cast<std::int16_t>(12345 - i)) / 32768.0F);
-        mono8.number(static_cast<std::uint64_t>(i % 256), 1);
+        for (const int sample : {i - 32768, 12345 - i}) {
+            stereo16.push_back(static_cast<std::int16_t>(sample));
+            expected16.push_back(static_cast<float>(stereo16.back()) / 32768.0F);
+        }
+        mono8.push_back(static_cast<std::uint8_t>(i));
         expected8.push_back(static_cast<float>(i % 256 - 128) / 128.0F);
         const int wide = (i - 32768) * 255;
-        mono24.number(static_cast<std::uint32_t>(wide), 3);
+        for (const int shift : {0, 8, 16}) mono24.push_back(static_cast<std::uint8_t>(wide >> shift));
         expected24.push_back(static_cast<float>(wide) / 8388608.0F);
+        floats.push_back(kOdd[i % 9]);
+        expectedFloats.push_back(kRead[i % 9]);
     }
-    expectSameBits(decodeWav(stereo16.file(), 2), expected16);
-    expectSameBits(decodeWav(mono8.file(), 1), expected8);
-    expectSameBits(decodeWav(mono24.file(), 1), expected24);
+    expectSameBits(decodeWav(wav(48000, 2, stereo16), 2), expected16);
+    expectSameBits(decodeWav(wav(48000, 1, mono8), 1), expected8);
+    expectSameBits(decodeWav(wav(48000, 1, mono24, 0, 3), 1), expected24);
+    expectSameBits(decodeWav(wav(48000, 2, floats), 2), expectedFloats); // unclamped
     // Cut off: everything that is there, to the last whole frame.
-    ByteVector cut = stereo16.file(1'000'000);
+    ByteVector cut = wav(48000, 2, stereo16, 1'000'000);
     cut.resize(cut.size() - 1);
     expected16.resize(expected16.size() - 2);
     expectSameBits(decodeWav(cut, 2), expected16);
-}
-
-TEST(AudioFileReaderTest, floatsPassUnclampedButForWhatIsNoSound) {
-    std::vector<float> expected;
-    Wav wav(kFloats, 48000, 2, 32);
-    constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
-    constexpr float kOdd[] = {0.0F, -0.0F, 1.5F, -3.0F, HUGE_VALF, -HUGE_VALF, kNoNumber, 1e-40F, 3e30F};
-    constexpr float kRead[] = {0.0F, -0.0F, 1.5F, -3.0F, 0, 0, 0, 1e-40F, kLargestSample};
-    for (std::size_t i = 0; i < 4000; ++i) {
-        wav.sample(kOdd[i % std::size(kOdd)]);
-        expected.push_back(kRead[i % std::size(kRead)]);
-    }
-    expectSameBits(decodeWav(wav.file(), 2), expected);
 }
 
 /// Of a tone, away from both ends.
@@ -121,11 +114,7 @@ double amplitudeInside(const std::vector<float>& samples, int channels, int chan
 TEST(AudioFileReaderTest, otherRatesAreResampledWithLengthAndLevelKept) {
     for (const int rateHz : {8000, 44100, 96000}) {
         SCOPED_TRACE(rateHz);
-        Wav wav(kFloats, rateHz, 1, 32);
-        for (int i = 0; i < rateHz; ++i)
-            wav.sample(static_cast<float>(0.5 * std::sin(2 * std::numbers::pi * 1000 * i / rateHz)));
-
-        const std::vector<float> samples = decodeWav(wav.file(), 1);
+        const std::vector<float> samples = decodeWav(wav(rateHz, 1, sines(0.5, rateHz, {1000})), 1);
 
         EXPECT_NEAR(static_cast<double>(samples.size()), 48000, 32); // one filter length
         EXPECT_NEAR(amplitudeInside(samples, 1, 0, 1000), 0.5, 0.002);
@@ -135,35 +124,27 @@ TEST(AudioFileReaderTest, otherRatesAreResampledWithLengthAndLevelKept) {
 
 TEST(AudioFileReaderTest, moreChannelsAreMixedDownToTwo) {
     // A tone of its own on each channel: left, right, centre, low frequencies, side left, side right.
-    constexpr double kHertz[] = {500, 700, 900, 60, 1300, 1500};
-    Wav wav(kFloats, 48000, 6, 32);
-    for (int i = 0; i < 48000; ++i) {
-        for (const double hertz : kHertz)
-            wav.sample(static_cast<float>(0.2 * std::sin(2 * std::numbers::pi * hertz * i / 48000)));
-    }
-    const std::vector<float> samples = decodeWav(wav.file(), 2);
+    const std::vector<double> hertz = {500, 700, 900, 60, 1300, 1500};
+    const std::vector<float> samples = decodeWav(wav(48000, 6, sines(0.2, 48000, hertz)), 2);
     ASSERT_EQ(samples.size(), 96000U);
+    constexpr double kHalf = 0.2 * std::numbers::sqrt2 / 2;
+    constexpr double kExpected[2][6] = {{0.2, 0, kHalf, 0, kHalf, 0}, {0, 0.2, kHalf, 0, 0, kHalf}};
     for (const int side : {0, 1}) {
-        EXPECT_NEAR(amplitudeInside(samples, 2, side, kHertz[side]), 0.2, 0.001);
-        EXPECT_NEAR(amplitudeInside(samples, 2, side, kHertz[1 - side]), 0, 0.001);
-        EXPECT_NEAR(amplitudeInside(samples, 2, side, kHertz[2]), 0.2 * std::numbers::sqrt2 / 2, 0.001);
-        EXPECT_NEAR(amplitudeInside(samples, 2, side, kHertz[4 + side]), 0.2 * std::numbers::sqrt2 / 2, 0.001);
-        EXPECT_NEAR(amplitudeInside(samples, 2, side, kHertz[5 - side]), 0, 0.001);
+        for (std::size_t i = 0; i < 6; ++i)
+            EXPECT_NEAR(amplitudeInside(samples, 2, side, hertz[i]), kExpected[side][i], 0.001) << side << ' ' << i;
     }
     // So many that nobody knows where they belong: none is lost.
-    Wav many(kFloats, 48000, 19, 32);
-    for (int i = 0; i < 19 * 4800; ++i) many.sample(0.25F);
-    const std::vector<float> level = decodeWav(many.file(), 2);
+    const std::vector<float> level = decodeWav(wav(48000, 19, std::vector<float>(19 * 4800, 0.25F)), 2);
     ASSERT_EQ(level.size(), 9600U);
     EXPECT_NEAR(level[5000], 0.25F, 1e-5);
     EXPECT_NEAR(level[5001], 0.25F, 1e-5);
 }
 
 TEST(AudioFileReaderTest, readsAsManyFramesAsAskedForUntilTheEnd) {
-    Wav wav(kIntegers, 48000, 2, 16);
-    for (int i = 0; i < 2 * 20'000; ++i) wav.number(static_cast<std::uint16_t>(i), 2);
+    std::vector<std::int16_t> counted(2 * 20'000);
+    std::iota(counted.begin(), counted.end(), std::int16_t{0});
     const TemporaryFolder folder;
-    writeFile(folder / "a.wav", wav.file());
+    writeFile(folder / "a.wav", wav(48000, 2, counted));
     auto reader = openAudioFile(folder / "a.wav");
     ASSERT_TRUE(reader.ok());
     std::vector<float> piece(2 * 777 + 1);
@@ -175,10 +156,8 @@ TEST(AudioFileReaderTest, readsAsManyFramesAsAskedForUntilTheEnd) {
 }
 
 TEST(AudioFileReaderTest, aDiskThatGoesAwayIsNotTheEndOfTheFile) {
-    Wav wav(kIntegers, 48000, 2, 16);
-    for (int i = 0; i < 2 * 100'000; ++i) wav.number(static_cast<std::uint16_t>(i), 2);
     const TemporaryFolder folder;
-    writeFile(folder / "a.wav", wav.file());
+    writeFile(folder / "a.wav", wav(48000, 2, std::vector<std::int16_t>(2 * 100'000)));
     for (const bool goesAway : {false, true}) {
         auto reader = openAudioFile(folder / "a.wav");
         ASSERT_TRUE(reader.ok());
@@ -228,18 +207,13 @@ TEST(AudioFileReaderTest, errorsSayWhatIsWrongWithTheFile) {
     std::filesystem::create_directory(folder / "folder");
     writeFile(folder / "empty.wav", {});
     for (const char* name : {"text.wav", "text.mp3"}) writeFile(folder / name, ByteVector(2000, std::byte{'a'}));
-    Wav sound(kIntegers, 48000, 1, 16);
-    sound.number(0, 2);
-    writeFile(folder / "sound.wav", sound.file());
-    ByteVector header = sound.file();
-    header.resize(30);
-    writeFile(folder / "header.wav", header);
-    Wav slow(kIntegers, 999, 1, 16);
-    for (int i = 0; i < 20'000; ++i) slow.number(0, 2);
-    writeFile(folder / "slow.wav", slow.file());
-    Wav wide(kIntegers, 48000, 64, 16);
-    for (int i = 0; i < 64'000; ++i) wide.number(0, 2);
-    writeFile(folder / "wide.wav", wide.file());
+    const std::vector<std::int16_t> silence(64'000);
+    ByteVector sound = wav(48000, 1, silence);
+    writeFile(folder / "sound.wav", sound);
+    sound.resize(30);
+    writeFile(folder / "header.wav", sound);
+    writeFile(folder / "slow.wav", wav(999, 1, silence));
+    writeFile(folder / "wide.wav", wav(48000, 64, silence));
     // Files that name others must not be followed.
     const std::string concat = "ffconcat version 1.0\nfile sound.wav\n";
     const auto listBytes = std::as_bytes(std::span(concat));

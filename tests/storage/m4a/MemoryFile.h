@@ -30,6 +30,7 @@ struct MemoryDisk {
 
     std::int64_t capacity = kNever; ///< ENOSPC beyond
     bool canReserve = true;
+    bool canRead = true;
     std::int64_t bytesUntilFault = kNever; ///< the write that crosses this arrives in part and fails
     int faultCode = EIO;
     bool diesAtFault = false; ///< nothing at all works after the fault: the process was killed
@@ -37,6 +38,7 @@ struct MemoryDisk {
     int syncsToFail = 0;     ///< with EIO
     bool holdsSyncs = false; ///< they wait until this is false
     int syncsWaiting = 0;
+    int syncs = 0; ///< begun
 
     /// What may be on the disk after a power cut: each sector written since the last sync has arrived or has not.
     [[nodiscard]] ByteVector afterPowerCut(unsigned seed) const {
@@ -71,7 +73,7 @@ public:
     }
     Result<std::size_t> readAt(std::int64_t offset, std::span<std::byte> into) override {
         const std::lock_guard lock(m_disk->mutex);
-        if (m_disk->dead) return fault(EIO);
+        if (m_disk->dead || !m_disk->canRead) return fault(EIO);
         const auto from = std::min(static_cast<std::size_t>(offset), m_disk->bytes.size());
         const std::size_t count = std::min(into.size(), m_disk->bytes.size() - from);
         std::copy_n(m_disk->bytes.begin() + static_cast<std::ptrdiff_t>(from), count, into.begin());
@@ -109,6 +111,7 @@ public:
     }
     Result<void> sync() override {
         std::unique_lock lock(m_disk->mutex);
+        ++m_disk->syncs;
         ++m_disk->syncsWaiting;
         m_disk->changed.notify_all();
         m_disk->changed.wait(lock, [this] { return !m_disk->holdsSyncs; });
