@@ -18,13 +18,9 @@ namespace {
 
 using Scheme = Appearance::Scheme;
 
-class DesktopServicesTest : public testing::Test {
+class DesktopServicesTest : public BusTest {
 protected:
-    void SetUp() override { ASSERT_TRUE(m_bus.started()) << "no dbus-daemon"; }
-
-    PrivateBus m_bus;
-    QDBusConnection m_connection = m_bus.connection(QStringLiteral("quillet"));
-    QDBusConnection m_desktop = m_bus.connection(QStringLiteral("desktop"));
+    QDBusConnection m_desktop = m_bus.connection();
 };
 
 TEST_F(DesktopServicesTest, TheMachineStaysAwakeForAsLongAsAHoldLives) {
@@ -34,10 +30,10 @@ TEST_F(DesktopServicesTest, TheMachineStaysAwakeForAsLongAsAHoldLives) {
     screenSaver.start();
     LinuxSleepInhibitor inhibitor(m_connection, m_connection);
 
-    auto first = inhibitor.hold(QStringLiteral("Recording a meeting"));
-    auto second = inhibitor.hold(QStringLiteral("Recording a meeting"));
+    auto first = inhibitor.hold(u"Recording a meeting"_s);
+    auto second = inhibitor.hold(u"Recording a meeting"_s);
     ASSERT_TRUE(waitFor([&] { return login.held() == 2 && screenSaver.held.size() == 2; }));
-    EXPECT_EQ(login.asked.value(0), QStringLiteral("sleep:idle|Quillet|Recording a meeting|block"));
+    EXPECT_EQ(login.asked.value(0), u"sleep:idle|Quillet|Recording a meeting|block"_s);
 
     settle(m_desktop, m_connection);
     first.reset();
@@ -45,7 +41,7 @@ TEST_F(DesktopServicesTest, TheMachineStaysAwakeForAsLongAsAHoldLives) {
     second.reset();
     EXPECT_TRUE(waitFor([&] { return login.held() == 0 && screenSaver.held.isEmpty(); }));
 
-    inhibitor.hold(QStringLiteral("Over before it was granted")).reset();
+    inhibitor.hold(u"Over before it was granted"_s).reset();
     ASSERT_TRUE(waitFor([&] { return login.asked.size() == 3 && screenSaver.lastCookie == 9; }));
     EXPECT_TRUE(waitFor([&] { return login.held() == 0 && screenSaver.held.isEmpty(); })) << "given back on arrival";
 }
@@ -54,25 +50,23 @@ TEST_F(DesktopServicesTest, ThePortalServesWhereNoScreenSaverDoes) {
     FakeInhibitPortal portal(m_desktop);
     portal.start();
     LinuxSleepInhibitor inhibitor(PrivateBus::none(), m_connection);
-    auto hold = inhibitor.hold(QStringLiteral("Recording"));
+    auto hold = inhibitor.hold(u"Recording"_s);
     ASSERT_TRUE(waitFor([&] { return portal.flagsAsked == QList{12U}; })) << "suspend and idle";
     settle(m_desktop, m_connection);
     EXPECT_EQ(portal.request.closes, 0);
     hold.reset();
     EXPECT_TRUE(waitFor([&] { return portal.request.closes == 1; }));
 
-    const auto nothing = LinuxSleepInhibitor(PrivateBus::none(), PrivateBus::none()).hold(QStringLiteral("x"));
-    processEvents();
-    EXPECT_TRUE(nothing);
+    EXPECT_TRUE(LinuxSleepInhibitor(PrivateBus::none(), PrivateBus::none()).hold(u"x"_s));
 }
 
 TEST_F(DesktopServicesTest, TheLookFollowsThePortal) {
     FakeSettingsPortal portal(m_desktop);
-    const QString look = QStringLiteral("org.freedesktop.appearance");
-    const QString interface = QStringLiteral("org.gnome.desktop.interface");
-    const QString scheme = QStringLiteral("color-scheme");
-    const QString scale = QStringLiteral("text-scaling-factor");
-    const QString animations = QStringLiteral("enable-animations");
+    const QString look = u"org.freedesktop.appearance"_s;
+    const QString interface = u"org.gnome.desktop.interface"_s;
+    const QString scheme = u"color-scheme"_s;
+    const QString scale = u"text-scaling-factor"_s;
+    const QString animations = u"enable-animations"_s;
     portal.settings = {{look + QLatin1Char(' ') + scheme, 1U}, {interface + QLatin1Char(' ') + scale, 1.25}};
     portal.start();
     LinuxAppearance appearance(m_connection);
@@ -91,14 +85,14 @@ TEST_F(DesktopServicesTest, TheLookFollowsThePortal) {
         std::optional<bool> animations;
     } rows[] = {
         {"light", look, scheme, 2U, Scheme::Light, 1.25, {}},
-        {"another program's setting", QStringLiteral("org.example"), scheme, 1U, Scheme::Light, 1.25, {}},
+        {"another program's setting", u"org.example"_s, scheme, 1U, Scheme::Light, 1.25, {}},
         {"still", interface, animations, false, Scheme::Light, 1.25, false},
         {"no preference", look, scheme, 0U, {}, 1.25, false},
-        {"not a number", interface, scale, QStringLiteral("large"), {}, {}, false},
+        {"not a number", interface, scale, u"large"_s, {}, {}, false},
         {"twice as large", interface, scale, 2.0, {}, 2.0, false},
         {"beyond sense", interface, scale, 1e9, {}, {}, false},
         {"a value that is none", interface, scale, std::nan(""), {}, {}, false},
-        {"a value of another type", look, scheme, QStringLiteral("dark"), {}, {}, false},
+        {"a value of another type", look, scheme, u"dark"_s, {}, {}, false},
         {"moving again", interface, animations, true, {}, {}, true},
     };
     for (const auto& row : rows) {
@@ -121,30 +115,28 @@ TEST_F(DesktopServicesTest, ARecordingIsSelectedInTheFileManagerOrItsFolderOpene
     manager.start();
     files.revealInFileManager("/tmp/Größe 100%/a#b?.m4a");
     ASSERT_TRUE(waitFor([&] { return !manager.shown.isEmpty(); }));
-    EXPECT_EQ(manager.shown.value(0), QStringLiteral("file:///tmp/Gr%C3%B6%C3%9Fe%20100%25/a%23b%3F.m4a"));
+    EXPECT_EQ(manager.shown.value(0), u"file:///tmp/Gr%C3%B6%C3%9Fe%20100%25/a%23b%3F.m4a"_s);
     settle(m_desktop, m_connection);
     EXPECT_EQ(opened.size(), 1U) << "not both";
 }
 
 TEST_F(DesktopServicesTest, ABusThatHasStoppedHoldsNobodyUp) {
-    const QDBusConnection ofTheItem = m_bus.connection(QStringLiteral("item"));
+    const QDBusConnection ofTheItem = m_bus.connection();
     m_bus.freeze();
     QElapsedTimer timer;
     timer.start();
 
     const LinuxAppearance appearance(m_connection);
     LinuxUserNotices notices(m_connection);
-    notices.show({.subject = QStringLiteral("recording"), .title = QStringLiteral("Recording saved")});
-    LinuxSleepInhibitor(m_connection, m_connection).hold(QStringLiteral("Recording")).reset();
-    LinuxDesktopFiles(m_connection, [](const std::filesystem::path&) {}).revealInFileManager("/tmp/a.m4a");
+    notices.show({.subject = u"recording"_s, .title = u"Recording saved"_s});
+    LinuxSleepInhibitor(m_connection, m_connection).hold(u"Recording"_s).reset();
+    LinuxDesktopFiles(m_connection, {}).revealInFileManager("/tmp/a.m4a");
     LinuxSingleInstance instance(m_connection, QString());
-    instance.claim(
-        RemoteCommand::Open, [](RemoteCommand) {}, [](SingleInstance::Claim) {});
-    LinuxStatusItem item({.activate = [](const ActivationHint&) {}, .menu = [] { return std::vector<MenuEntry>(); }},
-                         ofTheItem);
-    item.setImage({.description = QStringLiteral("Quillet")});
+    instance.claim(RemoteCommand::Open, {}, {});
+    LinuxStatusItem item({.activate = {}, .menu = [] { return std::vector<MenuEntry>(); }}, ofTheItem);
+    item.setImage({.description = u"Quillet"_s});
     item.refreshMenu();
-    notices.withdraw(QStringLiteral("recording"));
+    notices.withdraw(u"recording"_s);
     processEvents();
 
     EXPECT_LT(timer.elapsed(), bus::kPatienceMs / 2) << "whoever waits for an answer waits longer";

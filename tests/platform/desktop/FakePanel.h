@@ -1,47 +1,28 @@
 #pragma once
 
-#include "PrivateBus.h"
+#include "FakeServices.h"
 #include "platform/linux/desktop/NotifierTypes.h"
-
-#include <QDBusConnection>
-#include <QDBusVariant>
-#include <QObject>
-#include <QStringList>
 
 namespace quillet::test {
 
 /// A panel that shows status items, and the watcher that keeps the list of them.
-class FakePanel : public QObject {
+class FakePanel : public FakeService {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
     Q_PROPERTY(bool IsStatusNotifierHostRegistered MEMBER hasHost)
 
 public:
-    explicit FakePanel(const QDBusConnection& connection) : bus(connection) {}
-    ~FakePanel() override { stop(); }
-
-    void start() {
-        answer();
-        takeName();
-    }
-    void takeName() { bus.registerService(QStringLiteral("org.kde.StatusNotifierWatcher")); }
-    void answer() {
-        bus.registerObject(QStringLiteral("/StatusNotifierWatcher"), this,
-                           QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllProperties |
-                               QDBusConnection::ExportAllSignals);
-    }
-    void stop() {
-        bus.unregisterService(QStringLiteral("org.kde.StatusNotifierWatcher"));
-        bus.unregisterObject(QStringLiteral("/StatusNotifierWatcher"));
-    }
+    explicit FakePanel(const QDBusConnection& connection)
+        : FakeService(connection, "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher") {}
 
     [[nodiscard]] QVariant property(const char* name) const {
-        const QDBusMessage reply = callAs(bus, items.value(0), "/StatusNotifierItem", "org.freedesktop.DBus.Properties",
-                                          "Get", {QStringLiteral("org.kde.StatusNotifierItem"), QLatin1String(name)});
+        const QVariantList arguments = {u"org.kde.StatusNotifierItem"_s, QLatin1String(name)};
+        const QDBusMessage reply =
+            callAs(bus, items.value(0), "/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get", arguments);
         return reply.arguments().value(0).value<QDBusVariant>().variant();
     }
-    QDBusMessage press(const char* method, int x, int y) const {
-        return callAs(bus, items.value(0), "/StatusNotifierItem", "org.kde.StatusNotifierItem", method, {x, y});
+    QDBusMessage call(const char* method, const QVariantList& arguments) const {
+        return callAs(bus, items.value(0), "/StatusNotifierItem", "org.kde.StatusNotifierItem", method, arguments);
     }
     QDBusMessage menu(const char* method, const QVariantList& arguments) const {
         return callAs(bus, items.value(0), "/MenuBar", "com.canonical.dbusmenu", method, arguments);
@@ -52,14 +33,13 @@ public:
     }
     [[nodiscard]] QStringList menuTitles() const {
         QStringList titles;
-        for (const MenuLayout& line : menuLines()) titles << line.properties.value(QStringLiteral("label")).toString();
+        for (const MenuLayout& line : menuLines()) titles << line.properties.value(u"label"_s).toString();
         return titles;
     }
     void click(int id) const {
-        (void)menu("Event", {id, QStringLiteral("clicked"), QVariant::fromValue(QDBusVariant(QString())), 0U});
+        (void)menu("Event", {id, u"clicked"_s, QVariant::fromValue(QDBusVariant(QString())), 0U});
     }
 
-    QDBusConnection bus;
     bool hasHost = true;
     QStringList items;
 

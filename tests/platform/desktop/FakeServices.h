@@ -25,10 +25,14 @@ public:
     ~FakeService() override { stop(); }
 
     void start() {
+        answer();
+        takeName();
+    }
+    void takeName() { bus.registerService(m_name); }
+    void answer() {
         bus.registerObject(m_path, this,
                            QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals |
                                QDBusConnection::ExportAllProperties);
-        bus.registerService(m_name);
     }
     void stop() {
         bus.unregisterService(m_name);
@@ -57,7 +61,7 @@ public:
     explicit FakeNotifications(const QDBusConnection& connection)
         : FakeService(connection, "org.freedesktop.Notifications", "/org/freedesktop/Notifications") {}
 
-    QStringList capabilities{QStringLiteral("actions"), QStringLiteral("body"), QStringLiteral("body-markup")};
+    QStringList capabilities{u"actions"_s, u"body"_s, u"body-markup"_s};
     std::vector<Shown> shown;
     QList<uint> taken;
     uint lastId = 40;
@@ -155,7 +159,7 @@ class FakeInhibitPortal : public FakeService {
 public:
     explicit FakeInhibitPortal(const QDBusConnection& connection)
         : FakeService(connection, "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop") {
-        bus.registerObject(QStringLiteral("/request/1"), &request, QDBusConnection::ExportAllSlots);
+        bus.registerObject(u"/request/1"_s, &request, QDBusConnection::ExportAllSlots);
     }
 
     FakePortalRequest request;
@@ -164,7 +168,7 @@ public:
 public Q_SLOTS:
     QDBusObjectPath Inhibit(const QString&, uint flags, const QVariantMap&) {
         flagsAsked.append(flags);
-        return QDBusObjectPath(QStringLiteral("/request/1"));
+        return QDBusObjectPath(u"/request/1"_s);
     }
 };
 
@@ -181,8 +185,7 @@ public:
 public Q_SLOTS:
     QDBusVariant Read(const QString& group, const QString& key) {
         const QVariant value = settings.value(group + QLatin1Char(' ') + key);
-        if (!value.isValid())
-            sendErrorReply(QStringLiteral("org.freedesktop.portal.Error.NotFound"), QStringLiteral("no such setting"));
+        if (!value.isValid()) sendErrorReply(u"org.freedesktop.portal.Error.NotFound"_s, u"no such setting"_s);
         return QDBusVariant(QVariant::fromValue(QDBusVariant(value))); // a variant in a variant, as the real one
     }
 
@@ -206,9 +209,9 @@ public:
         : FakeService(connection, "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop") {}
 
     void respond(uint response, const QStringList& uris) const {
-        QDBusMessage signal = QDBusMessage::createSignal(
-            asked.back().request, QStringLiteral("org.freedesktop.portal.Request"), QStringLiteral("Response"));
-        signal.setArguments({response, QVariantMap{{QStringLiteral("uris"), uris}}});
+        QDBusMessage signal =
+            QDBusMessage::createSignal(asked.back().request, u"org.freedesktop.portal.Request"_s, u"Response"_s);
+        signal.setArguments({response, QVariantMap{{u"uris"_s, uris}}});
         bus.send(signal);
     }
 
@@ -229,11 +232,11 @@ public Q_SLOTS:
 private:
     QDBusObjectPath open(const char* method, const QString& parent, const QString& title, const QVariantMap& options) {
         const QString sender = message().service().mid(1).replace(QLatin1Char('.'), QLatin1Char('_'));
-        const QString request = QStringLiteral("/org/freedesktop/portal/desktop/request/") + sender + QLatin1Char('/') +
-                                options.value(QStringLiteral("handle_token")).toString();
+        const QString request = u"/org/freedesktop/portal/desktop/request/"_s + sender + QLatin1Char('/') +
+                                options.value(u"handle_token"_s).toString();
         asked.push_back({QLatin1String(method), parent, title, options, request});
         bus.registerObject(request, &dialog, QDBusConnection::ExportAllSlots);
-        if (refuses) sendErrorReply(QDBusError::AccessDenied, QStringLiteral("no"));
+        if (refuses) sendErrorReply(QDBusError::AccessDenied, u"no"_s);
         if (isSilent) setDelayedReply(true);
         return QDBusObjectPath(request);
     }

@@ -10,21 +10,17 @@ namespace {
 
 using Outcome = FileAnswer::Outcome;
 
-class FileDialogsTest : public testing::Test {
+class FileDialogsTest : public BusTest {
 protected:
-    void SetUp() override { ASSERT_TRUE(m_bus.started()) << "no dbus-daemon"; }
-
     void ask(QWindow* over = nullptr) {
-        m_dialogs.ask({.title = QStringLiteral("Choose"), .startFolder = "/tmp/\xff"}, over,
+        m_dialogs.ask({.title = u"Choose"_s, .startFolder = "/tmp/\xff"}, over,
                       [this](const FileAnswer& answer) { m_answers.push_back(answer); });
     }
     [[nodiscard]] bool isAsked(std::size_t times) {
         return waitFor([&] { return m_portal.asked.size() == times; });
     }
 
-    PrivateBus m_bus;
-    QDBusConnection m_connection = m_bus.connection(QStringLiteral("quillet"));
-    FakeFileChooserPortal m_portal{m_bus.connection(QStringLiteral("portal"))};
+    FakeFileChooserPortal m_portal{m_bus.connection()};
     PortalFileDialogs m_dialogs{m_connection};
     std::vector<FileAnswer> m_answers;
 };
@@ -32,6 +28,10 @@ protected:
 TEST_F(FileDialogsTest, WhatThePortalSaysOrDoesNotSayIsOneOfThreeAnswers) {
     const auto responds = [this](uint response, const char* uri) {
         return [=, this] { m_portal.respond(response, {QLatin1String(uri)}); };
+    };
+    const auto closed = [this] {
+        (void)waitFor([] { return false; }, 1200); // as a hand would
+        m_portal.respond(2, {});
     };
     const struct {
         const char* name;
@@ -47,14 +47,7 @@ TEST_F(FileDialogsTest, WhatThePortalSaysOrDoesNotSayIsOneOfThreeAnswers) {
         {"no folder of this machine", {}, responds(0, "smb://server/share"), Outcome::Unavailable, ""},
         {"cancelled", {}, responds(1, ""), Outcome::Declined, ""},
         {"came to nothing", {}, responds(2, ""), Outcome::Unavailable, ""},
-        {"closed by its frame",
-         {},
-         [this] {
-             (void)waitFor([] { return false; }, 1200); // as a hand would
-             m_portal.respond(2, {});
-         },
-         Outcome::Declined,
-         ""},
+        {"closed by its frame", {}, closed, Outcome::Declined, ""},
         {"refused", [this] { m_portal.refuses = true; }, [] {}, Outcome::Unavailable, ""},
         {"gone in the middle", {}, [this] { m_portal.stop(); }, Outcome::Unavailable, ""},
         {"silent", [this] { m_portal.isSilent = true; }, [] {}, Outcome::Unavailable, ""},
@@ -93,24 +86,24 @@ TEST_F(FileDialogsTest, ADialogGoesWithItsWindowAndGivesWayToTheNext) {
     ask(&window);
     ASSERT_TRUE(isAsked(1));
     const auto& [method, parent, title, options, request] = m_portal.asked.front();
-    EXPECT_EQ(method + title, QStringLiteral("OpenFileChoose"));
-    EXPECT_TRUE(options.value(QStringLiteral("directory")).toBool());
-    EXPECT_EQ(options.value(QStringLiteral("current_folder")).toByteArray(), QByteArray("/tmp/\xff", 7));
+    EXPECT_EQ(method + title, u"OpenFileChoose"_s);
+    EXPECT_TRUE(options.value(u"directory"_s).toBool());
+    EXPECT_EQ(options.value(u"current_folder"_s).toByteArray(), QByteArray("/tmp/\xff", 7));
 
     ask(&window);
     ASSERT_TRUE(isAsked(2));
     EXPECT_TRUE(waitFor([&] { return m_portal.dialog.closes == 1; }));
     window.hide();
     EXPECT_TRUE(waitFor([&] { return m_portal.dialog.closes == 2; }));
-    m_portal.respond(0, {QStringLiteral("file:///tmp")});
+    m_portal.respond(0, {u"file:///tmp"_s});
     settle(m_portal.bus, m_connection);
     EXPECT_TRUE(m_answers.empty()) << "nobody waits for it any more";
 
-    m_dialogs.ask({.kind = FileQuestion::Kind::NewFile, .proposedName = QStringLiteral("Weekly.json")}, nullptr,
+    m_dialogs.ask({.kind = FileQuestion::Kind::NewFile, .proposedName = u"Weekly.json"_s}, nullptr,
                   [this](const FileAnswer& answer) { m_answers.push_back(answer); });
     ASSERT_TRUE(isAsked(3));
-    EXPECT_EQ(m_portal.asked.back().method, QStringLiteral("SaveFile"));
-    EXPECT_EQ(m_portal.asked.back().options.value(QStringLiteral("current_name")), QStringLiteral("Weekly.json"));
+    EXPECT_EQ(m_portal.asked.back().method, u"SaveFile"_s);
+    EXPECT_EQ(m_portal.asked.back().options.value(u"current_name"_s), u"Weekly.json"_s);
 }
 
 } // namespace

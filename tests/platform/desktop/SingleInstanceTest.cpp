@@ -5,7 +5,6 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QFileInfo>
 #include <QLockFile>
 #include <QTimer>
 
@@ -46,13 +45,10 @@ struct Start {
     std::vector<RemoteCommand> commands;
 };
 
-class SingleInstanceTest : public testing::Test {
+class SingleInstanceTest : public BusTest {
 protected:
-    void SetUp() override { ASSERT_TRUE(m_bus.started()) << "no dbus-daemon"; }
-
     QTemporaryDir m_runtime;
-    QString m_folder = m_runtime.filePath(QStringLiteral("quillet"));
-    PrivateBus m_bus;
+    QString m_folder = m_runtime.filePath(u"quillet"_s);
 };
 
 TEST_F(SingleInstanceTest, ASecondStartHandsItsCommandToTheFirst) {
@@ -69,14 +65,11 @@ TEST_F(SingleInstanceTest, ASecondStartHandsItsCommandToTheFirst) {
         for (const RemoteCommand command : kAll) {
             SCOPED_TRACE(testing::Message() << row.name << ", command " << static_cast<int>(command));
             PrivateBus bus; // connections keep their names for as long as they live
-            const auto busIf = [&](bool has, const char* name) {
-                return has ? bus.connection(QLatin1String(name)) : PrivateBus::none();
-            };
-            Start first(busIf(row.firstHasBus, "first"), m_folder);
+            Start first(row.firstHasBus ? bus.connection() : PrivateBus::none(), m_folder);
             ASSERT_EQ(first.claim(), Claim::First);
             EXPECT_TRUE(first.commands.empty()) << "it carries out its own command by itself";
 
-            Start second(busIf(row.secondHasBus, "second"), m_folder);
+            Start second(row.secondHasBus ? bus.connection() : PrivateBus::none(), m_folder);
             EXPECT_EQ(second.claim(command), Claim::Delivered);
             EXPECT_EQ(second.send(command), true);
             EXPECT_TRUE(waitFor([&] { return first.commands == std::vector(2, command); }));
@@ -88,13 +81,10 @@ TEST_F(SingleInstanceTest, ASecondStartHandsItsCommandToTheFirst) {
 TEST_F(SingleInstanceTest, NobodyThereIsSaidAtOnceAndLeavesNothing) {
     QElapsedTimer waiting;
     waiting.start();
-    for (const bool hasBus : {true, false}) {
-        Start only(hasBus ? m_bus.connection(QStringLiteral("only")) : PrivateBus::none(), m_folder);
-        EXPECT_EQ(only.send(RemoteCommand::Quit), false);
-    }
+    for (const QDBusConnection& bus : {m_connection, PrivateBus::none()})
+        EXPECT_EQ(Start(bus, m_folder).send(RemoteCommand::Quit), false);
     EXPECT_LT(waiting.elapsed(), 2500) << "the time that is given to one who may still listen";
-    Start first(m_bus.connection(QStringLiteral("first")), m_folder);
-    EXPECT_EQ(first.claim(), Claim::First);
+    EXPECT_EQ(Start(m_connection, m_folder).claim(), Claim::First);
 }
 
 TEST_F(SingleInstanceTest, TwoStartsAtOnceWithoutABusAreOneProgram) {
@@ -111,15 +101,13 @@ TEST_F(SingleInstanceTest, WhatADeadProcessLeftKeepsNobodyOut) {
     ASSERT_TRUE(QFile::setPermissions(m_folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
     const pid_t child = fork();
     if (child == 0) {
-        QLockFile lock(m_folder + QStringLiteral("/instance.lock"));
+        QLockFile lock(m_folder + u"/instance.lock"_s);
         _exit(lock.tryLock(0) ? 0 : 1);
     }
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     ASSERT_EQ(status, 0);
-    ASSERT_TRUE(QFile::exists(m_folder + QStringLiteral("/instance.lock")));
-    QFile leftover(m_folder + QStringLiteral("/instance.socket"));
-    ASSERT_TRUE(leftover.open(QIODevice::WriteOnly));
+    makeFile(m_folder + u"/instance.socket"_s);
 
     Start next(PrivateBus::none(), m_folder);
     ASSERT_EQ(next.claim(), Claim::First);
@@ -133,7 +121,7 @@ TEST_F(SingleInstanceTest, OnlyItsUserCanReachTheSocket) {
         QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
     EXPECT_EQ(QFile::permissions(m_folder) & others, QFile::Permissions());
 
-    const QString open = m_runtime.filePath(QStringLiteral("open"));
+    const QString open = m_runtime.filePath(u"open"_s);
     ASSERT_TRUE(QDir().mkpath(open));
     ASSERT_TRUE(QFile::setPermissions(open, QFile::permissions(open) | others));
     Start exposed(PrivateBus::none(), open);
@@ -142,7 +130,7 @@ TEST_F(SingleInstanceTest, OnlyItsUserCanReachTheSocket) {
 }
 
 TEST_F(SingleInstanceTest, ARunningProgramThatDoesNotAnswerIsSaid) {
-    QDBusConnection stuck = m_bus.connection(QStringLiteral("stuck"));
+    QDBusConnection stuck = m_bus.connection();
     class : public QDBusVirtualObject {
         QString introspect(const QString&) const override { return {}; }
         bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override {
@@ -153,14 +141,14 @@ TEST_F(SingleInstanceTest, ARunningProgramThatDoesNotAnswerIsSaid) {
     stuck.registerVirtualObject(QLatin1String(LinuxSingleInstance::kPath), &silent);
     ASSERT_TRUE(stuck.registerService(QLatin1String(LinuxSingleInstance::kName)));
 
-    Start second(m_bus.connection(QStringLiteral("second")), m_folder);
+    Start second(m_connection, m_folder);
     EXPECT_EQ(second.claim(), Claim::Unreached);
 }
 
 TEST_F(SingleInstanceTest, UnknownActionsDoNothing) {
-    Start first(m_bus.connection(QStringLiteral("first")), m_folder);
+    Start first(m_connection, m_folder);
     ASSERT_EQ(first.claim(), Claim::First);
-    const QDBusConnection desktop = m_bus.connection(QStringLiteral("desktop"));
+    const QDBusConnection desktop = m_bus.connection();
     for (const char* action : {"no-such", "", "open; quit", "quit"}) {
         const QDBusMessage reply = callAs(desktop, QLatin1String(LinuxSingleInstance::kName),
                                           LinuxSingleInstance::kPath, "org.freedesktop.Application", "ActivateAction",

@@ -23,25 +23,27 @@ QIcon disc() {
     return pixmap;
 }
 
-class StatusItemTest : public testing::Test {
+class StatusItemTest : public BusTest {
 protected:
-    void SetUp() override { ASSERT_TRUE(m_bus.started()) << "no dbus-daemon"; }
-
     void makeItem() {
         m_item = std::make_unique<LinuxStatusItem>(
             StatusItem::Handlers{.activate = [this](const ActivationHint& hint) { m_presses.push_back(hint); },
                                  .menu = [this] { return m_entries; }},
-            m_bus.connection(QStringLiteral("item")));
+            m_bus.connection());
         m_item->presence().subscribe(&m_panel, [this](Presence presence) { m_seen.push_back(presence); });
-        m_item->setImage(
-            {.symbol = QStringLiteral("mic.circle.fill"), .icon = disc(), .description = QStringLiteral("Quillet")});
+        m_item->setImage({.symbol = u"mic.circle.fill"_s, .icon = disc(), .description = u"Quillet"_s});
+    }
+    /// In a panel.
+    void showItem() {
+        m_panel.start();
+        makeItem();
+        EXPECT_TRUE(becomes(Presence::Shown));
     }
     [[nodiscard]] bool becomes(Presence presence) {
         return waitFor([&] { return m_item->presence().value() == presence; });
     }
 
-    PrivateBus m_bus;
-    FakePanel m_panel{m_bus.connection(QStringLiteral("panel"))};
+    FakePanel m_panel{m_bus.connection()};
     std::vector<MenuEntry> m_entries;
     std::vector<ActivationHint> m_presses;
     std::vector<Presence> m_seen;
@@ -49,6 +51,9 @@ protected:
 };
 
 TEST_F(StatusItemTest, FollowsThePanelThatComesGoesAndReturns) {
+    LinuxStatusItem withoutABus({}, PrivateBus::none());
+    withoutABus.setImage({});
+    EXPECT_EQ(withoutABus.presence().value(), Presence::Absent);
     makeItem();
     ASSERT_TRUE(becomes(Presence::Absent)) << "nobody has the watcher's name";
 
@@ -83,35 +88,23 @@ TEST_F(StatusItemTest, AWatcherWithoutAPanelShowsNothing) {
 }
 
 TEST_F(StatusItemTest, LeavesThePanelWhenItIsDestroyed) {
-    m_panel.start();
-    makeItem();
-    ASSERT_TRUE(becomes(Presence::Shown));
+    showItem();
     const QString name = m_panel.items.value(0);
     m_item.reset();
-    EXPECT_TRUE(waitFor([&] {
-        return !callAs(m_panel.bus, QStringLiteral("org.freedesktop.DBus"), "/org/freedesktop/DBus",
-                       "org.freedesktop.DBus", "NameHasOwner", {name})
-                    .arguments()
-                    .value(0)
-                    .toBool();
-    })) << "a panel drops an item when its connection ends";
-}
-
-TEST_F(StatusItemTest, WithoutABusIsAbsentAtOnce) {
-    LinuxStatusItem item({.activate = [](const ActivationHint&) {}, .menu = [] { return std::vector<MenuEntry>(); }},
-                         PrivateBus::none());
-    item.setImage({});
-    EXPECT_EQ(item.presence().value(), Presence::Absent);
+    const auto isThere = [&] {
+        return callAs(m_panel.bus, u"org.freedesktop.DBus"_s, "/", "org.freedesktop.DBus", "NameHasOwner", {name})
+            .arguments()
+            .contains(true);
+    };
+    EXPECT_TRUE(waitFor([&] { return !isThere(); })) << "a panel drops an item when its connection ends";
 }
 
 TEST_F(StatusItemTest, ShowsItsImageInEverySizeAndSaysWhatItIs) {
-    m_panel.start();
-    makeItem();
-    ASSERT_TRUE(becomes(Presence::Shown));
+    showItem();
 
-    EXPECT_EQ(m_panel.property("Title").toString(), QStringLiteral("Quillet"));
-    EXPECT_EQ(qdbus_cast<NotifierToolTip>(m_panel.property("ToolTip")).title, QStringLiteral("Quillet"));
-    EXPECT_EQ(m_panel.property("Status").toString(), QStringLiteral("Active"));
+    EXPECT_EQ(m_panel.property("Title").toString(), u"Quillet"_s);
+    EXPECT_EQ(qdbus_cast<NotifierToolTip>(m_panel.property("ToolTip")).title, u"Quillet"_s);
+    EXPECT_EQ(m_panel.property("Status").toString(), u"Active"_s);
     EXPECT_EQ(m_panel.property("ItemIsMenu").toBool(), false);
     const auto before = qdbus_cast<NotifierPixmaps>(m_panel.property("IconPixmap"));
     QList<int> sizes;
@@ -121,11 +114,11 @@ TEST_F(StatusItemTest, ShowsItsImageInEverySizeAndSaysWhatItIs) {
     }
     EXPECT_EQ(sizes, (QList{22, 24, 32, 44, 48, 64}));
 
-    m_item->setImage({.symbol = QStringLiteral("record.circle.fill"),
+    m_item->setImage({.symbol = u"record.circle.fill"_s,
                       .icon = disc(),
-                      .description = QStringLiteral("Recording"),
+                      .description = u"Recording"_s,
                       .tint = StatusImage::Tint::Recording});
-    EXPECT_EQ(m_panel.property("Title").toString(), QStringLiteral("Recording"));
+    EXPECT_EQ(m_panel.property("Title").toString(), u"Recording"_s);
     const auto after = qdbus_cast<NotifierPixmaps>(m_panel.property("IconPixmap"));
     const QByteArray middle = after.last().data.mid((32 * 64 + 32) * 4, 4);
     EXPECT_EQ(static_cast<uchar>(middle[0]), 0xff) << "alpha comes first";
@@ -133,16 +126,12 @@ TEST_F(StatusItemTest, ShowsItsImageInEverySizeAndSaysWhatItIs) {
 }
 
 TEST_F(StatusItemTest, OnlyThePrimaryButtonActivates) {
-    m_panel.start();
-    makeItem();
-    ASSERT_TRUE(becomes(Presence::Shown));
-    (void)m_panel.press("SecondaryActivate", 700, 500);
-    (void)callAs(m_panel.bus, m_panel.items.value(0), "/StatusNotifierItem", "org.kde.StatusNotifierItem", "Scroll",
-                 {120, QStringLiteral("vertical")});
-    (void)callAs(m_panel.bus, m_panel.items.value(0), "/StatusNotifierItem", "org.kde.StatusNotifierItem",
-                 "ProvideXdgActivationToken", {QStringLiteral("token-1")});
-    EXPECT_EQ(m_panel.press("Activate", 700, 500).type(), QDBusMessage::ReplyMessage);
-    (void)m_panel.press("Activate", 3, 5);
+    showItem();
+    m_panel.call("SecondaryActivate", {700, 500});
+    m_panel.call("Scroll", {120, u"vertical"_s});
+    m_panel.call("ProvideXdgActivationToken", {u"token-1"_s});
+    EXPECT_EQ(m_panel.call("Activate", {700, 500}).type(), QDBusMessage::ReplyMessage);
+    m_panel.call("Activate", {3, 5});
 
     ASSERT_TRUE(waitFor([&] { return m_presses.size() == 2; }));
     EXPECT_EQ(m_presses[0].point, QPoint(700, 500));
@@ -172,28 +161,26 @@ TEST(PointerHintTest, BelievesThePointerThenAPlaceOnAScreen) {
 
 TEST_F(StatusItemTest, TheMenuIsMadeAnewEachTimeItOpens) {
     int toggles = 0;
-    m_entries = {{.title = QStringLiteral("Start_Recording"), .action = [&] { ++toggles; }},
+    m_entries = {{.title = u"Start_Recording"_s, .action = [&] { ++toggles; }},
                  MenuEntry::separator(),
-                 {.title = QStringLiteral("Settings…"), .shortcut = QKeySequence(Qt::CTRL | Qt::Key_Comma)},
-                 {.title = QStringLiteral("Busy"), .action = [&] { toggles += 100; }, .enabled = false}};
-    m_panel.start();
-    makeItem();
-    ASSERT_TRUE(becomes(Presence::Shown));
+                 {.title = u"Settings…"_s, .shortcut = QKeySequence(Qt::CTRL | Qt::Key_Comma)},
+                 {.title = u"Busy"_s, .action = [&] { toggles += 100; }, .enabled = false}};
+    showItem();
 
     const QList<MenuLayout> first = m_panel.menuLines();
     ASSERT_EQ(first.size(), 5);
-    EXPECT_EQ(first[0].properties.value(QStringLiteral("label")), QStringLiteral("Start__Recording"))
+    EXPECT_EQ(first[0].properties.value(u"label"_s), u"Start__Recording"_s)
         << "a single underscore would mark a letter";
-    EXPECT_EQ(first[1].properties.value(QStringLiteral("type")), QStringLiteral("separator"));
-    EXPECT_EQ(qdbus_cast<QList<QStringList>>(first[2].properties.value(QStringLiteral("shortcut"))),
-              (QList<QStringList>{{QStringLiteral("Control"), QStringLiteral("comma")}}));
-    EXPECT_EQ(first[3].properties.value(QStringLiteral("enabled")), false);
+    EXPECT_EQ(first[1].properties.value(u"type"_s), u"separator"_s);
+    EXPECT_EQ(qdbus_cast<QList<QStringList>>(first[2].properties.value(u"shortcut"_s)),
+              (QList<QStringList>{{u"Control"_s, u"comma"_s}}));
+    EXPECT_EQ(first[3].properties.value(u"enabled"_s), false);
     EXPECT_FALSE(m_panel.menu("AboutToShow", {0}).arguments().value(0).toBool()) << "nothing is different";
 
     int stops = 0;
-    m_entries[0] = {.title = QStringLiteral("Stop Recording"), .action = [&] { ++stops; }};
+    m_entries[0] = {.title = u"Stop Recording"_s, .action = [&] { ++stops; }};
     EXPECT_TRUE(m_panel.menu("AboutToShow", {0}).arguments().value(0).toBool());
-    EXPECT_EQ(m_panel.menuTitles().first(), QStringLiteral("Stop Recording"));
+    EXPECT_EQ(m_panel.menuTitles().first(), u"Stop Recording"_s);
 
     m_panel.click(first[0].id); // the panel still showed the line before
     m_panel.click(m_panel.menuLines()[0].id);
@@ -214,20 +201,18 @@ public:
 
 TEST_F(StatusItemTest, PanelsThatKeepThePressToThemselvesGetAnEntry) {
     const MarkedLanguage language;
-    m_entries = {{.title = QStringLiteral("Quit"), .action = [] {}}};
-    m_panel.start();
-    makeItem();
-    ASSERT_TRUE(becomes(Presence::Shown));
-    EXPECT_EQ(m_panel.menuTitles(), (QStringList{QStringLiteral("Quit"), QStringLiteral("«Show Quillet»")}));
+    m_entries = {{.title = u"Quit"_s, .action = [] {}}};
+    showItem();
+    EXPECT_EQ(m_panel.menuTitles(), (QStringList{u"Quit"_s, u"«Show Quillet»"_s}));
     m_panel.click(m_panel.menuLines().last().id);
     EXPECT_TRUE(waitFor([&] { return m_presses.size() == 1; }));
 
     m_panel.stop();
     ASSERT_TRUE(becomes(Presence::Absent));
-    m_panel.bus.registerService(QStringLiteral("org.xfce.Panel"));
+    m_panel.bus.registerService(u"org.xfce.Panel"_s);
     m_panel.start();
     ASSERT_TRUE(becomes(Presence::Shown));
-    EXPECT_TRUE(waitFor([&] { return m_panel.menuTitles() == QStringList{QStringLiteral("Quit")}; }));
+    EXPECT_TRUE(waitFor([&] { return m_panel.menuTitles() == QStringList{u"Quit"_s}; }));
 }
 
 } // namespace
