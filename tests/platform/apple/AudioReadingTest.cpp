@@ -13,28 +13,23 @@ std::span<const std::byte> bytesOf(const std::vector<Sample>& samples) {
     return std::as_bytes(std::span(samples));
 }
 
-constexpr AudioStreamDescription kPlanarStereo{.formatFlags =
-                                                   kFormatFlagFloat | kFormatFlagPacked | kFormatFlagNonInterleaved,
-                                               .bytesPerPacket = 4,
-                                               .bytesPerFrame = 4};
-constexpr AudioStreamDescription kInt16Stereo{.formatFlags = kFormatFlagSignedInteger | kFormatFlagPacked,
-                                              .bytesPerPacket = 4,
-                                              .bytesPerFrame = 4,
-                                              .bitsPerChannel = 16};
-constexpr AudioStreamDescription kInt32Mono{.formatFlags = kFormatFlagSignedInteger | kFormatFlagPacked,
-                                            .bytesPerPacket = 4,
-                                            .bytesPerFrame = 4,
-                                            .channelsPerFrame = 1};
+constexpr AudioStreamDescription format(std::uint32_t flags, std::uint32_t channels, std::uint32_t bits,
+                                        std::uint32_t bytesPerFrame) {
+    return {.formatFlags = flags | kFormatFlagPacked,
+            .bytesPerPacket = bytesPerFrame,
+            .bytesPerFrame = bytesPerFrame,
+            .channelsPerFrame = channels,
+            .bitsPerChannel = bits};
+}
+constexpr auto kPlanarStereo = format(kFormatFlagFloat | kFormatFlagNonInterleaved, 2, 32, 4);
 
 TEST(AudioReadingTest, whateverTheLayoutTheFramesComeInterleaved) {
     const std::vector<float> left = {0.1F, 0.2F, 0.3F};
     const std::vector<float> right = {-0.1F, -0.2F, -0.3F};
     const std::vector<float> both = {0.1F, -0.1F, 0.2F, -0.2F, 0.3F, -0.3F};
+    const std::vector<float> firstTwo = {0.1F, -0.1F, 0.2F, -0.2F};
     const std::vector<std::int16_t> integers = {-32768, 16384, 0, 1};
     const std::vector<std::int32_t> longIntegers = {std::numeric_limits<std::int32_t>::min(), 1 << 30};
-    AudioStreamDescription quad = kInterleavedStereoFloat;
-    quad.channelsPerFrame = 4;
-    quad.bytesPerFrame = 16;
     const std::vector<float> four = {0.1F, -0.1F, 9, 9, 0.2F, -0.2F, 9, 9};
 
     const struct {
@@ -48,16 +43,16 @@ TEST(AudioReadingTest, whateverTheLayoutTheFramesComeInterleaved) {
         {"planar, as screen capture delivers", kPlanarStereo, {bytesOf(left), bytesOf(right)}, 3, 2, both},
         {"planar, the first channel only", kPlanarStereo, {bytesOf(left), bytesOf(right)}, 3, 1, left},
         {"interleaved", kInterleavedStereoFloat, {bytesOf(both)}, 3, 2, both},
-        {"more channels than two", quad, {bytesOf(four)}, 2, 2, {0.1F, -0.1F, 0.2F, -0.2F}},
+        {"more channels than two", format(kFormatFlagFloat, 4, 32, 16), {bytesOf(four)}, 2, 2, firstTwo},
         {"mono becomes both sides", kMonoFloat, {bytesOf(left)}, 2, 2, {0.1F, 0.1F, 0.2F, 0.2F}},
-        {"16 bits", kInt16Stereo, {bytesOf(integers)}, 2, 2, {-1.0F, 0.5F, 0.0F, 1.0F / 32768}},
-        {"32 bits", kInt32Mono, {bytesOf(longIntegers)}, 2, 1, {-1.0F, 0.5F}},
-        {"a plane that ends early",
-         kPlanarStereo,
-         {bytesOf(left), bytesOf(right).first(8)},
-         3,
+        {"16 bits",
+         format(kFormatFlagSignedInteger, 2, 16, 4),
+         {bytesOf(integers)},
          2,
-         {0.1F, -0.1F, 0.2F, -0.2F}},
+         2,
+         {-1.0F, 0.5F, 0.0F, 1.0F / 32768}},
+        {"32 bits", format(kFormatFlagSignedInteger, 1, 32, 4), {bytesOf(longIntegers)}, 2, 1, {-1.0F, 0.5F}},
+        {"a plane that ends early", kPlanarStereo, {bytesOf(left), bytesOf(right).first(8)}, 3, 2, firstTwo},
         {"fewer frames than memory", kInterleavedStereoFloat, {bytesOf(both)}, 1, 2, {0.1F, -0.1F}},
         {"no frames", kInterleavedStereoFloat, {bytesOf(both)}, 0, 2, {}},
     };
@@ -72,23 +67,20 @@ TEST(AudioReadingTest, whateverTheLayoutTheFramesComeInterleaved) {
 TEST(AudioReadingTest, whatCannotBeReadIsRefused) {
     const std::vector<float> sound(64, 0.5F);
     const std::array planes = {bytesOf(sound)};
-    const auto with = [](auto change) {
-        AudioStreamDescription description = kInterleavedStereoFloat;
-        change(description);
-        return description;
-    };
+    AudioStreamDescription compressed = kInterleavedStereoFloat;
+    compressed.formatID = 0x61616320;
+    AudioStreamDescription otherRate = kInterleavedStereoFloat;
+    otherRate.sampleRate = 44100;
     const AudioStreamDescription rows[] = {
-        with([](auto& d) { d.formatID = 0x61616320; }),
-        with([](auto& d) { d.sampleRate = 44100; }),
-        with([](auto& d) { d.channelsPerFrame = 0; }),
-        with([](auto& d) {
-            d.bytesPerFrame = 4;
-        }), // one channel's worth: the second would be read out of the next frame
-        with([](auto& d) { d.bytesPerFrame = 0; }),
-        with([](auto& d) { d.bitsPerChannel = 64; }),
-        with([](auto& d) { d.formatFlags |= kFormatFlagBigEndian; }),
-        with([](auto& d) { d.formatFlags = kFormatFlagPacked; }), // unsigned integers
-        kPlanarStereo,                                            // with one plane only
+        compressed,
+        otherRate,
+        format(kFormatFlagFloat, 0, 32, 8),
+        format(kFormatFlagFloat, 2, 32, 4), // one channel's worth: the second would be read out of the next frame
+        format(kFormatFlagFloat, 2, 32, 0),
+        format(kFormatFlagFloat, 2, 64, 8),
+        format(kFormatFlagFloat | kFormatFlagBigEndian, 2, 32, 8),
+        format(0, 2, 32, 8), // unsigned integers
+        kPlanarStereo,       // with one plane only
     };
     std::vector<float> samples;
     for (const auto& description : rows)

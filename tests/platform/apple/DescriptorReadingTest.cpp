@@ -40,8 +40,7 @@ TEST(DescriptorReadingTest, aListKeepsItsOrderAndItsGaps) {
 
     const ScriptDescriptor read = readDescriptor(list);
     EXPECT_EQ(read.descriptorType, fourCharCode("list"));
-    EXPECT_EQ(read.numberOfItems, 3);
-    ASSERT_EQ(read.items.size(), 3U);
+    ASSERT_EQ(read.numberOfItems, 3);
     EXPECT_EQ(read.descriptorAtIndex(1)->stringValue, QStringLiteral("Meetings"));
     EXPECT_FALSE(read.descriptorAtIndex(1)->booleanValue);
     EXPECT_EQ(read.descriptorAtIndex(2), nullptr);
@@ -64,16 +63,13 @@ TEST(DescriptorReadingTest, anAbsurdAnswerIsCut) {
 }
 
 TEST(DescriptorReadingTest, errorEntriesOfAnotherTypeAreAbsent) {
-    const ScriptErrorInfo refused =
-        readScriptError(QVariant(qlonglong{-1743}), QStringLiteral("Not authorised"), QVariant());
+    const ScriptErrorInfo refused = readScriptError(-1743LL, QStringLiteral("Not authorised"), {});
     EXPECT_EQ(refused.number, -1743);
     EXPECT_EQ(refused.message, QStringLiteral("Not authorised"));
     EXPECT_FALSE(refused.briefMessage.has_value());
 
-    const ScriptErrorInfo odd = readScriptError(QVariant(-1743.5), QVariant(5), QVariant(true));
-    EXPECT_FALSE(odd.number.has_value());
-    EXPECT_FALSE(odd.message.has_value());
-    EXPECT_FALSE(odd.briefMessage.has_value());
+    const ScriptErrorInfo odd = readScriptError(-1743.5, 5, true);
+    EXPECT_FALSE(odd.number.has_value() || odd.message.has_value() || odd.briefMessage.has_value());
     EXPECT_FALSE(readScriptError(QStringLiteral("-1743"), {}, {}).number.has_value());
 }
 

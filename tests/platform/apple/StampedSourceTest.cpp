@@ -23,22 +23,20 @@ protected:
         queue.sync([this] { source.close(); });
     }
 
-    /// The buffer that begins so many frames after the start, stamped late by so much.
-    void deliver(std::int64_t firstFrame, std::chrono::nanoseconds late = 0ns) {
-        std::vector<float> leftPlane;
-        std::vector<float> rightPlane;
+    /// The buffer that begins so many frames after the start.
+    void deliver(std::int64_t firstFrame) {
+        std::vector<float> leftPlane, rightPlane;
         for (std::int64_t i = 0; i < kFramesPerBuffer; ++i) {
             leftPlane.push_back(static_cast<float>(firstFrame + i + 1) / 1024);
             rightPlane.push_back(-leftPlane.back());
         }
         const std::array planes = {std::as_bytes(std::span(leftPlane)), std::as_bytes(std::span(rightPlane))};
-        constexpr AudioStreamDescription kPlanar{.formatFlags =
-                                                     kFormatFlagFloat | kFormatFlagPacked | kFormatFlagNonInterleaved,
-                                                 .bytesPerPacket = 4,
-                                                 .bytesPerFrame = 4};
-        const auto stamp = kBegin.time_since_epoch() + FrameCount(firstFrame) + late;
+        AudioStreamDescription planar = kMonoFloat;
+        planar.formatFlags |= kFormatFlagNonInterleaved;
+        planar.channelsPerFrame = 2;
+        const auto stamp = kBegin.time_since_epoch() + FrameCount(firstFrame);
         const auto nanoseconds = std::chrono::duration_cast<std::chrono::nanoseconds>(stamp);
-        source.deliver({kPlanar, planes, kFramesPerBuffer}, {nanoseconds.count(), 1'000'000'000, true}, HostTime());
+        source.deliver({planar, planes, kFramesPerBuffer}, {nanoseconds.count(), 1'000'000'000, true}, HostTime());
         queue.sync([] {}); // as many buffers as there are go round
     }
     void tickFor(HostTime from, std::chrono::milliseconds time) {
@@ -54,7 +52,6 @@ protected:
     std::vector<MediaTime> stamps;
     std::vector<float> left;
     std::int64_t next = -1; ///< where the next buffer must begin, in host frames
-    bool contiguous = true;
 
     SerialQueue queue{"capture"};
     StampedSource source{queue,
@@ -62,12 +59,12 @@ protected:
                              stamps.push_back(buffer.presentationTime);
                              const auto frame = static_cast<std::int64_t>(
                                  std::floor(buffer.presentationTime.seconds() * kSampleRateHz + 1e-6));
-                             contiguous = contiguous && (next < 0 || frame == next);
+                             EXPECT_TRUE(next < 0 || frame == next) << frame;
                              next = frame + buffer.sampleCount;
                              const auto* samples = reinterpret_cast<const float*>(buffer.data.data());
                              for (std::int64_t i = 0; i < buffer.sampleCount; ++i) {
                                  left.push_back(samples[2 * i]);
-                                 contiguous = contiguous && samples[2 * i + 1] == -samples[2 * i];
+                                 EXPECT_EQ(samples[2 * i + 1], -samples[2 * i]);
                              }
                          },
                          2, FirstStamp::AtFrame, kBegin};
@@ -81,29 +78,19 @@ TEST_F(StampedSourceTest, planarSoundArrivesInterleavedWhereItWasStamped) {
     EXPECT_EQ(stamps.front().value, hostFrame(-1)) << "the first stamp is the beginning of its frame";
     EXPECT_EQ(stamps.front().timescale, kSampleRateHz);
     EXPECT_EQ(stamps.back().timescale, 2 * kSampleRateHz) << "later ones lie half a frame inside";
-    EXPECT_TRUE(contiguous);
     ASSERT_GT(left.size(), (kBuffers - 1) * kFramesPerBuffer);
     for (std::size_t i = 0; i < left.size(); ++i)
         ASSERT_NEAR(left[i], static_cast<float>(i) / 1024, 1e-3) << "frame " << i; // behind one of silence
 }
 
-TEST_F(StampedSourceTest, unsteadyStampsLeaveNoHoles) {
-    constexpr std::int64_t kBuffers = 500;
-    for (std::int64_t i = 0; i < kBuffers; ++i) deliver(i * kFramesPerBuffer, i % 7 * 100us);
-    EXPECT_TRUE(contiguous);
-    EXPECT_NEAR(static_cast<double>(next), static_cast<double>(hostFrame(kBuffers * kFramesPerBuffer)), 60);
-}
-
 TEST_F(StampedSourceTest, aSilentServiceIsReplacedBySilenceUntilItReturns) {
     for (std::int64_t i = 0; i < 50; ++i) deliver(i * kFramesPerBuffer);
     tickFor(kBegin + 1s, 3s);
-    EXPECT_TRUE(contiguous);
     EXPECT_GE(next, hostFrame(2 * 48000)) << "the other source waits for this one";
     const std::size_t silent = left.size();
     EXPECT_EQ(left.back(), 0.0F);
 
     for (std::int64_t i = 200; i < 300; ++i) deliver(i * kFramesPerBuffer);
-    EXPECT_TRUE(contiguous);
     ASSERT_GT(left.size(), silent);
     // Frame n carries the value n + 1: what came after the pause stands where it was stamped.
     EXPECT_NEAR(left.back() * 1024, static_cast<float>(left.size()), 40.0);
@@ -113,7 +100,6 @@ TEST_F(StampedSourceTest, theEndIsReachedInSilenceAndNothingComesAfterIt) {
     for (std::int64_t i = 0; i < 50; ++i) deliver(i * kFramesPerBuffer);
     source.end(kBegin + 1600ms);
     queue.sync([] {});
-    EXPECT_TRUE(contiguous);
     EXPECT_EQ(next, hostFrame(48000 * 16 / 10));
     const std::size_t before = left.size();
     for (std::int64_t i = 50; i < 60; ++i) deliver(i * kFramesPerBuffer);
@@ -122,7 +108,7 @@ TEST_F(StampedSourceTest, theEndIsReachedInSilenceAndNothingComesAfterIt) {
 }
 
 TEST_F(StampedSourceTest, withoutAStampTheMomentOfDeliveryCounts) {
-    const std::vector<float> sound(2 * kFramesPerBuffer, 0.25F);
+    const std::vector<float> sound(2 * kFramesPerBuffer);
     const std::array planes = {std::as_bytes(std::span(sound))};
     for (int i = 1; i <= 50; ++i)
         source.deliver({kInterleavedStereoFloat, planes, kFramesPerBuffer}, {}, kBegin + i * 20ms);
