@@ -63,9 +63,10 @@ protected:
         mixer.deliverMicrophone(
             buffer(mono, MediaTime::insideFrame(HostFramePos{FrameCount(base + frame)}), kMonoFloat));
     }
-    void constant(std::int64_t frames, float systemValue, float micValue) {
-        system(0, std::vector<float>(static_cast<std::size_t>(2 * frames), systemValue));
-        mic(0, std::vector<float>(static_cast<std::size_t>(frames), micValue));
+    void constant(std::int64_t firstBlock, std::int64_t blocks, float systemValue, float micValue) {
+        system(firstBlock * kBlockFrames,
+               std::vector<float>(static_cast<std::size_t>(2 * blocks * kBlockFrames), systemValue));
+        mic(firstBlock * kBlockFrames, std::vector<float>(static_cast<std::size_t>(blocks * kBlockFrames), micValue));
     }
 
     /// The machine has been up for 12 days: frame numbers as they really are.
@@ -121,7 +122,8 @@ TEST_F(AudioMixerTest, DeliveriesOfAnySizeOverAnHourDropRepeatAndShiftNoFrame) {
 
 TEST_F(AudioMixerTest, FramesOverwrittenBeforeTheyCouldBeMixedAreSkippedOnABlockBoundary) {
     sink.prepares = false;
-    constant(100'000, 0.1F, 0.1F);
+    system(0, std::vector<float>(200'000, 0.1F));
+    mic(0, std::vector<float>(100'000, 0.1F));
     EXPECT_EQ(mixer.lastDrainedFrame(), 27'648);
 
     sink.prepares = true;
@@ -135,7 +137,7 @@ TEST_F(AudioMixerTest, FramesOverwrittenBeforeTheyCouldBeMixedAreSkippedOnABlock
 
 TEST_F(AudioMixerTest, AFullWriterLeavesTheFramesInTheRings) {
     sink.ready = 2;
-    constant(5 * kBlockFrames, 0.3F, 0.2F);
+    constant(0, 5, 0.3F, 0.2F);
     EXPECT_EQ(sink.blocks, (std::vector<std::int64_t>{0, 1024}));
 
     sink.ready = 100;
@@ -164,46 +166,51 @@ TEST_F(AudioMixerTest, OnlyWhatBothSourcesCoverOnTheTimeLineIsMixed) {
 }
 
 TEST_F(AudioMixerTest, AfterTearDownDeliveriesAreIgnored) {
-    constant(kBlockFrames, 0.1F, 0.1F);
+    constant(0, 1, 0.1F, 0.1F);
     mixer.tearDownMixer();
-    system(kBlockFrames, std::vector<float>(4096));
-    mic(kBlockFrames, std::vector<float>(2048));
+    constant(1, 2, 0.1F, 0.1F);
     EXPECT_EQ(sink.blocks.size(), 1U);
     EXPECT_EQ(mixer.systemAutoGain(), 0.7F);
     EXPECT_EQ(mixer.micAutoGain(), 1.0F);
 }
 
 TEST_F(AudioMixerTest, EveryFormatIsReadFrameByFrame) {
-    constexpr AudioStreamDescription kInt16Stereo{
-        .formatFlags = 12, .bytesPerPacket = 4, .bytesPerFrame = 4, .bitsPerChannel = 16};
-    constexpr AudioStreamDescription kInt16Mono{
-        .formatFlags = 12, .bytesPerPacket = 2, .bytesPerFrame = 2, .channelsPerFrame = 1, .bitsPerChannel = 16};
-    constexpr AudioStreamDescription kThreeFloats{.bytesPerFrame = 12, .channelsPerFrame = 3};
-    constexpr AudioStreamDescription kOverlong{.bytesPerFrame = 4, .channelsPerFrame = 2};
-    constexpr AudioStreamDescription kNoChannels{.channelsPerFrame = 0};
-    constexpr AudioStreamDescription kCompressed{.formatID = 0x61616320};
+    constexpr std::uint32_t kInteger = 12;
     const std::int16_t integers[] = {-32768, 16384, 8192, -8192};
     const float floats[] = {0.5F, -0.25F, 0.125F, 0.75F, 1.5F, 9.0F};
-    const auto whole = [&integers](std::size_t bytes) { return std::as_bytes(std::span(integers)).first(bytes); };
-    const auto real = [&floats](std::size_t bytes) { return std::as_bytes(std::span(floats)).first(bytes); };
-    using Frames = std::vector<float>;
-
+    const auto whole = std::as_bytes(std::span(integers));
+    const auto real = std::as_bytes(std::span(floats));
+    using Format = AudioStreamDescription;
     const struct {
         const char* name;
-        AudioStreamDescription format;
+        Format format;
         std::span<const std::byte> data;
-        Frames frames;    ///< left, right, …
-        float microphone; ///< of the first frame
+        std::vector<float> frames; ///< left, right, …
+        float microphone;          ///< of the first frame
     } rows[] = {
-        {"16-bit stereo", kInt16Stereo, whole(8), Frames{-1.0F, 0.5F, 0.25F, -0.25F}, -1.0F},
-        {"16-bit mono", kInt16Mono, whole(4), Frames{-1, -1, 0.5F, 0.5F}, -1.0F},
-        {"float mono", kMonoFloat, real(8), Frames{0.5F, 0.5F, -0.25F, -0.25F}, 0.5F},
-        {"float stereo", kInterleavedStereoFloat, real(16), Frames{0.5F, -0.25F, 0.125F, 0.75F}, 0.5F},
-        {"more channels than two", kThreeFloats, real(24), Frames{0.5F, -0.25F, 0.75F, 1.5F}, 0.5F},
-        {"reads behind the end are 0", kOverlong, real(8), Frames{0.5F, -0.25F, -0.25F, 0.0F}, 0.5F},
-        {"no channels", kNoChannels, real(16), Frames{0, 0, 0, 0}, 0},
-        {"not PCM", kCompressed, real(16), Frames{0, 0, 0, 0}, 0},
+        {"16-bit stereo",
+         Format{.formatFlags = kInteger, .bytesPerFrame = 4, .bitsPerChannel = 16},
+         whole,
+         {-1.0F, 0.5F, 0.25F, -0.25F},
+         -1.0F},
+        {"16-bit mono",
+         Format{.formatFlags = kInteger, .bytesPerFrame = 2, .channelsPerFrame = 1, .bitsPerChannel = 16},
+         whole.first(4),
+         {-1, -1, 0.5F, 0.5F},
+         -1.0F},
+        {"float mono", kMonoFloat, real.first(8), {0.5F, 0.5F, -0.25F, -0.25F}, 0.5F},
+        {"float stereo", kInterleavedStereoFloat, real.first(16), {0.5F, -0.25F, 0.125F, 0.75F}, 0.5F},
+        {"more channels than two",
+         Format{.bytesPerFrame = 12, .channelsPerFrame = 3},
+         real,
+         {0.5F, -0.25F, 0.75F, 1.5F},
+         0.5F},
+        {"reads behind the end are 0", Format{.bytesPerFrame = 4}, real.first(8), {0.5F, -0.25F, -0.25F, 0.0F}, 0.5F},
+        {"no channels", Format{.channelsPerFrame = 0}, real.first(16), {0, 0, 0, 0}, 0},
+        {"not PCM", Format{.formatID = 0x61616320}, real.first(16), {0, 0, 0, 0}, 0},
     };
+    base = 0;
+    const std::vector<float> quiet(2 * kBlockFrames, 0.0F);
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         for (const bool asMicrophone : {false, true}) {
@@ -213,19 +220,13 @@ TEST_F(AudioMixerTest, EveryFormatIsReadFrameByFrame) {
             sink.check = [&](const MixedBlock& block, std::int64_t) { heard = block; };
             const SampleBuffer odd{
                 .data = row.data, .description = &row.format, .presentationTime = {}, .sampleCount = 2};
-            const std::vector<float> quiet(2 * kBlockFrames, 0.0F);
-            base = 0;
             if (!asMicrophone) mixer.deliverSystemAudio(odd);
             system(asMicrophone ? 0 : 2, quiet);
             if (asMicrophone) mixer.deliverMicrophone(odd);
             mic(asMicrophone ? 2 : 0, std::span(quiet).first(kBlockFrames));
             ASSERT_EQ(sink.blocks.size(), 1U);
-            if (asMicrophone) {
-                EXPECT_FLOAT_EQ(heard[0], row.microphone * 0.5F);
-                EXPECT_FLOAT_EQ(heard[1], row.microphone * 0.5F);
-            } else {
-                for (std::size_t i = 0; i < 4; ++i) EXPECT_FLOAT_EQ(heard[i], row.frames[i] * 0.7F * 0.5F) << i;
-            }
+            for (std::size_t i = 0; i < (asMicrophone ? 2 : 4); ++i)
+                EXPECT_FLOAT_EQ(heard[i], (asMicrophone ? row.microphone : row.frames[i] * 0.7F) * 0.5F) << i;
         }
     }
     mixer.deliverSystemAudio({}); // unreadable: nothing happens
@@ -244,10 +245,7 @@ TEST_F(AudioMixerTest, GainsFollowTheLevelsOfEachSource) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         mixer.reset();
-        for (std::int64_t frame = 0; frame < 300 * kBlockFrames; frame += kBlockFrames) {
-            system(frame, std::vector<float>(2 * kBlockFrames, row.system));
-            mic(frame, std::vector<float>(kBlockFrames, row.mic));
-        }
+        for (std::int64_t block = 0; block < 300; ++block) constant(block, 1, row.system, row.mic);
         EXPECT_NEAR(mixer.systemAutoGain(), row.systemGain, 1e-4);
         EXPECT_NEAR(mixer.micAutoGain(), row.micGain, 1e-4);
         EXPECT_EQ(meters.read().system.peak, row.system);
@@ -260,9 +258,8 @@ TEST_F(AudioMixerTest, GainsStepOncePerBlockAndCountFromTheNextDrain) {
     std::vector<float> firstSamples;
     sink.check = [&](const MixedBlock& block, std::int64_t) { firstSamples.push_back(block[0]); };
 
-    constant(3 * kBlockFrames, 0.0F, 0.5F); // one drain of three blocks
-    mic(3 * kBlockFrames, std::vector<float>(kBlockFrames, 0.5F));
-    system(3 * kBlockFrames, std::vector<float>(2 * kBlockFrames, 0.0F));
+    constant(0, 3, 0.0F, 0.5F); // one drain of three blocks
+    constant(3, 1, 0.0F, 0.5F);
 
     double level = 0.2;
     double gain = 1.0;
@@ -278,10 +275,7 @@ TEST_F(AudioMixerTest, GainsStepOncePerBlockAndCountFromTheNextDrain) {
 
 TEST_F(AudioMixerTest, TheMixIsClampedToFullScale) {
     // Quiet first, so that both gains are at their upper limit when the loud frames come.
-    for (std::int64_t frame = 0; frame < 200 * kBlockFrames; frame += kBlockFrames) {
-        system(frame, std::vector<float>(2 * kBlockFrames, 0.0F));
-        mic(frame, std::vector<float>(kBlockFrames, 0.0F));
-    }
+    for (std::int64_t block = 0; block < 200; ++block) constant(block, 1, 0.0F, 0.0F);
     MixedBlock heard{};
     sink.check = [&](const MixedBlock& block, std::int64_t) { heard = block; };
     std::vector<float> loud(2 * kBlockFrames, 1.0F);
@@ -297,7 +291,7 @@ TEST_F(AudioMixerTest, TheMixIsClampedToFullScale) {
 
 TEST_F(AudioMixerTest, ATimeThatIsNoneStopsTheProcess) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    constant(10, 0.1F, 0.1F);
+    constant(0, 1, 0.1F, 0.1F);
     const float sample = 0;
     EXPECT_DEATH(mixer.deliverMicrophone(buffer(std::span(&sample, 1), {1, 0}, kMonoFloat)), "presentation time");
 }

@@ -20,58 +20,25 @@ TEST(FallbackSourcesTest, onlyAMissingDeviceIsReplacedByTheDefaultAndThatIsTold)
     const Content speakers = std::optional(ShareableContent{{QStringLiteral("speakers")}});
     const Content nothing = std::optional(ShareableContent{});
     const Content noServer = Failure{PlatformError{1, QStringLiteral("no server")}};
-    enum class Heard { Chosen, Standard, Nothing };
+    enum Heard { Chosen, Standard, Nothing };
     const struct {
-        const char* name;
         std::optional<MicrophoneFailure> chosenMicrophone, standardMicrophone;
         Content chosenOutput, standardOutput;
         Heard microphone, output;
         std::vector<Kind> told;
-        const char* error;
+        const char* error = "";
     } rows[] = {
-        {"all there", {}, {}, speakers, speakers, Heard::Chosen, Heard::Chosen, {}, ""},
-        {"no microphone", missing, {}, speakers, speakers, Heard::Standard, Heard::Chosen, {Kind::Input}, ""},
-        {"no output", {}, {}, nothing, speakers, Heard::Chosen, Heard::Standard, {Kind::Output}, ""},
-        {"neither", missing, {}, nothing, speakers, Heard::Standard, Heard::Standard, {Kind::Input, Kind::Output}, ""},
-        {"not let in",
-         refused,
-         {},
-         speakers,
-         speakers,
-         Heard::Nothing,
-         Heard::Nothing,
-         {},
-         "Microphone input failed: refused"},
-        {"nothing at all",
-         missing,
-         none,
-         speakers,
-         speakers,
-         Heard::Nothing,
-         Heard::Nothing,
-         {},
-         "No microphone available."},
-        {"no server",
-         {},
-         {},
-         noServer,
-         speakers,
-         Heard::Nothing,
-         Heard::Nothing,
-         {},
-         "Could not get shareable content: no server"},
-        {"no output either",
-         {},
-         {},
-         nothing,
-         nothing,
-         Heard::Nothing,
-         Heard::Nothing,
-         {},
-         "No display available for system audio capture."},
+        {{}, {}, speakers, speakers, Chosen, Chosen, {}},
+        {missing, {}, speakers, speakers, Standard, Chosen, {Kind::Input}},
+        {{}, {}, nothing, speakers, Chosen, Standard, {Kind::Output}},
+        {missing, {}, nothing, speakers, Standard, Standard, {Kind::Input, Kind::Output}},
+        {refused, {}, speakers, speakers, Nothing, Nothing, {}, "Microphone input failed: refused"},
+        {missing, none, speakers, speakers, Nothing, Nothing, {}, "No microphone available."},
+        {{}, {}, noServer, speakers, Nothing, Nothing, {}, "Could not get shareable content: no server"},
+        {{}, {}, nothing, nothing, Nothing, Nothing, {}, "No display available for system audio capture."},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+        SCOPED_TRACE(&row - rows);
         auto chosenMicrophone = std::make_shared<FakeMicrophone>();
         auto standardMicrophone = std::make_shared<FakeMicrophone>();
         auto chosenOutput = std::make_shared<FakeSystemAudio>();
@@ -95,7 +62,7 @@ TEST(FallbackSourcesTest, onlyAMissingDeviceIsReplacedByTheDefaultAndThatIsTold)
         engine->queue().sync([] {});
         const auto heard = [](const auto& chosen, const auto& standard) {
             EXPECT_FALSE(chosen.handler && standard.handler);
-            return chosen.handler ? Heard::Chosen : standard.handler ? Heard::Standard : Heard::Nothing;
+            return chosen.handler ? Chosen : standard.handler ? Standard : Nothing;
         };
         EXPECT_EQ(heard(*chosenMicrophone, *standardMicrophone), row.microphone);
         EXPECT_EQ(heard(*chosenOutput, *standardOutput), row.output);

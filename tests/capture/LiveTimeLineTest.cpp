@@ -90,7 +90,6 @@ public:
     [[nodiscard]] std::size_t fragments() const { return m_count; }
 
     std::unique_ptr<LiveTimeLine> line;
-    bool contiguous = true;
     double firstSeconds = 0;
     double furthestAhead = 0;
     double furthestBehind = 0;
@@ -99,7 +98,7 @@ public:
 private:
     std::size_t take(HostFramePos position, std::span<const float> mono) {
         const auto begin = static_cast<double>(position.time_since_epoch().count());
-        if (m_expected) contiguous = contiguous && position == *m_expected;
+        EXPECT_TRUE(!m_expected || position == *m_expected) << "a hole or an overlap";
         if (!m_expected) firstSeconds = begin / kRate;
         const std::size_t taken = std::min(mono.size(), room);
         room -= taken;
@@ -128,13 +127,10 @@ struct Arrival {
 std::vector<Arrival> recordedArrivals(const char* name) {
     std::ifstream file(std::string(QUILLET_TEST_DATA "/arrivals/") + name + ".csv");
     std::vector<Arrival> arrivals;
-    std::string line;
-    std::getline(file, line);
+    file.ignore(1000, '\n');
     long long ns = 0;
-    std::size_t before = 0;
-    std::size_t frames = 0;
-    char comma = ',';
-    while (file >> ns >> comma >> before >> comma >> frames)
+    std::size_t before = 0, frames = 0;
+    for (char comma = ','; file >> ns >> comma >> before >> comma >> frames;)
         arrivals.push_back({static_cast<double>(ns) * 1e-9, frames / kFragment});
     return arrivals;
 }
@@ -162,7 +158,6 @@ TEST_P(RecordedArrivals, OfALoadedMachineAreAQuarterSecondLateAndPlacedWithinTwo
     Simulation simulation(arrivals.front().seconds - 0.05);
     for (const Arrival& arrival : arrivals) simulation.arrive(arrival.seconds, arrival.fragments);
 
-    EXPECT_TRUE(simulation.contiguous);
     EXPECT_LT(simulation.furthestAhead, 0.003);
     for (std::size_t i = 0; i + 60 < simulation.fragments(); ++i) {
         const double truth = origin + static_cast<double>(i * kFragment) / kRate;
@@ -202,7 +197,7 @@ private:
 class DriftingDevice : public testing::TestWithParam<double> {};
 INSTANTIATE_TEST_SUITE_P(Ppm, DriftingDevice, testing::Values(-200.0, 0.0, 200.0));
 
-TEST_P(DriftingDevice, StaysInPlaceForFourHours) {
+TEST_P(DriftingDevice, StaysInPlaceForFourHoursAndHasItsRateFound) {
     constexpr std::size_t kFourHours = 4 * 3600 * 50;
     constexpr std::size_t kSettled = 120 * 50;
     constexpr std::size_t kJudged = kFourHours - 50; // the last may still be on their way
@@ -211,7 +206,6 @@ TEST_P(DriftingDevice, StaysInPlaceForFourHours) {
 
     for (std::size_t i = 0; i < kFourHours; ++i) simulation.arrive(device.arrivalOf(i));
 
-    EXPECT_TRUE(simulation.contiguous);
     EXPECT_LT(simulation.furthestAhead, 0.010);
     // How late the server always is does not count: both sources of a recording share it.
     const auto error = [&](std::size_t i) { return simulation.place(i) - device.soundedAt(i); };
@@ -226,20 +220,10 @@ TEST_P(DriftingDevice, StaysInPlaceForFourHours) {
     }
     EXPECT_LT(worstAtFirst, 0.0025) << "in the first two minutes";
     EXPECT_LT(worst, 0.001) << "later";
-}
-
-/// The device's rate as the time line's own positions show it over half an hour.
-TEST_P(DriftingDevice, HasItsRateFoundToOnePartPerMillion) {
-    constexpr std::size_t kWarmUp = 120 * 50;
     constexpr std::size_t kHalfHour = 1800 * 50;
-    JitteryDevice device(GetParam());
-    Simulation simulation(JitteryDevice::kBegin);
-
-    for (std::size_t i = 0; i < kWarmUp + kHalfHour + 100; ++i) simulation.arrive(device.arrivalOf(i));
-
-    const double span = simulation.place(kWarmUp + kHalfHour) - simulation.place(kWarmUp);
+    const double span = simulation.place(kSettled + kHalfHour) - simulation.place(kSettled);
     const double deviceSpan = static_cast<double>(kHalfHour * kFragment) / kRate;
-    EXPECT_NEAR((deviceSpan / span - 1) * 1e6, GetParam(), 1.0);
+    EXPECT_NEAR((deviceSpan / span - 1) * 1e6, GetParam(), 1.0) << "parts per million";
 }
 
 constexpr std::size_t kPerSecond = 50;
@@ -249,15 +233,12 @@ class Break : public testing::Test {
 protected:
     void SetUp() override { play(60 * kPerSecond); }
 
-    void play(std::size_t fragments) {
-        for (std::size_t i = 0; i < fragments; ++i) simulation.arrive(soundedAt(simulation.fragments() + 1));
-    }
-    void playLate(std::size_t fragments, double seconds) {
-        for (std::size_t i = 0; i < fragments; ++i) simulation.arrive(soundedAt(simulation.fragments() + 1) + seconds);
+    void play(std::size_t fragments, double late = 0) {
+        for (std::size_t i = 0; i < fragments; ++i) simulation.arrive(soundedAt(simulation.fragments() + 1) + late);
     }
     static double soundedAt(std::size_t fragment) { return 500 + static_cast<double>(fragment * kFragment) / kRate; }
-    void expectInPlace(std::size_t from, std::size_t to) {
-        for (std::size_t i = from; i < to; ++i)
+    void expectInPlace(std::size_t from, std::size_t to = 0) {
+        for (std::size_t i = from; i < (to ? to : simulation.fragments() - 2); ++i)
             ASSERT_NEAR(simulation.place(i), soundedAt(i), 0.001) << "fragment " << i;
     }
 
@@ -270,8 +251,7 @@ TEST_F(Break, AStallIsMadeUpForWithoutATrace) {
     simulation.arrive(soundedAt(before + stalled), stalled);
     play(10 * kPerSecond);
 
-    expectInPlace(0, simulation.fragments() - 2);
-    EXPECT_TRUE(simulation.contiguous);
+    expectInPlace(0);
 }
 
 TEST_F(Break, LostAudioIsReplacedByAsMuchSilence) {
@@ -279,8 +259,7 @@ TEST_F(Break, LostAudioIsReplacedByAsMuchSilence) {
     play(10 * kPerSecond);
 
     // Found out after more than a second; in the meantime all is early by what was lost.
-    expectInPlace(before + 15 + 60, simulation.fragments() - 2);
-    EXPECT_TRUE(simulation.contiguous);
+    expectInPlace(before + 15 + 60);
     EXPECT_LT(simulation.furthestBehind, 0.5);
 }
 
@@ -297,8 +276,6 @@ TEST(SkippedPeriods, AreMadeUpForSoon) {
                        (fragment > arrivedBefore ? periods * kPeriod : 0);
             };
             for (std::size_t i = 1; i <= arrivedBefore + 3 * kPerSecond; ++i) simulation.arrive(arrivalOf(i));
-
-            EXPECT_TRUE(simulation.contiguous);
             const bool isKnownAtOnce = arrivedBefore <= 4;
             const std::size_t known = arrivedBefore + (isKnownAtOnce ? 0 : 2 * kPerSecond + 30);
             for (std::size_t i = known; i + 2 < simulation.fragments(); ++i)
@@ -325,23 +302,22 @@ TEST_F(Break, LatenessAloneIsNotTakenForLost) {
     for (const double latency : {0.011, 0.016, 0.032}) { // a server that has changed its latency
         play(30 * kPerSecond);
         const std::size_t changed = simulation.fragments();
-        playLate(40 * kPerSecond, latency); // it is stretched away, past the length of a period
+        play(40 * kPerSecond, latency); // it is stretched away, past the length of a period
         expectNoHole(changed);
     }
 }
 
 TEST_F(Break, AfterABusySpellAllIsInPlaceAgain) {
-    playLate(2 * kPerSecond, 0.1); // is taken for lost; then the surplus comes
+    play(2 * kPerSecond, 0.1); // is taken for lost; then the surplus comes
     play(60 * kPerSecond);
 
-    expectInPlace(before + 7 * kPerSecond, simulation.fragments() - 2);
-    EXPECT_TRUE(simulation.contiguous);
+    expectInPlace(before + 7 * kPerSecond);
 }
 
 TEST_F(Break, AChangeOfLatencyIsFollowedWithHardlyAnOvershoot) {
     for (const auto& [latency, sign] : {std::pair{0.040, 1}, {0.0, -1}}) {
         const std::size_t changed = simulation.fragments();
-        playLate(180 * kPerSecond, latency);
+        play(180 * kPerSecond, latency);
         double overshoot = 0;
         for (std::size_t i = changed; i + 2 < simulation.fragments(); ++i)
             overshoot = std::max(overshoot, sign * (simulation.place(i) - soundedAt(i) - latency));
@@ -358,11 +334,10 @@ TEST_F(Break, ASilentDeviceIsFollowedInSilenceAndPlacedAnewWhenItReturns) {
     const double behindInSilence = simulation.behind(at(returns));
     play(10 * kPerSecond);
 
-    EXPECT_TRUE(simulation.contiguous);
     EXPECT_LT(behindInSilence, 0.28) << "the other source waits";
     EXPECT_LT(simulation.furthestBehind, 1.1);
     EXPECT_LT(simulation.furthestAhead, 0.060);
-    expectInPlace(before + 10 * kPerSecond, simulation.fragments() - 2);
+    expectInPlace(before + 10 * kPerSecond);
 }
 
 TEST_F(Break, WhatComesLateForItsSilenceIsDropped) {
@@ -372,15 +347,13 @@ TEST_F(Break, WhatComesLateForItsSilenceIsDropped) {
     simulation.arrive(soundedAt(before + 3 * kPerSecond), 3 * kPerSecond);
     play(10 * kPerSecond);
 
-    EXPECT_TRUE(simulation.contiguous);
     EXPECT_TRUE(std::isnan(simulation.place(before + kPerSecond)));
-    expectInPlace(before + 2 * kPerSecond + 25, simulation.fragments() - 2);
+    expectInPlace(before + 2 * kPerSecond + 25);
 }
 
 TEST_F(Break, AudioThatIsNotDueYetIsCut) {
     for (int repeat = 0; repeat < 10; ++repeat) simulation.arrive(soundedAt(before), 10);
     EXPECT_LT(simulation.furthestAhead, 0.0601);
-    EXPECT_TRUE(simulation.contiguous);
 }
 
 TEST_F(Break, WhatTheReceiverCannotTakeIsOwedAsSilence) {
@@ -389,10 +362,9 @@ TEST_F(Break, WhatTheReceiverCannotTakeIsOwedAsSilence) {
     simulation.room = std::size_t(1) << 40;
     play(5 * kPerSecond);
 
-    EXPECT_TRUE(simulation.contiguous);
     expectInPlace(0, before);
     EXPECT_TRUE(std::isnan(simulation.place(before + 100)));
-    expectInPlace(before + 5 * kPerSecond + 1, simulation.fragments() - 2);
+    expectInPlace(before + 5 * kPerSecond + 1);
 }
 
 TEST_F(Break, AnotherDeviceIsPlacedByItsOwnArrivals) {
@@ -402,8 +374,7 @@ TEST_F(Break, AnotherDeviceIsPlacedByItsOwnArrivals) {
     simulation.arrive(soundedAt(before + 5 + 4), 4);
     play(10 * kPerSecond);
 
-    EXPECT_TRUE(simulation.contiguous);
-    expectInPlace(before + 5, simulation.fragments() - 2);
+    expectInPlace(before + 5);
 }
 
 TEST_F(Break, TheEndIsReachedWhateverTheDeviceDoes) {
@@ -411,7 +382,6 @@ TEST_F(Break, TheEndIsReachedWhateverTheDeviceDoes) {
     simulation.advance(end); // 0.6 s without a word, not given up yet
     simulation.line->finish(at(end));
     EXPECT_NEAR(simulation.behind(at(end)), 0, 0.001);
-    EXPECT_TRUE(simulation.contiguous);
 
     Simulation punctual(100), held(100), dead(100);
     for (int i = 1; i <= 50; ++i) punctual.arrive(100 + i * 0.02);
