@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <mutex>
 #include <thread>
@@ -34,7 +35,7 @@ public:
 private:
     struct Session final : MicrophoneSession {
         explicit Session(FakeMicrophone& of) : owner(of) {}
-        ~Session() override { owner.handler = nullptr; }
+        ~Session() override { stop(); }
         void stop() override { owner.handler = nullptr; }
         FakeMicrophone& owner;
     };
@@ -59,12 +60,8 @@ public:
     std::shared_ptr<SystemAudioStream> makeStream(const ContentFilter&, const StreamConfiguration&) override {
         return std::make_shared<Stream>(*this);
     }
-    void finishStart() {
-        if (m_heldStart) std::exchange(m_heldStart, nullptr)(startFailure);
-    }
-    void finishStop() {
-        if (m_heldStop) std::exchange(m_heldStop, nullptr)();
-    }
+    void finishStart() { std::exchange(m_heldStart, nullptr)(startFailure); }
+    void finishStop() { std::exchange(m_heldStop, nullptr)(); }
 
 private:
     struct Stream final : SystemAudioStream {
@@ -77,23 +74,16 @@ private:
             return {};
         }
         void startCapture(Completion completion) override {
-            if (owner.holdsStart) {
-                owner.m_heldStart = std::move(completion);
-            } else {
-                completion(owner.startFailure);
-            }
+            owner.m_heldStart = std::move(completion);
+            if (!owner.holdsStart) owner.finishStart();
         }
         void stopCapture(Completion completion) override {
             ++owner.stops;
             owner.handler = nullptr;
-            auto answer = [queue = captureQueue, completion = std::move(completion)] {
+            owner.m_heldStop = [queue = captureQueue, completion = std::move(completion)] {
                 queue->async([completion] { completion(std::nullopt); });
             };
-            if (owner.holdsStop) {
-                owner.m_heldStop = std::move(answer);
-            } else {
-                answer();
-            }
+            if (!owner.holdsStop) owner.finishStop();
         }
         FakeSystemAudio& owner;
         SerialQueue* captureQueue = nullptr;
@@ -120,9 +110,7 @@ public:
 
     Result<std::shared_ptr<AssetWriter>> makeWriter(const std::filesystem::path& url,
                                                     const std::function<void(const std::filesystem::path&)>&) override {
-        for (const auto& bad : unwritable) {
-            if (bad == url) return Failure{PlatformError::fromErrno(EACCES)};
-        }
+        if (std::ranges::count(unwritable, url) > 0) return Failure{PlatformError::fromErrno(EACCES)};
         files.push_back(std::make_shared<File>());
         files.back()->url = url;
         return std::shared_ptr<AssetWriter>(std::make_shared<Writer>(*this, files.back()));
@@ -133,11 +121,7 @@ private:
         Writer(FakeWriters& of, std::shared_ptr<File> to) : owner(of), file(std::move(to)) {}
         ~Writer() override {
             if (!finisher.joinable()) return;
-            if (finisher.get_id() == std::this_thread::get_id()) {
-                finisher.detach();
-            } else {
-                finisher.join();
-            }
+            finisher.get_id() == std::this_thread::get_id() ? finisher.detach() : finisher.join();
         }
         AssetWriterStatus status() const override { return file->status; }
         std::int64_t framesInFile() const override { return static_cast<std::int64_t>(file->samples.size() / 2); }
@@ -177,24 +161,21 @@ private:
 /// The program around the engine: answers as told and writes down what it is asked, in order.
 class FakeHost final : public AudioCaptureEngine::Host {
 public:
-    using Url = Result<std::filesystem::path, StorageError>;
-    Url url = std::filesystem::path("/recordings/Meeting.m4a");
-    Url supportUrl = std::filesystem::path("/support/Meeting.m4a");
+    using Path = std::filesystem::path;
+    using Url = Result<Path, StorageError>;
+    Url url = Path("/recordings/Meeting.m4a");
+    Url supportUrl = Path("/support/Meeting.m4a");
     bool makesNotes = false;
     std::optional<CreateNoteResult> noteResult;
     std::function<void()> duringNote;
 
     Url generateFileURL() override { return url; }
     Url generateFileURLInApplicationSupport() override { return supportUrl; }
-    void recordingStartsIn(const std::filesystem::path& folder) override { write("starts in " + folder.string()); }
-    void earlierRecordingSetAside(const std::filesystem::path&, const std::filesystem::path&) override {}
-    void appendToTestLog(WallTime, const std::filesystem::path& recording) override {
-        write("log " + recording.string());
-    }
-    void recordingDidComplete(const std::filesystem::path& recording) override {
-        write("complete " + recording.string());
-    }
-    std::optional<CreateNoteResult> createNote(const std::filesystem::path& recording, WallTime) override {
+    void recordingStartsIn(const Path& folder) override { write("starts in " + folder.string()); }
+    void earlierRecordingSetAside(const Path&, const Path&) override {}
+    void appendToTestLog(WallTime, const Path& recording) override { write("log " + recording.string()); }
+    void recordingDidComplete(const Path& recording) override { write("complete " + recording.string()); }
+    std::optional<CreateNoteResult> createNote(const Path& recording, WallTime) override {
         write("note " + recording.string());
         if (duringNote) duringNote();
         return noteResult;
@@ -209,10 +190,7 @@ public:
         const std::lock_guard lock(m_mutex);
         return m_journal;
     }
-    bool has(const std::string& entry) const {
-        const auto entries = journal();
-        return std::find(entries.begin(), entries.end(), entry) != entries.end();
-    }
+    bool has(const std::string& entry) const { return std::ranges::count(journal(), entry) > 0; }
 
 private:
     void write(std::string entry) {

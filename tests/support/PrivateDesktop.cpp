@@ -1,11 +1,9 @@
 #include "support/PrivateDesktop.h"
 
+#include "support/Files.h"
 #include "support/WaitFor.h"
 
-#include <QDir>
-#include <QFile>
 #include <QStandardPaths>
-#include <QThread>
 
 #include <gtest/gtest.h>
 
@@ -17,6 +15,26 @@ namespace {
 using namespace Qt::StringLiterals;
 
 constexpr QSize kScreen(1280, 900);
+constexpr const char* kPanelConfiguration = R"(<?xml version="1.0"?>
+<channel name="xfce4-panel" version="1.0">
+ <property name="configver" type="int" value="2"/>
+ <property name="panels" type="array"><value type="int" value="1"/>
+  <property name="panel-1" type="empty">
+   <property name="position" type="string" value="p=6;x=0;y=0"/>
+   <property name="length" type="uint" value="100"/>
+   <property name="position-locked" type="bool" value="true"/>
+   <property name="size" type="uint" value="28"/>
+   <property name="plugin-ids" type="array"><value type="int" value="1"/><value type="int" value="2"/></property>
+  </property>
+ </property>
+ <property name="plugins" type="empty">
+  <property name="plugin-1" type="string" value="separator">
+   <property name="expand" type="bool" value="true"/><property name="style" type="uint" value="0"/>
+  </property>
+  <property name="plugin-2" type="string" value="systray"/>
+ </property>
+</channel>
+)";
 
 /// The panel's settings service lies outside the path, in a folder by the machine's name.
 QString settingsService() {
@@ -34,13 +52,6 @@ QString settingsService() {
 std::string whyMissing(const char* program) {
     if (!QStandardPaths::findExecutable(QLatin1String(program)).isEmpty()) return {};
     return std::string(program) + " is not installed; scripts/install-dependencies --desktop brings it";
-}
-
-void write(const QString& path, const char* text) {
-    QDir().mkpath(path.section(u'/', 0, -2));
-    QFile file(path);
-    ASSERT_TRUE(file.open(QFile::WriteOnly));
-    file.write(text);
 }
 
 void end(QProcess& process) {
@@ -78,19 +89,22 @@ PrivateDesktop::PrivateDesktop() {
 
     // An X server that resets drops the clients that just connect when the last of the others leaves, which at the
     // start is whoever looks for a window.
-    QProcess* const screen = start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-noreset"_s, u"-screen"_s, u"0"_s,
-                                               u"%1x%2x24"_s.arg(kScreen.width()).arg(kScreen.height()), u"-dpi"_s,
-                                               u"96"_s, u"-nolisten"_s, u"tcp"_s});
-    while (!screen->canReadLine() && screen->waitForReadyRead(10000)) {
-    }
+    const QString arguments = u"-displayfd 1 -noreset -screen 0 %1x%2x24 -dpi 96 -nolisten tcp"_s;
+    m_processes.push_back(start(u"Xvfb"_s, arguments.arg(kScreen.width()).arg(kScreen.height()).split(u' ')));
+    QProcess* const screen = m_processes.back().get();
+    while (!screen->canReadLine() && screen->waitForReadyRead(10000)) continue;
     EXPECT_TRUE(screen->canReadLine()) << "the X server does not tell its number";
     m_environment.insert(u"DISPLAY"_s, u':' + QString::fromLatin1(screen->readLine().trimmed()));
-    writeBusConfiguration();
-    start(u"dbus-daemon"_s, {u"--config-file="_s + home() + u"/bus.conf"_s, u"--nofork"_s});
+    // Without service folders: nothing of the machine's is started by a message.
+    const QString bus = u"<busconfig><type>session</type><listen>unix:path=%1/run/bus</listen><auth>EXTERNAL</auth>"
+                        "<policy context=\"default\"><allow send_destination=\"*\" eavesdrop=\"true\"/>"
+                        "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>"_s.arg(home());
+    makeFile(home() + u"/bus.conf"_s, bus.toUtf8());
+    m_processes.push_back(start(u"dbus-daemon"_s, {u"--config-file="_s + home() + u"/bus.conf"_s, u"--nofork"_s}));
     EXPECT_TRUE(waitFor([this] { return QFile::exists(home() + u"/run/bus"_s); }));
-    start(u"openbox"_s, {});
-    writePanelConfiguration();
-    start(settingsService(), {});
+    m_processes.push_back(start(u"openbox"_s, {}));
+    makeFile(home() + u"/config/xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml"_s, kPanelConfiguration);
+    m_processes.push_back(start(settingsService(), {}));
     startPanel();
 }
 
@@ -104,69 +118,28 @@ void PrivateDesktop::stopScreen() {
     m_processes.front()->waitForFinished();
 }
 
-QProcess* PrivateDesktop::start(const QString& program, const QStringList& arguments) {
+std::unique_ptr<QProcess> PrivateDesktop::start(const QString& program, const QStringList& arguments) const {
     auto process = std::make_unique<QProcess>();
     process->setProcessEnvironment(m_environment);
     process->setStandardErrorFile(home() + u'/' + program.section(u'/', -1) + u".log"_s);
     process->start(program, arguments);
     EXPECT_TRUE(process->waitForStarted()) << program.toStdString();
-    m_processes.push_back(std::move(process));
-    return m_processes.back().get();
-}
-
-void PrivateDesktop::startInThePanelsPlace(const QString& program, const QStringList& arguments) {
-    m_panel = std::make_unique<QProcess>();
-    m_panel->setProcessEnvironment(m_environment);
-    m_panel->setStandardErrorFile(home() + u"/panel.log"_s);
-    m_panel->start(program, arguments);
-    EXPECT_TRUE(m_panel->waitForStarted());
+    return process;
 }
 
 void PrivateDesktop::startPanel() {
-    startInThePanelsPlace(u"xfce4-panel"_s, {u"--disable-wm-check"_s});
+    m_panel = start(u"xfce4-panel"_s, {u"--disable-wm-check"_s});
     constexpr int kColdStartMs = 30'000; // of the panel, from a disk that others use as well
     ASSERT_TRUE(waitForWindow(u"xfce4-panel"_s, true, kColdStartMs));
 }
 
 void PrivateDesktop::startOlderTray() {
-    startInThePanelsPlace(u"trayer"_s,
-                          u"--edge top --align right --widthtype percent --width 100 --height 28"_s.split(u' '));
+    m_panel = start(u"trayer"_s, u"--edge top --align right --widthtype percent --width 100 --height 28"_s.split(u' '));
 }
 
 void PrivateDesktop::stopPanel() {
     if (m_panel) end(*m_panel);
     m_panel.reset();
-}
-
-void PrivateDesktop::writeBusConfiguration() const {
-    // Without service folders: nothing of the machine's is started by a message.
-    const QString text = u"<busconfig><type>session</type><listen>unix:path=%1/run/bus</listen><auth>EXTERNAL</auth>"
-                         "<policy context=\"default\"><allow send_destination=\"*\" eavesdrop=\"true\"/>"
-                         "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>"_s.arg(home());
-    write(home() + u"/bus.conf"_s, text.toUtf8().constData());
-}
-
-void PrivateDesktop::writePanelConfiguration() const {
-    write(home() + u"/config/xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml"_s, R"(<?xml version="1.0"?>
-<channel name="xfce4-panel" version="1.0">
- <property name="configver" type="int" value="2"/>
- <property name="panels" type="array"><value type="int" value="1"/>
-  <property name="panel-1" type="empty">
-   <property name="position" type="string" value="p=6;x=0;y=0"/>
-   <property name="length" type="uint" value="100"/>
-   <property name="position-locked" type="bool" value="true"/>
-   <property name="size" type="uint" value="28"/>
-   <property name="plugin-ids" type="array"><value type="int" value="1"/><value type="int" value="2"/></property>
-  </property>
- </property>
- <property name="plugins" type="empty">
-  <property name="plugin-1" type="string" value="separator">
-   <property name="expand" type="bool" value="true"/><property name="style" type="uint" value="0"/>
-  </property>
-  <property name="plugin-2" type="string" value="systray"/>
- </property>
-</channel>
-)");
 }
 
 QString PrivateDesktop::run(const QString& program, const QStringList& arguments) const {

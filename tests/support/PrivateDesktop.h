@@ -54,11 +54,8 @@ public:
     void keepPicture(const QString& name) const;
 
 private:
-    QProcess* start(const QString& program, const QStringList& arguments);
-    void startInThePanelsPlace(const QString& program, const QStringList& arguments);
+    [[nodiscard]] std::unique_ptr<QProcess> start(const QString& program, const QStringList& arguments) const;
     QString run(const QString& program, const QStringList& arguments) const;
-    void writeBusConfiguration() const;
-    void writePanelConfiguration() const;
 
     QTemporaryDir m_folder;
     QProcessEnvironment m_environment = QProcessEnvironment::systemEnvironment();

@@ -14,6 +14,8 @@
 namespace quillet {
 namespace {
 
+using namespace Qt::StringLiterals;
+
 constexpr int kStartLimitMs = 40'000; ///< the script gives up and says why before this
 constexpr int kStopLimitMs = 10'000;
 constexpr qsizetype kLogTail = 2000;
@@ -24,44 +26,29 @@ QString serversFolder() { return qEnvironmentVariable("QUILLET_SOUND_SERVERS"); 
 } // namespace
 
 /// A command with pipes to and from it; ends with its owner.
-class PrivateSoundServer::Child {
+class PrivateSoundServer::Child : public QProcess {
 public:
     explicit Child(QStringList command) {
-        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        setProcessChannelMode(QProcess::ForwardedErrorChannel);
         const QString program = command.takeFirst();
-        m_process.start(program, command);
-        require(m_process.waitForStarted(), "a child process does not start");
+        start(program, command);
+        require(waitForStarted(), "a child process does not start");
     }
-    ~Child() {
-        m_process.terminate();
-        m_process.waitForFinished(kStopLimitMs);
-    }
-    Child(const Child&) = delete;
-    Child& operator=(const Child&) = delete;
-
-    void closeInput() { m_process.closeWriteChannel(); }
-    QByteArray line(int limitMs) {
-        while (!m_process.canReadLine() && m_process.waitForReadyRead(limitMs)) continue;
-        return m_process.readLine().trimmed();
+    ~Child() override {
+        terminate();
+        waitForFinished(kStopLimitMs);
     }
     /// What it has printed when it ends, or when the time is over.
-    QByteArray everything(int limitMs) {
-        m_process.waitForFinished(limitMs);
-        return m_process.readAll();
+    QByteArray everything() {
+        waitForFinished(kStopLimitMs);
+        return readAll();
     }
-    [[nodiscard]] bool succeeded() const {
-        return m_process.state() == QProcess::NotRunning && m_process.exitStatus() == QProcess::NormalExit &&
-               m_process.exitCode() == 0;
-    }
-
-private:
-    QProcess m_process;
 };
 
 std::string PrivateSoundServer::whyUnavailable() {
     const QString folder = serversFolder();
     if (folder.isEmpty()) return "QUILLET_SOUND_SERVERS does not name a folder made by scripts/fetch-sound-servers";
-    if (!QFileInfo::exists(folder + QStringLiteral("/usr/bin/pulseaudio")))
+    if (!QFileInfo::exists(folder + u"/usr/bin/pulseaudio"_s))
         return "QUILLET_SOUND_SERVERS names a folder without sound servers: " + folder.toStdString();
     return {};
 }
@@ -82,18 +69,19 @@ PrivateSoundServer::~PrivateSoundServer() { stop(); }
 
 void PrivateSoundServer::start() {
     // The command reads its input to the end, so that the server ends with this process however that ends.
-    m_script = std::make_unique<Child>(QStringList{
-        QStringLiteral(QUILLET_SCRIPTS "/sound-server"), QStringLiteral("--runtime"), m_runtime.path(),
-        m_kind == Kind::PulseAudio ? QStringLiteral("pulseaudio") : QStringLiteral("pipewire"), serversFolder(),
-        QStringLiteral("--"), QStringLiteral("sh"), QStringLiteral("-c"), QStringLiteral("echo ready; exec cat")});
-    require(m_script->line(kStartLimitMs) == "ready", "the private sound server did not start");
+    m_script =
+        std::make_unique<Child>(QStringList{u"" QUILLET_SCRIPTS "/sound-server"_s, u"--runtime"_s, m_runtime.path(),
+                                            m_kind == Kind::PulseAudio ? u"pulseaudio"_s : u"pipewire"_s,
+                                            serversFolder(), u"--"_s, u"sh"_s, u"-c"_s, u"echo ready; exec cat"_s});
+    while (!m_script->canReadLine() && m_script->waitForReadyRead(kStartLimitMs)) continue;
+    require(m_script->readLine() == "ready\n", "the private sound server did not start");
 }
 
 void PrivateSoundServer::stop() {
     m_players.clear();
     if (!m_script) return;
-    m_script->closeInput();
-    m_script->everything(kStopLimitMs);
+    m_script->closeWriteChannel();
+    m_script->everything();
     m_script.reset();
 }
 
@@ -107,7 +95,7 @@ void PrivateSoundServer::freeze() { signalServers(SIGSTOP); }
 void PrivateSoundServer::thaw() { signalServers(SIGCONT); }
 
 void PrivateSoundServer::signalServers(int signal) {
-    QFile pids(m_runtime.filePath(QStringLiteral("pids")));
+    QFile pids(m_runtime.filePath(u"pids"_s));
     require(pids.open(QIODevice::ReadOnly), "the private sound server is not running");
     while (!pids.atEnd()) {
         const int pid = pids.readLine().trimmed().toInt();
@@ -116,20 +104,19 @@ void PrivateSoundServer::signalServers(int signal) {
 }
 
 QString PrivateSoundServer::control(const QStringList& arguments) {
-    Child child(QStringList{QStringLiteral("pactl")} + arguments);
-    const QByteArray printed = child.everything(kStopLimitMs);
-    require(child.succeeded(), "pactl failed");
+    Child child(QStringList{u"pactl"_s} + arguments);
+    const QByteArray printed = child.everything();
+    require(child.exitStatus() == QProcess::NormalExit && child.exitCode() == 0, "pactl failed");
     return QString::fromUtf8(printed).trimmed();
 }
 
 std::string PrivateSoundServer::state() {
     std::string text;
-    for (const char* what : {"sinks", "sources", "sink-inputs", "source-outputs"}) {
-        Child child({QStringLiteral("pactl"), QStringLiteral("list"), QStringLiteral("short"), QLatin1String(what)});
-        text += std::string(what) + ":\n" + child.everything(kStopLimitMs).toStdString();
+    for (const QString& what : {u"list short sinks"_s, u"list short sources"_s, u"list short sink-inputs"_s,
+                                u"list short source-outputs"_s, u"info"_s}) {
+        Child child(QStringList{u"pactl"_s} + what.split(u' '));
+        text += what.toStdString() + ":\n" + child.everything().toStdString();
     }
-    Child child({QStringLiteral("pactl"), QStringLiteral("info")});
-    text += child.everything(kStopLimitMs).toStdString();
     for (const char* log : {"wireplumber.log", "pipewire.log", "pipewire-pulse.log", "pulseaudio.log"}) {
         QFile file(m_runtime.filePath(QLatin1String(log)));
         if (!file.open(QIODevice::ReadOnly)) continue;
@@ -139,16 +126,14 @@ std::string PrivateSoundServer::state() {
 }
 
 void PrivateSoundServer::play(const QString& output, const std::vector<float>& mono) {
-    QFile file(m_runtime.filePath(QString::number(++m_files) + QStringLiteral(".raw")));
+    QFile file(m_runtime.filePath(QString::number(++m_files) + u".raw"_s));
     require(file.open(QIODevice::WriteOnly), "no file for a sound");
     const auto bytes = static_cast<qint64>(mono.size()) * qint64{sizeof(float)};
     require(file.write(reinterpret_cast<const char*>(mono.data()), bytes) == bytes, "no room for a sound");
     file.close();
 
-    m_players.push_back(std::make_unique<Child>(
-        QStringList{QStringLiteral("paplay"), QStringLiteral("--raw"), QStringLiteral("--format=float32le"),
-                    QStringLiteral("--rate=48000"), QStringLiteral("--channels=1"),
-                    QStringLiteral("--latency-msec=100"), QStringLiteral("--device=") + output, file.fileName()}));
+    const QString command = u"paplay --raw --format=float32le --rate=48000 --channels=1 --latency-msec=100 --device="_s;
+    m_players.push_back(std::make_unique<Child>((command + output).split(u' ') + QStringList{file.fileName()}));
 }
 
 std::vector<float> tone(double frequencyHz, double seconds) {
