@@ -3,7 +3,6 @@
 #include "platform/linux/desktop/PointerHint.h"
 
 #include <QPainter>
-#include <QTranslator>
 
 #include <gtest/gtest.h>
 
@@ -189,21 +188,10 @@ TEST_F(StatusItemTest, TheMenuIsMadeAnewEachTimeItOpens) {
     EXPECT_TRUE(waitFor([&] { return toggles == 1 && stops == 1; })) << toggles << " " << stops;
 }
 
-/// A language of which every text shows that it was translated.
-class MarkedLanguage final : public QTranslator {
-public:
-    MarkedLanguage() { QCoreApplication::installTranslator(this); }
-    [[nodiscard]] bool isEmpty() const override { return false; }
-    [[nodiscard]] QString translate(const char*, const char* source, const char*, int) const override {
-        return u'«' + QString::fromUtf8(source) + u'»';
-    }
-};
-
 TEST_F(StatusItemTest, PanelsThatKeepThePressToThemselvesGetAnEntry) {
-    const MarkedLanguage language;
     m_entries = {{.title = u"Quit"_s, .action = [] {}}};
     showItem();
-    EXPECT_EQ(m_panel.menuTitles(), (QStringList{u"Quit"_s, u"«Show Quillet»"_s}));
+    EXPECT_EQ(m_panel.menuTitles(), (QStringList{u"Quit"_s, u"Show Quillet"_s}));
     m_panel.click(m_panel.menuLines().last().id);
     EXPECT_TRUE(waitFor([&] { return m_presses.size() == 1; }));
 

@@ -1,15 +1,18 @@
 #include "platform/linux/AutostartEntry.h"
 
 #include "support/Files.h"
+#include "support/WaitFor.h"
 
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTemporaryDir>
-#include <QThread>
 
 #include <gtest/gtest.h>
 
 namespace quillet {
 namespace {
+
+using namespace Qt::StringLiterals;
 
 class AutostartEntryTest : public testing::Test {
 protected:
@@ -120,8 +123,7 @@ TEST_F(AutostartEntryTest, AFolderThatCannotBeMadeFailsAndLeavesNothing) {
 }
 
 TEST_F(AutostartEntryTest, AnyPathIsStartedByTheDesktopsOwnRules) {
-    if (QProcess::execute(QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral("command -v gio >/dev/null")}) !=
-        0)
+    if (QStandardPaths::findExecutable(u"gio"_s).isEmpty())
         GTEST_SKIP() << "gio, which starts desktop files, is not installed";
     for (const char* name :
          {"plain", "with space", "per%cent %f", "quo\"te", "back\\slash", "dol$HOME`lar", "ümläut"}) {
@@ -131,10 +133,8 @@ TEST_F(AutostartEntryTest, AnyPathIsStartedByTheDesktopsOwnRules) {
         const auto started = base / "started";
         test::makeFile(program,
                        "#!/bin/sh\nprintf '%s' \"$*\" > '" + QByteArray::fromStdString(started.string()) + "'\n");
-        ASSERT_EQ(
-            QProcess::execute(QStringLiteral("gio"), {QStringLiteral("launch"), QString::fromStdString(file.string())}),
-            0);
-        for (int wait = 0; wait < 200 && QFile(started).size() == 0; ++wait) QThread::msleep(10);
+        ASSERT_EQ(QProcess::execute(u"gio"_s, {u"launch"_s, QString::fromStdString(file.string())}), 0);
+        EXPECT_TRUE(test::waitFor([&] { return QFile(started).size() > 0; }));
         EXPECT_EQ(test::contentsOf(started), QByteArray(kStartedAtLoginArgument));
         std::filesystem::remove(started);
     }

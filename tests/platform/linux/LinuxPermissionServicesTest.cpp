@@ -4,9 +4,9 @@
 #include "platform/Process.h"
 #include "support/FakeHardware.h"
 #include "support/FakeNotesApplication.h"
+#include "support/Files.h"
 #include "support/WaitFor.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -17,29 +17,25 @@
 namespace quillet::test {
 namespace {
 
+using namespace Qt::StringLiterals;
+
 TEST(LinuxPermissionServicesTest, OnlyARefusalTakesAccessAway) {
-    const struct {
-        const char* name;
-        AuthorizationStatus server;
-        bool granted;
-    } rows[] = {
-        {"a server that lets us in, or none at all", AuthorizationStatus::Authorized, true},
-        {"a sandbox's refusal", AuthorizationStatus::Denied, false},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+    // A server that lets us in, or none at all; a sandbox's refusal.
+    for (const auto status : {AuthorizationStatus::Authorized, AuthorizationStatus::Denied}) {
+        const bool granted = status == AuthorizationStatus::Authorized;
+        SCOPED_TRACE(granted);
         const auto microphone = std::make_shared<FakeMicrophone>();
-        microphone->status = row.server;
+        microphone->status = status;
         LinuxPermissionServices services(microphone);
         EXPECT_TRUE(services.preflightScreenCaptureAccess()) << "nothing is known yet, and nobody waits";
 
         std::atomic<int> answer = -1;
-        services.requestMicrophoneAccess([&](bool granted) { answer = granted ? 1 : 0; });
+        services.requestMicrophoneAccess([&](bool allowed) { answer = allowed ? 1 : 0; });
         ASSERT_TRUE(waitFor([&] { return answer >= 0; }));
 
-        EXPECT_EQ(answer == 1, row.granted);
-        EXPECT_EQ(services.preflightScreenCaptureAccess(), row.granted);
-        EXPECT_EQ(services.microphoneAuthorizationStatus() == AuthorizationStatus::Authorized, row.granted);
+        EXPECT_EQ(answer == 1, granted);
+        EXPECT_EQ(services.preflightScreenCaptureAccess(), granted);
+        EXPECT_EQ(services.microphoneAuthorizationStatus() == AuthorizationStatus::Authorized, granted);
         EXPECT_EQ(microphone->starts, 0) << "no stream is opened to find out";
     }
 }
@@ -66,36 +62,29 @@ TEST(LinuxPermissionServicesTest, AnotherAnswerIsPublishedWithoutLookingASecondT
 }
 
 TEST(LinuxPermissionServicesTest, TheSettingsOfTheDesktopAtHandAreOpened) {
+    const QStringList all = {u"pavucontrol"_s, u"gnome-control-center"_s, u"systemsettings"_s};
     const struct {
         const char* desktop;
         QStringList installed;
         const char* opened;
-    } rows[] = {
-        {"ubuntu:GNOME",
-         {QStringLiteral("pavucontrol"), QStringLiteral("gnome-control-center"), QStringLiteral("systemsettings")},
-         "gnome-control-center sound"},
-        {"KDE",
-         {QStringLiteral("pavucontrol"), QStringLiteral("gnome-control-center"), QStringLiteral("systemsettings")},
-         "systemsettings kcm_pulseaudio"},
-        {"XFCE",
-         {QStringLiteral("gnome-control-center"), QStringLiteral("systemsettings"), QStringLiteral("pavucontrol")},
-         "pavucontrol"},
-        {"", {QStringLiteral("gnome-control-center"), QStringLiteral("mate-volume-control")}, "mate-volume-control"},
-    };
+    } rows[] = {{"ubuntu:GNOME", all, "gnome-control-center sound"},
+                {"KDE", all, "systemsettings kcm_pulseaudio"},
+                {"XFCE", all, "pavucontrol"},
+                {"", {u"gnome-control-center"_s, u"mate-volume-control"_s}, "mate-volume-control"}};
     const QByteArray path = qgetenv("PATH");
     umask(027);
     prepareProcess();
-    EXPECT_FALSE(startProgram(QStringLiteral("/no/such/program"), {}));
+    EXPECT_FALSE(startProgram(u"/no/such/program"_s, {}));
     for (const auto& row : rows) {
         SCOPED_TRACE(row.desktop);
         const QTemporaryDir programs;
-        const QString opened = programs.filePath(QStringLiteral("opened"));
+        const QString opened = programs.filePath(u"opened"_s);
         for (const QString& name : row.installed) {
-            QFile program(programs.filePath(name));
-            ASSERT_TRUE(program.open(QFile::WriteOnly));
-            program.write("#!/bin/sh\necho \"${0##*/}\" \"$@\" $(umask) > '" + opened.toUtf8() + ".new'\nPATH='" +
-                          path + "' mv '" + opened.toUtf8() + ".new' '" + opened.toUtf8() + "'\n");
-            program.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
+            const QByteArray script = "#!/bin/sh\necho \"${0##*/}\" \"$@\" $(umask) > 'OPENED.new'\nPATH='" + path +
+                                      "' mv 'OPENED.new' 'OPENED'\n";
+            QFile::setPermissions(
+                makeFile(programs.filePath(name), QByteArray(script).replace("OPENED", opened.toUtf8())),
+                QFile::ReadOwner | QFile::ExeOwner);
         }
         qputenv("PATH", programs.path().toUtf8());
         qputenv("XDG_CURRENT_DESKTOP", row.desktop);
@@ -103,9 +92,7 @@ TEST(LinuxPermissionServicesTest, TheSettingsOfTheDesktopAtHandAreOpened) {
         qputenv("PATH", path);
         qunsetenv("XDG_CURRENT_DESKTOP");
         ASSERT_TRUE(waitFor([&] { return QFile::exists(opened); }));
-        QFile file(opened);
-        ASSERT_TRUE(file.open(QFile::ReadOnly));
-        EXPECT_EQ(file.readAll().trimmed(), QByteArray(row.opened) + " 0027") << "its files are the user's affair";
+        EXPECT_EQ(contentsOf(opened).trimmed(), QByteArray(row.opened) + " 0027") << "its files are the user's affair";
     }
 }
 
