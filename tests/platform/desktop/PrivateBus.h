@@ -86,6 +86,7 @@ inline void settle(const QDBusConnection& from, const QDBusConnection& to) {
     // The bus keeps each connection's order, so its answer to the second comes behind what the first had sent.
     for (const QDBusConnection& program : {from, to})
         callAs(program, u"org.freedesktop.DBus"_s, "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetId");
+    processEvents(); // the answer is known of before what came in front of it has been delivered
 }
 
 } // namespace quillet::test
