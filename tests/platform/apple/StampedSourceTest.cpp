@@ -102,7 +102,7 @@ TEST_F(StampedSourceTest, theEndIsReachedInSilenceAndNothingComesAfterIt) {
     queue.sync([] {});
     EXPECT_EQ(next, hostFrame(48000 * 16 / 10));
     const std::size_t before = left.size();
-    for (std::int64_t i = 50; i < 60; ++i) deliver(i * kFramesPerBuffer);
+    for (std::int64_t i = 80; i < 90; ++i) deliver(i * kFramesPerBuffer);
     tickFor(kBegin + 3s, 1s);
     EXPECT_EQ(left.size(), before);
 }
