@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+class QFile;
+
 namespace quillet {
 
 enum class IfMissing {
@@ -51,9 +53,9 @@ public:
     [[nodiscard]] virtual Result<void> checkWritable() = 0;
 
     [[nodiscard]] virtual Result<AddedFile> addFile(const FileNames& names, const QByteArray& bytes) = 0;
-    /// Adds another file's present contents: as a hard link, which costs nothing, where the volume has them and nobody
-    /// writes the file any more; else as a copy.
-    [[nodiscard]] virtual Result<AddedFile> addCopy(const FileNames& names, const std::filesystem::path& source) = 0;
+    /// Adds the present contents of another file, which is open: as a hard link, which costs nothing, where the volume
+    /// has them and nobody writes the file any more; else as a copy.
+    [[nodiscard]] virtual Result<AddedFile> addCopy(const FileNames& names, const QFile& source) = 0;
     /// Takes out what was added, unless it was there before or something else has its name by now.
     virtual void remove(const AddedFile& file) = 0;
 };

@@ -65,9 +65,9 @@ QString yamlQuoted(const QString& text) {
     return quoted.replace(QChar(0x7f), QStringLiteral("\\u007f"));
 }
 
-QString frontMatter(const QString& title, const QFileInfo& recording) {
+QString frontMatter(const QString& title, const QDateTime& recordedAt) {
     return QStringLiteral("---\ntitle: %1\ndate: %2\ntags:\n  - recording\n---\n\n")
-        .arg(yamlQuoted(title), recording.lastModified().toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss")));
+        .arg(yamlQuoted(title), recordedAt.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss")));
 }
 
 } // namespace
@@ -90,11 +90,11 @@ VaultLayout readLayout(DurableFolder& root) {
     return layout;
 }
 
-QString noteText(VaultKind kind, const NoteDraft& draft, const NotePlaces& places, const QFileInfo& recording) {
+QString noteText(VaultKind kind, const NoteDraft& draft, const NotePlaces& places, const QDateTime& recordedAt) {
     const QString text =
         markdown::withParagraphBelowHeading(markdown::withDashBullets(draft.body), playerLink(kind, places));
     const bool showsFrontMatter = kind == VaultKind::Obsidian || kind == VaultKind::Zettlr;
-    return showsFrontMatter ? frontMatter(draft.title, recording) + text : text;
+    return showsFrontMatter ? frontMatter(draft.title, recordedAt) + text : text;
 }
 
 } // namespace quillet::vault

@@ -3,7 +3,7 @@
 #include "platform/DurableFolder.h"
 #include "platform/NotesApplication.h"
 
-#include <QFileInfo>
+#include <QDateTime>
 #include <QString>
 #include <QStringList>
 
@@ -29,6 +29,6 @@ struct NotePlaces {
     QString recordingName;
 };
 [[nodiscard]] QString noteText(VaultKind kind, const NoteDraft& draft, const NotePlaces& places,
-                               const QFileInfo& recording);
+                               const QDateTime& recordedAt);
 
 } // namespace quillet::vault

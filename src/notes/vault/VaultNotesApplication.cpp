@@ -4,7 +4,9 @@
 #include "notes/vault/VaultNames.h"
 
 #include <QCollator>
+#include <QDateTime>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
 
@@ -111,8 +113,11 @@ NoteOutcome VaultNotesApplication::createNoteWithAttachment(const NoteDraft& dra
     if (!folderName.isEmpty() && !vault::isFolderName(folderName))
         return {false, false, QStringLiteral("A folder of the notes cannot be called “%1”.").arg(folderName)};
     const QFileInfo recording(shown(draft.attachment));
-    if (!recording.isFile() || !recording.isReadable())
+    // The vault's volume may keep us waiting, and another recording may take the name of this one meanwhile.
+    QFile recordingFile(recording.filePath());
+    if (!recording.isFile() || !recordingFile.open(QFile::ReadOnly))
         return {false, false, QStringLiteral("The recording %1 cannot be read.").arg(recording.filePath())};
+    const QDateTime recordedAt = recording.lastModified();
 
     const auto vault = openVault();
     if (!vault)
@@ -137,10 +142,10 @@ NoteOutcome VaultNotesApplication::createNoteWithAttachment(const NoteDraft& dra
                                    number = attempt;
                                    return vault::fileName(baseName, attempt, suffix);
                                },
-                               draft.attachment);
+                               recordingFile);
     if (!added) return failed(QStringLiteral("The recording could not be put into the notes folder"), added.error());
     places.recordingName = QString::fromStdString(added->name);
-    const QString text = vault::noteText(layout.kind, draft, places, recording);
+    const QString text = vault::noteText(layout.kind, draft, places, recordedAt);
     const auto note = (*noteFolder)
                           ->addFile(
                               [&](int attempt) { // from the recording's number on, so that the two look like one pair

@@ -2,6 +2,7 @@
 #include "platform/posix/PosixFile.h"
 #include "platform/posix/SystemCalls.h"
 
+#include <QFile>
 #include <QRandomGenerator>
 
 #include <algorithm>
@@ -146,21 +147,21 @@ public:
                    [&bytes](int fd) { return writeAll(fd, bytes.data(), static_cast<std::size_t>(bytes.size())); });
     }
 
-    Result<AddedFile> addCopy(const FileNames& names, const std::filesystem::path& source) override {
-        const UniqueFd from(::open(source.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    Result<AddedFile> addCopy(const FileNames& names, const QFile& source) override {
+        const int from = source.handle();
         struct stat status {};
-        if (!from || fstat(from.get(), &status) != 0) return failure(errno);
+        if (fstat(from, &status) != 0) return failure(errno);
         if (!S_ISREG(status.st_mode)) return failure(EINVAL);
-        if (!isBeingWritten(from.get())) {
-            if (auto synced = sync(from.get()); !synced) return Failure{synced.error()};
-            auto linked = publish(names, from.get(), Publishing::OfItself);
+        if (!isBeingWritten(from)) {
+            if (auto synced = sync(from); !synced) return Failure{synced.error()};
+            auto linked = publish(names, from, Publishing::OfItself);
             if (linked || linked.error().code == EEXIST) return linked;
-            auto cloned = clone(names, from.get());
+            auto cloned = clone(names, from);
             if (cloned || cloned.error().code == EEXIST) return cloned;
         }
-        return add(names, [&from](int fd) {
-            lseek(from.get(), 0, SEEK_SET);
-            return copyRest(from.get(), fd);
+        return add(names, [from](int fd) {
+            lseek(from, 0, SEEK_SET);
+            return copyRest(from, fd);
         });
     }
 

@@ -142,6 +142,16 @@ TEST_F(VaultTest, accessFollowsTheFolder) {
     EXPECT_TRUE(QFileInfo(path("documents/Quillet Notes")).isDir()) << "the default one is there from the start";
 }
 
+TEST_F(VaultTest, aNoteGetsTheRecordingThatItWasAskedForWhateverTakesItsName) {
+    VaultNotesApplication slow([this] {
+        QFile::rename(path("talk.m4a"), path("talk (earlier).m4a"));
+        write(path("talk.m4a"), "the next one");
+        return chosen;
+    });
+    EXPECT_TRUE(slow.createNoteWithAttachment(draft(u("One"))).success);
+    EXPECT_EQ(read("vault/attachments/One.m4a"), recordingBytes());
+}
+
 TEST_F(VaultTest, aRecordingIsAFileAndAnUnreadableOneNoRefusalOfTheVault) {
     NoteDraft note = draft(u("One"));
     for (const QString& bad : {path("missing.m4a"), path("vault"), u("/dev/null")}) {
