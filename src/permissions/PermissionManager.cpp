@@ -117,8 +117,13 @@ void PermissionManager::triggerNotesAutomationPermissionPromptIfNeeded() {
     if (m_notes->isAvailable()) askForAutomation([](bool) {});
 }
 
+std::shared_ptr<SerialQueue> PermissionManager::makeWorker() {
+    return std::make_shared<SerialQueue>("quillet.permissions");
+}
+
 void PermissionManager::forgetNotesAccess() {
     ++*m_notesGeneration;
+    m_worker = makeWorker();
     m_notes->cancelRequest();
     endAsking(); // whoever asked for that is told no when it ends
     m_defaults.remove(DefaultsKeys::automationPromptAttempted);

@@ -74,6 +74,8 @@ private:
     /// Runs the test on the worker, then, on the main thread, keeps the result unless it is outdated and hands it on.
     void checkNotesAutomationAccess(LiveTest test, Completion onMain);
 
+    [[nodiscard]] static std::shared_ptr<SerialQueue> makeWorker();
+
     using Askers = std::vector<Completion>;
 
     const std::shared_ptr<PermissionServices> m_services;
@@ -82,9 +84,10 @@ private:
     /// Counts the choices of an application; a test belongs to that of its beginning. Written on the main thread.
     const std::shared_ptr<std::atomic<unsigned>> m_notesGeneration = std::make_shared<std::atomic<unsigned>>(0);
     std::shared_ptr<Askers> m_askers; ///< who waits for the newest request; null without one
-    /// One test after another, so that an older answer never replaces a newer one. Each test holds the queue: the last
-    /// of them may outlive the manager, whose end must not wait for it.
-    const std::shared_ptr<SerialQueue> m_worker = std::make_shared<SerialQueue>("quillet.permissions");
+    /// One test after another, so that an older answer never replaces a newer one; another queue for each choice, since
+    /// a test may hang for ever. Each test holds its queue: the last of them may outlive the choice and the manager,
+    /// neither of which must wait for it.
+    std::shared_ptr<SerialQueue> m_worker = makeWorker();
 };
 
 } // namespace quillet

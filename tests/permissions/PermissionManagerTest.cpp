@@ -227,6 +227,19 @@ TEST_F(PermissionManagerTest, WhatConcernsTheApplicationBeforeIsNeitherKeptNorPu
     EXPECT_FALSE(defaults.keys().contains(DefaultsKeys::automationGrantedCached));
 }
 
+TEST_F(PermissionManagerTest, AnApplicationThatNeverAnswersDoesNotHoldUpTheOneChosenAfterIt) {
+    arrange(true, false);
+    holdFirstCall();
+    const auto manager = make();
+    entered.acquire();
+    manager->forgetNotesAccess();
+    bool granted = false;
+    manager->requestAutomationAccess([&](bool yes) { granted = yes; });
+    EXPECT_TRUE(test::waitFor([&] { return granted; }));
+    EXPECT_EQ(manager->automationStatus.value(), Status::Granted);
+    goOn.release();
+}
+
 TEST_F(PermissionManagerTest, AQuietTestKeepsItsAnswerWithoutTheManagerAndARequestHoldsIt) {
     arrange(true, false);
     holdFirstCall();
