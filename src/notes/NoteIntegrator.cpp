@@ -2,6 +2,8 @@
 
 #include "support/MainThread.h"
 
+#include <QCryptographicHash>
+
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -23,6 +25,22 @@ void appendSection(QString& body, const char* heading, const std::optional<QStri
     body += QLatin1String("## ") + QLatin1String(heading) + QLatin1Char('\n');
     body += text ? *text : QString::fromUtf8(placeholder);
     body += QLatin1String("\n\n");
+}
+
+/// No language, no time zone and no present moment: a repeat may find others. The recording's time counts to the
+/// minute, as it is written into the note.
+QString identityOf(const NoteRequest& request, bool withConsent) {
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    const auto add = [&hash](const QByteArray& part) { hash.addData(QByteArray::number(part.size()) + ':' + part); };
+    const MeetingDetails& details = request.details;
+    add(QByteArray::number(
+        qint64{std::chrono::floor<std::chrono::minutes>(request.recordedAt).time_since_epoch().count()}));
+    add(details.durationSeconds ? QByteArray::number(*details.durationSeconds) : QByteArray());
+    for (const auto& text : {details.title, details.attendees, details.aiSummary, details.keyDecisions,
+                             details.actionItems, details.followUps, details.transcript})
+        add(text ? '=' + text->toUtf8() : QByteArray());
+    add(QByteArray::number(int{withConsent}));
+    return QString::fromLatin1(hash.result().toHex());
 }
 
 std::filesystem::path absolutePath(const std::filesystem::path& path) {
@@ -55,6 +73,7 @@ std::optional<NoteOutcome> NoteIntegrator::makeNote(const NoteRequest& request) 
     draft.attachment = absolutePath(request.recording);
     draft.title = title.section(QLatin1Char('\n'), 0, 0);
     draft.body = body(title, request);
+    draft.identity = identityOf(request, m_defaults.boolean(DefaultsKeys::includeConsentTimestamp));
     const QString folder = request.folderName ? request.folderName->trimmed() : folderNameOfSettings();
     if (!folder.isEmpty()) draft.folderName = folder;
     return m_application->createNoteWithAttachment(draft);

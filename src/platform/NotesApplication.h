@@ -14,6 +14,7 @@ struct NoteDraft {
     QString title;                    ///< the note's name: one line, any text
     QString body; ///< "# ", "## ", "**" and "• " as marks, line feeds between lines; kept verbatim
     std::optional<QString> folderName; ///< absent or empty: the application's own default place
+    QString identity{};                ///< what was asked for: the same at a repeat, whose texts may read differently
 };
 
 /// What became of it. success and isAutomationDenied are never both true.

@@ -80,6 +80,20 @@ TEST_F(NoteIntegratorTest, DetailsFillTheirSectionsAndEmptyOnesStayEmpty) {
                                 "\n\n---\nParticipant consent acknowledged: 2 December 2025 at 00:07"));
 }
 
+TEST_F(NoteIntegratorTest, ARepeatIsKnownByWhatIsAskedForNotByHowItReads) {
+    defaults.set(DefaultsKeys::includeConsentTimestamp, true);
+    const NoteDraft first = draftOf({.durationSeconds = 60});
+    qputenv("TZ", "Asia/Kathmandu");
+    qputenv("LC_ALL", "de_DE.UTF-8");
+    now += std::chrono::minutes(1);
+    const NoteDraft repeat = draftOf({.durationSeconds = 60});
+    EXPECT_NE(repeat.title, first.title);
+    EXPECT_NE(repeat.body, first.body);
+    EXPECT_EQ(repeat.identity, first.identity);
+    for (const MeetingDetails& other : {MeetingDetails{}, MeetingDetails{.durationSeconds = 60, .attendees = text("")}})
+        EXPECT_NE(draftOf(other).identity, first.identity);
+}
+
 TEST_F(NoteIntegratorTest, DatesAndDurationsSpeakTheUsersLanguage) {
     const WallTime afternoon{std::chrono::seconds(1741007100)}; // 2025-03-03 13:05 UTC
     const std::string longCountry = "de_" + std::string(200, 'Q');

@@ -15,12 +15,12 @@ namespace {
 constexpr int kMaxTrashed = 20;
 constexpr int kLongestWaitMs = 120'000; ///< for another attempt at the same note
 
-/// The same for the same draft with the same recording, now and in another run.
+/// The same for the same wish with the same recording, now and in another run.
 QString idFor(const NoteDraft& draft, const Recording& recording, const QString& what) {
     QCryptographicHash hash(QCryptographicHash::Sha256);
     for (const QString& part :
          {what, recording.canonicalPath, QString::number(recording.bytes), QString::number(recording.modifiedMs),
-          draft.title, draft.body, draft.folderName.value_or(QString())}) {
+          draft.identity, draft.folderName.value_or(QString())}) {
         const QByteArray bytes = part.toUtf8();
         hash.addData(QByteArray::number(bytes.size()) + ':' + bytes);
     }

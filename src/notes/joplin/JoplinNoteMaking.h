@@ -24,9 +24,9 @@ struct Recording {
 };
 
 /// Puts the note and its recording into the folder: the recording, then the note without a body, then the body. The ids
-/// follow from the draft, so that an attempt that finds what an earlier one left (Joplin was killed, an answer was
-/// lost) goes on from there instead of doubling it. What this attempt made is removed again when it fails; so that it
-/// is not another attempt's, only one at a time works on the same note, those of other processes included, which are
+/// follow from what was asked for, so that an attempt that finds what an earlier one left (Joplin was killed, an answer
+/// was lost) goes on from there instead of doubling it. What this attempt made is removed again when it fails; so that
+/// it is not another attempt's, only one at a time works on the same note, those of other processes included, which are
 /// told by a file in the lock folder.
 [[nodiscard]] Result<void, Fault> makeNote(Client& client, const NoteDraft& draft, Recording& recording,
                                            const QString& folderId, const std::filesystem::path& lockFolder);

@@ -230,7 +230,9 @@ TEST_F(JoplinFaultsTest, whatALostAnswerLeftBehindIsCompletedNotDoubled) {
         return FakeService::asJoplin(request);
     };
 
-    EXPECT_TRUE(create(user.draft()).success);
+    NoteDraft repeat = user.draft();
+    repeat.title = repeat.body = u("as it reads a minute later, in another time zone");
+    EXPECT_TRUE(create(repeat).success);
 
     EXPECT_EQ(service.journal().filter(u("POST ")), QStringList());
     EXPECT_EQ(service.journal().filter(u("PUT ")), puts);

@@ -39,7 +39,7 @@ public:
         return std::make_shared<FileJoplinSecrets>(path("data/joplin.json").toStdString());
     }
     NoteDraft draft(const QString& title = u("Sync"), const QString& body = u("# Sync — today\n\n• One\n")) const {
-        return {path("talk.m4a").toStdString(), title, body, std::nullopt};
+        return {path("talk.m4a").toStdString(), title, body, std::nullopt, title};
     }
 
 private:
