@@ -64,13 +64,7 @@ const std::vector<SettingInfo>& catalogue() {
 }
 
 Result<QVariant, QString> parseBool(const QString& key, const QString& text) {
-    const QString lower = text.trimmed().toLower();
-    for (const char* yes : {"true", "yes", "on", "1"}) {
-        if (lower == QLatin1String(yes)) return QVariant(true);
-    }
-    for (const char* no : {"false", "no", "off", "0"}) {
-        if (lower == QLatin1String(no)) return QVariant(false);
-    }
+    if (const auto value = booleanFrom(text)) return QVariant(*value);
     return Failure{QStringLiteral("%1 is either true or false.").arg(key)};
 }
 

@@ -16,14 +16,22 @@ std::optional<QString> textOf(const QVariant& stored) {
 
 } // namespace
 
+std::optional<bool> booleanFrom(const QString& text) {
+    const QString lower = text.trimmed().toLower();
+    for (const char* yes : {"true", "yes", "on", "1"}) {
+        if (lower == QLatin1String(yes)) return true;
+    }
+    for (const char* no : {"false", "no", "off", "0"}) {
+        if (lower == QLatin1String(no)) return false;
+    }
+    return std::nullopt;
+}
+
 bool UserDefaults::boolean(const QString& key, bool absent) const {
     const QVariant stored = value(key);
     if (stored.typeId() == QMetaType::Bool) return stored.toBool();
     // An INI file keeps text; whoever edits it by hand writes what they know from other programs.
-    const QString text = stored.toString().trimmed().toLower();
-    if (text == QLatin1String("true") || text == QLatin1String("1") || text == QLatin1String("yes")) return true;
-    if (text == QLatin1String("false") || text == QLatin1String("0") || text == QLatin1String("no")) return false;
-    return absent;
+    return booleanFrom(stored.toString()).value_or(absent);
 }
 
 std::optional<QString> UserDefaults::string(const QString& key) const { return textOf(value(key)); }

@@ -9,6 +9,9 @@
 
 namespace quillet {
 
+/// The words for yes and no that people write into settings, whatever their case; absent for any other.
+[[nodiscard]] std::optional<bool> booleanFrom(const QString& text);
+
 /// The program's persistent settings: typed values under text keys. Any thread; nothing is cached, so that a change
 /// made by another process is seen by the next read. A stored value of another type reads as absent.
 class UserDefaults {

@@ -52,7 +52,7 @@ TEST(UserDefaultsTest, HandEditedValuesAreReadAsFarAsTheyMakeSense) {
     const QTemporaryDir folder;
     const FileUserDefaults defaults(
         test::makeFile(folder.filePath(QStringLiteral("settings.conf")),
-                       "[General]\na=True\nb=1\nc=maybe\nd=one, two\ne=\nbroken line\n[Other\nf=2\n"));
+                       "[General]\na=True\nb=On\nc=maybe\nd=one, two\ne=\nbroken line\n[Other\nf=2\n"));
     EXPECT_TRUE(defaults.boolean(QStringLiteral("a")));
     EXPECT_TRUE(defaults.boolean(QStringLiteral("b")));
     EXPECT_TRUE(defaults.boolean(QStringLiteral("c"), true));
