@@ -14,6 +14,15 @@ std::optional<QString> textOf(const QVariant& stored) {
     return std::nullopt;
 }
 
+/// Bytes that are text as such: the INI file takes others for Latin-1, where neither a path's letters nor an edit by
+/// hand are what they look like.
+QVariant legible(const QVariant& value) {
+    if (value.typeId() != QMetaType::QByteArray) return value;
+    const QByteArray bytes = value.toByteArray();
+    const QString text = QString::fromUtf8(bytes);
+    return text.toUtf8() == bytes && !text.contains(QChar(u'\0')) ? QVariant(text) : value;
+}
+
 } // namespace
 
 std::optional<bool> booleanFrom(const QString& text) {
@@ -56,7 +65,7 @@ bool FileUserDefaults::set(const QString& key, const QVariant& value) {
         QDir().mkpath(folder);
         QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
-    return change(key, value);
+    return change(key, legible(value));
 }
 
 bool FileUserDefaults::remove(const QString& key) { return change(key, QVariant()); }

@@ -35,6 +35,34 @@ TEST(UserDefaultsTest, ValuesSurviveAndChangesOfAnotherProcessAreSeen) {
     EXPECT_FALSE(FileUserDefaults(path).data(DefaultsKeys::recordingsFolderBookmark).has_value());
 }
 
+TEST(UserDefaultsTest, BytesThatAreTextAreLegibleInTheFileAndOthersKeepTheirValue) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("settings.conf"));
+    const QString key = QStringLiteral("folder");
+    const struct {
+        QByteArray bytes;
+        QByteArray inFile; ///< as far as it matters
+    } rows[] = {
+        {"/home/ada/M\u00fcller", "folder=/home/ada/M\u00fcller\n"},
+        {"/a, b; \"c\" \\x41 ", "folder=\"/a, b"},
+        {"@ByteArray(x)", "folder=@@ByteArray(x)\n"},
+        {"", "folder=\n"},
+        {"[{\"name\":\"\ufeffx\"}]\n", "name"},
+        {"\ufeff/x", "x"},
+        {"/M\xfcller", "folder=@ByteArray(/M"},
+        {QByteArray("/a\0b", 4), "folder=@ByteArray(/a"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.bytes.constData());
+        ASSERT_TRUE(FileUserDefaults(path).set(key, row.bytes));
+        const QByteArray file = test::contentsOf(path);
+        EXPECT_TRUE(file.contains(row.inFile)) << file.constData();
+        // What has not been read yet in this process.
+        const QString copy = test::makeFile(folder.filePath(QString::number(&row - rows)), file);
+        EXPECT_EQ(FileUserDefaults(copy).data(key), row.bytes);
+    }
+}
+
 TEST(UserDefaultsTest, WhatCannotBeStoredIsSaidAndDoesNotReadBack) {
     const QString key = QStringLiteral("key");
     const QTemporaryDir folder;
