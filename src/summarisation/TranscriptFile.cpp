@@ -26,9 +26,11 @@ Result<Transcript, QString> decodeTranscript(const QByteArray& bytes) {
 Result<Transcript, QString> readTranscript(QIODevice& device) {
     QByteArray bytes;
     while (bytes.size() <= kMaxBytes) {
-        const QByteArray some = device.read(qint64{1024} * 1024);
-        if (some.isEmpty()) break;
-        bytes += some;
+        QByteArray some(qsizetype{1024} * 1024, Qt::Uninitialized);
+        const qint64 got = device.read(some.data(), some.size());
+        if (got < 0) return Failure{QStringLiteral("cannot be read: %1.").arg(device.errorString())};
+        if (got == 0) break;
+        bytes.append(some.constData(), got);
     }
     return decodeTranscript(bytes);
 }

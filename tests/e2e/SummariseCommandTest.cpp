@@ -63,6 +63,7 @@ TEST_F(SummariseCommandTest, WhatCannotBeSummarisedIsSaid) {
         {write(u"latin1.txt"_s, "J\xfcrgen: hi"), 0, "read as Latin-1"},
         {quillet.folder(u"nowhere.txt"_s), 1, "cannot be read"},
         {quillet.folder(), 1, "cannot be read"},
+        {u"/proc/self/mem"_s, 1, "cannot be read: Input/output error."}, // it opens
         {u"--jsson"_s, 2, "jsson"},
     };
     for (const auto& [path, status, says] : rows) {
