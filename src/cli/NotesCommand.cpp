@@ -79,7 +79,13 @@ int test(NotesServices& notes, const QString& name) {
 int authorise(NotesServices& notes) {
     if (notes.application->asksForConsent())
         complain(QStringLiteral("Please allow Quillet in your notes application; waiting for your answer."));
+    UserDefaults& defaults = UserDefaults::standard();
+    const auto chosen = defaults.string(DefaultsKeys::notesApplication);
     const bool granted = notes.application->requestAccess();
+    if (defaults.string(DefaultsKeys::notesApplication) == chosen) { // the answer may have taken minutes
+        defaults.set(DefaultsKeys::automationPromptAttempted, true);
+        defaults.set(DefaultsKeys::automationGrantedCached, granted);
+    }
     if (!granted && notes.application->probeAccess() == NotesAccess::NotDetermined) {
         complain(QStringLiteral("There was no answer: the notes application is not running, or nobody confirmed."));
         return Failed;

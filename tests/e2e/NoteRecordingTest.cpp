@@ -67,6 +67,11 @@ TEST_F(NoteRecordingTest, ANoteThatFailsIsSaidAndMadeLater) {
     const QString vault = quillet.folder(u"vault"_s);
     QDir().mkpath(vault);
     quillet.set(u"corvane.notesVaultFolder"_s, vault);
+    EXPECT_EQ(quillet.run({u"notes"_s, u"authorise"_s}), 0);
+    for (const QString& key : {u"corvane.automationPromptAttempted"_s, u"corvane.automationGrantedCached"_s}) {
+        quillet.run({u"settings"_s, u"get"_s, key});
+        EXPECT_EQ(quillet.output, u"true\n"_s) << key.toStdString();
+    }
     ASSERT_EQ(quillet.run({u"notes"_s, u"create"_s, recording, u"--summary"_s, u"• Done"_s}), 0)
         << quillet.errors.toStdString();
     const auto notes = QDir(vault).entryInfoList({u"*.md"_s}, QDir::Files);
