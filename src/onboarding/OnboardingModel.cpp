@@ -73,6 +73,8 @@ const char* OnboardingModel::buttonTitle() const {
     }
 }
 
+bool OnboardingModel::isLastStep() const { return currentStep.value() == pageCount() - 1; }
+
 void OnboardingModel::nextAction() {
     switch (currentStep.value()) {
     case 0:

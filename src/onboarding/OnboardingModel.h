@@ -65,6 +65,7 @@ public:
     [[nodiscard]] int pageCount() const { return shouldShowAIStep.value() ? 6 : 5; }
     /// Before translation.
     [[nodiscard]] const char* buttonTitle() const;
+    [[nodiscard]] bool isLastStep() const;
     [[nodiscard]] NotesTestRemark notesTestRemark() const;
 
     /// The main button.

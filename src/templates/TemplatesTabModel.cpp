@@ -21,6 +21,8 @@ void TemplatesTabModel::saveNewTemplate(const QString& name, const QString& cont
 
 void TemplatesTabModel::startEditing(const MeetingTemplate& meetingTemplate) {
     m_selectedTemplate = meetingTemplate;
+    m_editingName = meetingTemplate.name;
+    m_editingContent = meetingTemplate.content;
     isEditing.set(true);
 }
 

@@ -31,6 +31,8 @@ public:
     Published<bool> showPreviewSheet{false};
 
     [[nodiscard]] const std::optional<MeetingTemplate>& selectedTemplate() const { return m_selectedTemplate; }
+    [[nodiscard]] const QString& editingName() const { return m_editingName; }
+    [[nodiscard]] const QString& editingContent() const { return m_editingContent; }
     /// Of the last row that was previewed, not of the active template.
     [[nodiscard]] const QString& previewContent() const { return m_previewContent; }
 
@@ -47,6 +49,8 @@ public:
 private:
     const TemplateSavePanel m_savePanel;
     std::optional<MeetingTemplate> m_selectedTemplate;
+    QString m_editingName;
+    QString m_editingContent;
     QString m_previewContent;
 };
 

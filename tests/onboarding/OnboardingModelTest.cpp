@@ -136,6 +136,7 @@ TEST_F(OnboardingModelTest, TheLastStepCompletesAndSwitchesStartingAtLoginOn) {
         model->currentStep.set(showsAI ? 5 : 4);
         EXPECT_EQ(model->page(), Page::Ready);
         EXPECT_STREQ(model->buttonTitle(), "Start Recording");
+        EXPECT_TRUE(model->isLastStep());
         EXPECT_EQ(completed, 0);
         model->nextAction();
         EXPECT_EQ(completed, 1);
