@@ -43,7 +43,7 @@ TEST_F(AppDelegateTest, theArgumentsDecideAboutTheIntroduction) {
     }
     FileUserDefaults fileInTheWay(desk.folder.filePath(QStringLiteral("Meeting.m4a/settings.conf")));
     defaults = &fileInTheWay;
-    launch({skip});
+    launch();
     QTest::qWait(700);
     EXPECT_EQ(window("Welcome to Quillet"), nullptr) << "skipped where that cannot be stored";
     delegate.reset();
