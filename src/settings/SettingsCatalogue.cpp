@@ -5,7 +5,6 @@
 #include "templates/TemplateRecords.h"
 
 #include <QDir>
-#include <QUuid>
 
 #include <algorithm>
 #include <optional>
@@ -126,9 +125,10 @@ Result<QVariant, QString> parseSetting(const SettingInfo& setting, const QString
     case Type::Bookmark:
         return parseFolder(setting, text, files);
     case Type::Uuid: {
-        const QUuid id(text);
-        if (id.isNull()) return Failure{QStringLiteral("%1 is a UUID.").arg(setting.key)};
-        return QVariant(id.toString(QUuid::WithoutBraces).toUpper());
+        const bool hasBraces = text.startsWith(QLatin1Char('{')) && text.endsWith(QLatin1Char('}'));
+        const auto id = TemplateRecords::parseUuid(hasBraces ? text.mid(1, text.size() - 2) : text);
+        if (!id || id->isNull()) return Failure{QStringLiteral("%1 is a UUID.").arg(setting.key)};
+        return QVariant(TemplateRecords::uuidText(*id));
     }
     case Type::Templates:
         if (const auto decoded = TemplateRecords::decodeList(text.toUtf8()); !decoded)

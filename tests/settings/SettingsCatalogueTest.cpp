@@ -28,6 +28,7 @@ TEST(SettingsCatalogueTest, ValuesAreCheckedByTheirType) {
         {"corvane.selectedTemplateId", "{2f1d7b4e-0c3f-4a7e-9a53-5d1b8f7f6a10}",
          "2F1D7B4E-0C3F-4A7E-9A53-5D1B8F7F6A10"},
         {"corvane.selectedTemplateId", "first", nullptr},
+        {"corvane.selectedTemplateId", "{2f1d7b4e-0c3f-4a7e-9a53-5d1b8f7f6a10}x", nullptr},
         {"corvane.customTemplates", "[ ]", "[ ]"},
         {"corvane.customTemplates", "[{\"name\":\"x\"}]", nullptr},
         {"corvane.customTemplates", "{}", nullptr},
