@@ -236,6 +236,8 @@ TEST_F(SettingsViewTest, ANewFolderIsNamedInASheetAndNeverBlank) {
     click("Create New Folder");
     ASSERT_TRUE(sheet());
     EXPECT_TRUE(field()->text().isEmpty());
+    QAccessible::queryAccessibleInterface(field())->setText(QAccessible::Value, u"Said"_s);
+    EXPECT_EQ(model->newFolderName.value(), u"Said"_s) << "by assistive technology";
     QTest::keyClicks(field(), u"x"_s);
     QTest::keyClick(field(), Qt::Key_Escape);
     EXPECT_FALSE(sheet());

@@ -23,7 +23,7 @@ NewFolderSheet::NewFolderSheet(std::shared_ptr<SettingsModel> model, QWidget* pa
     connect(addCancelButton(tr("Cancel")), &QPushButton::clicked, this, [this] { m_model->cancelNewFolder(); });
     QPushButton* const create = addDefaultButton(tr("Create"));
     connect(create, &QPushButton::clicked, this, [this] { m_model->createFolder(); });
-    connect(field, &QLineEdit::textEdited, this, [this](const QString& text) { m_model->newFolderName.set(text); });
+    connect(field, &QLineEdit::textChanged, this, [this](const QString& text) { m_model->newFolderName.set(text); });
     m_model->newFolderName.subscribe(
         this, [this, create](const QString&) { create->setEnabled(m_model->canCreateFolder()); });
     field->setFocus();
