@@ -59,6 +59,8 @@ TEST_F(SettingsViewTest, TheSidebarLeadsToTheSections) {
     NotificationCenter::standard().post(Notifications::openSettingsRequested, {{u"section"_s, u"General"_s}});
     EXPECT_EQ(sidebar->currentRow(), 0);
     EXPECT_TRUE(says("Recording Location"));
+    QTest::mouseClick(sidebar->viewport(), Qt::LeftButton, {}, sidebar->viewport()->rect().bottomLeft());
+    EXPECT_TRUE(sidebar->item(0)->isSelected()) << "a click beside the sections chooses none";
 }
 
 TEST_F(SettingsViewTest, TheRecordingsFolderIsChangedAndGivenBack) {

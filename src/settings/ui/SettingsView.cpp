@@ -103,6 +103,10 @@ void SettingsView::makeSidebar() {
         auto* const item = new QListWidgetItem(tr(info.rawValue), m_sidebar);
         item->setData(SidebarDelegate::kSymbolRole, QString::fromLatin1(info.symbol));
     }
+    // A click beside the sections, or with Ctrl, would take the mark off the one that is shown.
+    connect(m_sidebar, &QListWidget::itemSelectionChanged, m_sidebar, [list = m_sidebar] {
+        if (list->selectedItems().isEmpty() && list->currentItem()) list->currentItem()->setSelected(true);
+    });
 }
 
 void SettingsView::fitSidebar() {
