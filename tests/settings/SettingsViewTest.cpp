@@ -61,6 +61,9 @@ TEST_F(SettingsViewTest, TheSidebarLeadsToTheSections) {
     EXPECT_TRUE(says("Recording Location"));
     QTest::mouseClick(sidebar->viewport(), Qt::LeftButton, {}, sidebar->viewport()->rect().bottomLeft());
     EXPECT_TRUE(sidebar->item(0)->isSelected()) << "a click beside the sections chooses none";
+    model->openNewFolderSheet();
+    NotificationCenter::standard().post(Notifications::openSettingsRequested, {{u"section"_s, u"Templates"_s}});
+    EXPECT_TRUE(says("Recording Location")) << "what is being written in a sheet would be lost";
 }
 
 TEST_F(SettingsViewTest, TheRecordingsFolderIsChangedAndGivenBack) {

@@ -86,7 +86,8 @@ SettingsView::SettingsView(SettingsParts parts, QWidget* parent)
     m_parts.model->showNewFolderSheet.subscribe(this, [this](bool shown) { showSheet(shown); });
     m_parts.notifications.observe(Notifications::openSettingsRequested, this, [this](const QVariantMap& info) {
         const auto wanted = settingsSection(info.value(QStringLiteral("section")).toString());
-        if (wanted) m_parts.model->selectedSection.set(*wanted);
+        // What is being written in a sheet would be gone with its section.
+        if (wanted && !hasOpenSheet()) m_parts.model->selectedSection.set(*wanted);
     });
 }
 
@@ -143,6 +144,11 @@ void SettingsView::showSheet(bool shown) {
     if (m_sheet) return m_sheet->raise();
     m_sheet = new NewFolderSheet(m_parts.model, this);
     m_sheet->open();
+}
+
+bool SettingsView::hasOpenSheet() const {
+    const auto sheets = findChildren<Sheet*>();
+    return std::any_of(sheets.begin(), sheets.end(), [](const Sheet* sheet) { return !sheet->isHidden(); });
 }
 
 void SettingsView::showEvent(QShowEvent* event) {

@@ -30,7 +30,7 @@ struct SettingsParts {
 
 /// The contents of the settings window: the sections at the side, the selected one beside them. Made anew with each
 /// window. Everything is read afresh each time it is shown. While it is there, it turns to the section that somebody
-/// asks to see.
+/// asks to see, unless a sheet is open over it.
 class SettingsView final : public QWidget {
     Q_OBJECT
 public:
@@ -49,6 +49,7 @@ private:
     [[nodiscard]] QWidget* makeTemplates();
     void addPage(QWidget* section);
     void showSheet(bool shown);
+    [[nodiscard]] bool hasOpenSheet() const;
 
     const SettingsParts m_parts;
     QSplitter* m_columns;
