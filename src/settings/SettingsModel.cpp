@@ -13,6 +13,7 @@ SettingsModel::SettingsModel(SettingsServices services) : m_services(std::move(s
 void SettingsModel::appeared() {
     PermissionManager& permissions = *m_services.permissions;
     permissions.refreshStatus();
+    m_services.store->recordingFolderWasNotStored.set(false);
     m_services.store->recordingPath.set(m_services.files.recordingsDirectoryDisplayPath());
     readNotesFolder();
     // An application that would ask the user anew each time is only asked when the user wants it.
@@ -25,7 +26,7 @@ void SettingsModel::appeared() {
 }
 
 void SettingsModel::useDefaultRecordingsFolder() {
-    m_services.files.resetToDefaultRecordingsDirectory();
+    m_services.store->recordingFolderWasNotStored.set(!m_services.files.resetToDefaultRecordingsDirectory());
     m_services.store->recordingPath.set(m_services.files.recordingsDirectoryDisplayPath());
 }
 

@@ -69,9 +69,11 @@ void SettingsStore::chooseRecordingsFolder() {
         .title = QString::fromLatin1(kTitle), .message = QString::fromLatin1(kMessage), .startFolder = startFolder()};
     m_chooseFolder(question, [weak = weak_from_this(), files = &m_files](auto folder) {
         if (!folder) return;
-        files->setCustomRecordingsDirectory(folder);
-        MainThread::postWeakly<SettingsStore>(
-            weak, [](SettingsStore& self) { self.recordingPath.set(self.m_files.recordingsDirectoryDisplayPath()); });
+        const bool isStored = files->setCustomRecordingsDirectory(folder);
+        MainThread::postWeakly<SettingsStore>(weak, [isStored](SettingsStore& self) {
+            self.recordingFolderWasNotStored.set(!isStored);
+            self.recordingPath.set(self.m_files.recordingsDirectoryDisplayPath());
+        });
     });
 }
 

@@ -28,6 +28,8 @@ public:
                                                  FolderChooser chooseFolder);
 
     Published<QString> recordingPath;
+    /// The last choice of it was not stored: what was chosen before goes on counting.
+    Published<bool> recordingFolderWasNotStored{false};
     Published<std::vector<QString>> availableFolders;
     Published<bool> isLoadingFolders{false};
     Published<bool> notesFoldersLoadFailed{false};

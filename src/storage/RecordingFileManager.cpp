@@ -110,20 +110,21 @@ QString RecordingFileManager::recordingsDirectoryDisplayPath() const {
     return folder ? displayPath(*folder, m_fileManager.homeDirectory()) : QStringLiteral("—");
 }
 
-void RecordingFileManager::setCustomRecordingsDirectory(const std::optional<fs::path>& url) {
-    resetToDefaultRecordingsDirectory();
-    if (!url) return;
-    saveBookmark(*url); // before access: a folder that cannot be reached now is found at the next start
-    if (!m_fileManager.startAccess(*url)) return;
-    m_isSecurityScopedAccessStarted = true;
-    m_resolvedCustomDirectoryURL = url;
+bool RecordingFileManager::setCustomRecordingsDirectory(const std::optional<fs::path>& url) {
+    stopAccess();
+    // Stored before access: a folder that cannot be reached now is found at the next start.
+    const auto bookmark = url ? m_fileManager.makeBookmark(*url) : QByteArray();
+    const bool isStored = bookmark && !bookmark->isEmpty()
+                              ? m_defaults.set(DefaultsKeys::recordingsFolderBookmark, *bookmark)
+                              : m_defaults.remove(DefaultsKeys::recordingsFolderBookmark);
+    if (isStored) m_resolvedCustomDirectoryURL = url;
+    m_isSecurityScopedAccessStarted =
+        m_resolvedCustomDirectoryURL && m_fileManager.startAccess(*m_resolvedCustomDirectoryURL);
+    if (!m_isSecurityScopedAccessStarted) m_resolvedCustomDirectoryURL.reset();
+    return isStored;
 }
 
-void RecordingFileManager::resetToDefaultRecordingsDirectory() {
-    stopAccess();
-    m_resolvedCustomDirectoryURL.reset();
-    m_defaults.remove(DefaultsKeys::recordingsFolderBookmark);
-}
+bool RecordingFileManager::resetToDefaultRecordingsDirectory() { return setCustomRecordingsDirectory(std::nullopt); }
 
 void RecordingFileManager::stopAccess() {
     if (m_isSecurityScopedAccessStarted && m_resolvedCustomDirectoryURL)
@@ -138,12 +139,9 @@ void RecordingFileManager::resolveCustomRecordingsBookmarkIfNeeded() {
     if (!resolved || !m_fileManager.startAccess(resolved->url)) return; // stays stored for the next start
     m_isSecurityScopedAccessStarted = true;
     m_resolvedCustomDirectoryURL = resolved->url;
-    if (resolved->isStale) saveBookmark(resolved->url);
-}
-
-void RecordingFileManager::saveBookmark(const fs::path& url) {
-    if (const auto bookmark = m_fileManager.makeBookmark(url))
-        m_defaults.set(DefaultsKeys::recordingsFolderBookmark, *bookmark);
+    if (!resolved->isStale) return;
+    if (const auto fresh = m_fileManager.makeBookmark(resolved->url))
+        m_defaults.set(DefaultsKeys::recordingsFolderBookmark, *fresh);
 }
 
 void RecordingFileManager::openRecordingsFolderInFinder() {

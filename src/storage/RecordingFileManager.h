@@ -49,9 +49,10 @@ public:
     /// With "~" for the home folder; an em dash when there is no folder at all.
     [[nodiscard]] QString recordingsDirectoryDisplayPath() const;
 
-    /// Absent goes back to the default folder.
-    void setCustomRecordingsDirectory(const std::optional<std::filesystem::path>& url);
-    void resetToDefaultRecordingsDirectory();
+    /// Absent goes back to the default folder. False when the choice could not be stored: the one before goes on
+    /// counting.
+    bool setCustomRecordingsDirectory(const std::optional<std::filesystem::path>& url);
+    bool resetToDefaultRecordingsDirectory();
 
     void openRecordingsFolderInFinder();
     void showInFinderSelecting(const std::filesystem::path& url);
@@ -63,7 +64,6 @@ private:
     Result<void, StorageError> checkDiskSpaceForDirectory(const std::filesystem::path& folder);
     [[nodiscard]] std::string fileName() const;
     void resolveCustomRecordingsBookmarkIfNeeded();
-    void saveBookmark(const std::filesystem::path& url);
     void stopAccess();
 
     FileServices& m_fileManager;

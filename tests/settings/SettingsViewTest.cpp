@@ -293,6 +293,13 @@ TEST_F(SettingsViewTest, AChoiceThatCannotBeStoredIsTakenBackAndSaid) {
         EXPECT_EQ(picker(name)->currentIndex(), 0);
         EXPECT_TRUE(says(remark));
     }
+    files = std::make_unique<RecordingFileManager>(FileServices::standard(), unwritable);
+    open();
+    const QString before = store->recordingPath.value();
+    store->chooseRecordingsFolder();
+    chooser.answer("/srv/meetings");
+    ASSERT_TRUE(waitFor([&] { return says(remark); }));
+    EXPECT_EQ(store->recordingPath.value(), before);
 }
 
 TEST_F(SettingsViewTest, TheSummariesSayWhereTheTextGoes) {

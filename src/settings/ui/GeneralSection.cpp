@@ -45,6 +45,7 @@ QWidget* GeneralSection::makeRecordingLocation() {
     auto* const unusable = new TextLabel(tr("This folder takes no files. Recordings go to the default folder instead."),
                                          TextStyle::Caption, Ink::Orange, group);
     group->contents()->addWidget(unusable);
+    group->contents()->addWidget(makeNotStored(m_model->services().store->recordingFolderWasNotStored));
     auto* const buttons = new FlowRow;
     QPushButton* const change = makeButton(tr("Change…"), ButtonRole::Bordered, {}, group);
     QPushButton* const standard = makeButton(tr("Use default"), ButtonRole::Bordered, {}, group);
