@@ -1,9 +1,10 @@
 #include "settings/SettingsModel.h"
 
 #include "summarisation/SummaryPath.h"
+#include "support/MainThread.h"
 
 #include <algorithm>
-#include <system_error>
+#include <thread>
 #include <utility>
 
 namespace quillet {
@@ -30,7 +31,19 @@ void SettingsModel::useDefaultRecordingsFolder() {
     m_services.store->recordingPath.set(m_services.files.recordingsDirectoryDisplayPath());
 }
 
-bool SettingsModel::isRecordingsFolderUnusable() const { return m_services.files.isCustomDirectoryUnwritable(); }
+void SettingsModel::checkRecordingsFolder() {
+    const int check = ++m_folderChecks;
+    const auto folder = m_services.files.resolvedCustomDirectoryURL();
+    isRecordingsFolderUnusable.set(folder ? std::nullopt : std::optional(false));
+    if (!folder) return;
+    // A thread of its own: another folder is looked at while this one does not answer. Nobody waits for it.
+    std::thread([weak = weak_from_this(), folder = *folder, check] {
+        const bool isUnusable = RecordingFileManager::isUnwritable(folder);
+        MainThread::postWeakly<SettingsModel>(weak, [check, isUnusable](SettingsModel& self) {
+            if (check == self.m_folderChecks) self.isRecordingsFolderUnusable.set(isUnusable);
+        });
+    }).detach();
+}
 
 SettingsModel::AccessRow SettingsModel::accessRow() const {
     if (m_services.permissions->automationStatus.value() == PermissionStatus::Granted) return AccessRow::None;

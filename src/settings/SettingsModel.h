@@ -14,6 +14,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace quillet {
 
@@ -72,6 +73,9 @@ public:
 
     Published<SettingsSection> selectedSection{SettingsSection::General};
     Published<bool> launchAtLogin{false};
+    /// The chosen folder for recordings takes no files or cannot be made, so that they go to the default one; absent
+    /// until that is known.
+    Published<std::optional<bool>> isRecordingsFolderUnusable;
     Published<bool> showNewFolderSheet{false};
     Published<QString> newFolderName;
     /// The chosen folder for notes, as stored; empty for the default place.
@@ -86,8 +90,8 @@ public:
 
     // General
     void useDefaultRecordingsFolder();
-    /// The chosen folder takes no files or cannot be made, so that recordings go to the default one.
-    [[nodiscard]] bool isRecordingsFolderUnusable() const;
+    /// Looks at the chosen folder on a worker, which its disk or network may hold up for minutes.
+    void checkRecordingsFolder();
     [[nodiscard]] AccessRow accessRow() const;
     [[nodiscard]] FoldersRemark foldersRemark() const;
     void allowAccess();
@@ -117,6 +121,7 @@ private:
     void readNotesFolder();
 
     const SettingsServices m_services;
+    int m_folderChecks = 0; ///< so far; the answer to the last one counts
 };
 
 } // namespace quillet

@@ -97,9 +97,8 @@ std::optional<fs::path> RecordingFileManager::effectiveRecordingsDirectoryURL() 
     return m_resolvedCustomDirectoryURL ? m_resolvedCustomDirectoryURL : defaultRecordingsDirectoryURL();
 }
 
-bool RecordingFileManager::isCustomDirectoryUnwritable() const {
-    if (!m_resolvedCustomDirectoryURL) return false;
-    QFileInfo nearest(qtPath(*m_resolvedCustomDirectoryURL));
+bool RecordingFileManager::isUnwritable(const fs::path& folder) {
+    QFileInfo nearest(qtPath(folder));
     // Nothing can be made in the place of a link that leads nowhere.
     while (!nearest.exists() && !nearest.isSymLink()) nearest.setFile(nearest.path());
     return !(nearest.isDir() && nearest.isWritable());

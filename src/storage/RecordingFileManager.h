@@ -43,9 +43,9 @@ public:
     [[nodiscard]] const std::optional<std::filesystem::path>& resolvedCustomDirectoryURL() const {
         return m_resolvedCustomDirectoryURL;
     }
-    /// The user's folder takes no files, or is not there and cannot be made, as when its disk is unplugged: recordings
-    /// go to the default one instead.
-    [[nodiscard]] bool isCustomDirectoryUnwritable() const;
+    /// A folder takes no files, or is not there and cannot be made, as when its disk is unplugged: if it is the user's,
+    /// recordings go to the default one instead. Blocks for as long as its disk or network does; any thread.
+    [[nodiscard]] static bool isUnwritable(const std::filesystem::path& folder);
     /// With "~" for the home folder; an em dash when there is no folder at all.
     [[nodiscard]] QString recordingsDirectoryDisplayPath() const;
 

@@ -84,6 +84,7 @@ TEST_F(SettingsViewTest, AFolderThatTakesNoFilesIsSaid) {
     const QTemporaryDir folder;
     makeFile(folder.filePath(u"file"_s));
     ASSERT_TRUE(QFile::link(folder.filePath(u"gone"_s), folder.filePath(u"link"_s)));
+    const char* const remark = "This folder takes no files. Recordings go to the default folder instead.";
     open();
     const struct {
         const char* chosen;
@@ -92,11 +93,15 @@ TEST_F(SettingsViewTest, AFolderThatTakesNoFilesIsSaid) {
     for (const auto& row : rows) {
         files->setCustomRecordingsDirectory(folder.filePath(QString::fromLatin1(row.chosen)).toStdString());
         model->appeared();
-        EXPECT_EQ(says("This folder takes no files. Recordings go to the default folder instead."), row.isSaid)
-            << row.chosen;
+        EXPECT_FALSE(says(remark)) << "nobody waits for a disk";
+        ASSERT_TRUE(waitFor([&] { return model->isRecordingsFolderUnusable.value().has_value(); }));
+        EXPECT_EQ(says(remark), row.isSaid) << row.chosen;
         EXPECT_EQ(!files->generateFileURL(), row.isSaid) << row.chosen;
     }
+    model->appeared(); // is asked about the link
+    model->useDefaultRecordingsFolder();
     ASSERT_TRUE(settle());
+    EXPECT_FALSE(says(remark)) << "said of another folder";
 }
 
 TEST_F(SettingsViewTest, WhatIsSaidAboutAccessAndFolders) {

@@ -55,10 +55,12 @@ QWidget* GeneralSection::makeRecordingLocation() {
     }
     group->contents()->addLayout(buttons);
 
-    m_model->services().store->recordingPath.subscribe(this, [this, path, unusable](const QString& shown) {
+    m_model->services().store->recordingPath.subscribe(this, [this, path](const QString& shown) {
         path->setPath(shown);
-        unusable->setVisible(m_model->isRecordingsFolderUnusable());
+        m_model->checkRecordingsFolder();
     });
+    m_model->isRecordingsFolderUnusable.subscribe(
+        this, [unusable](const std::optional<bool>& isSaid) { unusable->setVisible(isSaid.value_or(false)); });
     connect(change, &QPushButton::clicked, this, [this] { m_model->services().store->chooseRecordingsFolder(); });
     connect(standard, &QPushButton::clicked, this, [this] { m_model->useDefaultRecordingsFolder(); });
     return group;
