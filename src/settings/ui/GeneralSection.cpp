@@ -8,10 +8,10 @@
 #include "widgets/FlowRow.h"
 
 #include <QHBoxLayout>
-#include <QSignalBlocker>
 #include <QVBoxLayout>
 
 #include <utility>
+#include <vector>
 
 namespace quillet {
 
@@ -88,14 +88,13 @@ QLabel* GeneralSection::addSoundRow(Group& group, const QString& title, SoundCho
     row->addWidget(picker);
     group.contents()->addLayout(row);
     m_soundChoice->devices.subscribe(this, [this, picker, kind](const std::vector<SoundDevice>&) {
-        const QSignalBlocker quiet(picker);
-        picker->clear();
+        std::vector<Picker::Item> items;
         for (const auto& option : m_soundChoice->options(kind)) {
             QString text = option.name.isEmpty() ? tr("Follow the system") : option.label;
             if (option.isMissing) text = tr("%1 (not connected)").arg(text);
-            picker->addItem(text, option.name);
+            items.push_back({.text = text, .data = option.name});
         }
-        picker->setCurrentIndex(std::max(0, picker->findData(m_soundChoice->chosen(kind))));
+        picker->setItems(items, m_soundChoice->chosen(kind));
     });
     connect(picker, &QComboBox::activated, this, [this, picker, kind](int index) {
         m_soundChoice->choose(kind, picker->itemData(index).toString());

@@ -5,10 +5,10 @@
 #include "widgets/FlowRow.h"
 
 #include <QHBoxLayout>
-#include <QSignalBlocker>
 #include <QVBoxLayout>
 
 #include <utility>
+#include <vector>
 
 namespace quillet {
 
@@ -161,11 +161,10 @@ void NotesGroup::showFolders() {
     m_loadFailed->setVisible(remark == SettingsModel::FoldersRemark::LoadFailed);
     m_noFolders->setVisible(remark == SettingsModel::FoldersRemark::NoFoldersYet);
     if (isLoading) return;
-    const QSignalBlocker quiet(m_folder);
-    m_folder->clear();
+    std::vector<Picker::Item> items;
     for (const QString& name : m_model->notesFolderOptions())
-        m_folder->addItem(name.isEmpty() ? tr("Default") : name, name);
-    m_folder->setCurrentIndex(std::max(0, m_folder->findData(m_model->selectedNotesFolder.value())));
+        items.push_back({.text = name.isEmpty() ? tr("Default") : name, .data = name});
+    m_folder->setItems(items, m_model->selectedNotesFolder.value());
 }
 
 } // namespace quillet

@@ -1,9 +1,9 @@
 #include "settings/ui/Picker.h"
 
+#include <QSignalBlocker>
 #include <QStyleOptionComboBox>
 
 #include <algorithm>
-#include <vector>
 
 namespace quillet {
 namespace {
@@ -24,6 +24,20 @@ TextLabel* Picker::makeLabel(const QString& text) {
     label->setBuddy(this);
     setAccessibleName(text);
     return label;
+}
+
+void Picker::setItems(const std::vector<Item>& items, const QString& chosen) {
+    const QSignalBlocker quiet(this);
+    int same = 0;
+    const auto isSame = [&](const Item& item) {
+        const int index = same++;
+        return itemText(index) == item.text && itemData(index).toString() == item.data;
+    };
+    if (count() != static_cast<int>(items.size()) || !std::all_of(items.begin(), items.end(), isSame)) {
+        clear();
+        for (const Item& item : items) addItem(item.text, item.data);
+    }
+    setCurrentIndex(std::max(0, findData(chosen)));
 }
 
 QSize Picker::minimumSizeHint() const {

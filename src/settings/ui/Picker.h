@@ -4,6 +4,7 @@
 #include "widgets/Controls.h"
 
 #include <initializer_list>
+#include <vector>
 
 namespace quillet {
 
@@ -13,6 +14,14 @@ public:
     explicit Picker(QWidget* parent = nullptr);
     /// The label beside it, which also is what assistive technology calls it.
     [[nodiscard]] TextLabel* makeLabel(const QString& text);
+
+    struct Item {
+        QString text;
+        QString data;
+    };
+    /// Shows these and chooses the one with this data, else the first, without announcing a choice of the user's. The
+    /// same items again leave an open menu as it is.
+    void setItems(const std::vector<Item>& items, const QString& chosen);
 
     [[nodiscard]] QSize sizeHint() const override { return minimumSizeHint(); }
     /// Wide enough for its values, up to a point.
