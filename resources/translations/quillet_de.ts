@@ -449,6 +449,10 @@
         <source>Create</source>
         <translation>Anlegen</translation>
     </message>
+    <message>
+        <source>No folder can have this name: it is too long, contains a slash or begins with a dot.</source>
+        <translation>So kann kein Ordner heißen: Der Name ist zu lang, enthält einen Schrägstrich oder beginnt mit einem Punkt.</translation>
+    </message>
 </context>
 <context>
     <name>quillet::NewTemplateSheet</name>

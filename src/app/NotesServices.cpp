@@ -52,6 +52,7 @@ public:
     bool isAvailable() const override { return chosen().isAvailable(); }
     bool asksForConsent() const override { return chosen().asksForConsent(); }
     bool asksAtMostOnce() const override { return chosen().asksAtMostOnce(); }
+    bool canNameFolder(const QString& name) const override { return chosen().canNameFolder(name); }
     NotesAccess probeAccess() override { return chosen().probeAccess(); }
     bool requestAccess() override { return chosen().requestAccess(); }
     void cancelRequest() override { // whoever is asking need not be chosen any more

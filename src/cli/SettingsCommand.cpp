@@ -1,3 +1,4 @@
+#include "app/NotesServices.h"
 #include "cli/Commands.h"
 #include "settings/SettingsCatalogue.h"
 #include "templates/TemplateNames.h"
@@ -29,6 +30,11 @@ int set(UserDefaults& defaults, const SettingInfo& setting, const QString& text)
     const auto value = parseSetting(setting, text, FileServices::standard());
     if (!value) {
         complain(value.error());
+        return WrongUsage;
+    }
+    const QString folder = setting.key == DefaultsKeys::notesFolderName ? text.trimmed() : QString();
+    if (!folder.isEmpty() && !makeNotesApplication(defaults)->canNameFolder(folder)) {
+        complain(QStringLiteral("A folder of the notes cannot be called “%1”.").arg(folder));
         return WrongUsage;
     }
     return outcome(defaults.set(setting.key, *value));

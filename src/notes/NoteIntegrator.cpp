@@ -101,6 +101,11 @@ QString NoteIntegrator::folderNameOfSettings() const {
     return m_defaults.string(DefaultsKeys::notesFolderName).value_or(QString()).trimmed();
 }
 
+bool NoteIntegrator::canUseFolder(const QString& folderName) const {
+    const QString name = folderName.trimmed();
+    return name.isEmpty() || m_application->canNameFolder(name);
+}
+
 void NoteIntegrator::fetchFoldersAsyncDetailed(FoldersCompletion completion) const {
     if (!mayAsk()) {
         MainThread::post([completion = std::move(completion)] { completion({}, true); });

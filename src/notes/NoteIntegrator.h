@@ -65,6 +65,9 @@ public:
     /// The folder that the settings name, without white space around it; empty for the application's own place.
     [[nodiscard]] QString folderNameOfSettings() const;
 
+    /// Whether notes can be put into a folder of this name, which may be empty.
+    [[nodiscard]] bool canUseFolder(const QString& folderName) const;
+
     /// failed whenever the list is empty. The user is never asked for consent.
     void fetchFoldersAsyncDetailed(FoldersCompletion completion) const;
     void testFolderConnection(const QString& folderName, TestCompletion completion) const;

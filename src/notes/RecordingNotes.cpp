@@ -27,7 +27,8 @@ std::optional<NoteOutcome> RecordingNotes::makeNoteLater(const std::filesystem::
     NoteRequest request{.recording = recording, .recordedAt = {}, .details = details, .folderName = folderName};
     if (const auto pending = m_pending.find(recording)) {
         request.recordedAt = pending->completedAt;
-        if (!folderName) request.folderName = pending->folderName;
+        // In a folder that the application can never have, the note would fail for ever.
+        if (!folderName && m_integrator.canUseFolder(pending->folderName)) request.folderName = pending->folderName;
     } else {
         request.recordedAt = lastModified(recording);
     }

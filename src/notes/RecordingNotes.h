@@ -18,8 +18,9 @@ public:
     /// A recording that has just been completed. Absent when nothing was attempted; the recording is kept then, too.
     [[nodiscard]] std::optional<NoteOutcome> makeNote(const std::filesystem::path& recording, WallTime completedAt);
 
-    /// A recording of the past: under the title and in the folder that its note would have had then. One that was not
-    /// kept goes by the time stamp of its file and by the present settings.
+    /// A recording of the past: under the title and in the folder that its note would have had then, or, where no
+    /// folder can have that name, in the one of the present settings. One that was not kept goes by the time stamp of
+    /// its file and by the present settings.
     [[nodiscard]] std::optional<NoteOutcome> makeNoteLater(const std::filesystem::path& recording,
                                                            const MeetingDetails& details = {},
                                                            const std::optional<QString>& folderName = {});

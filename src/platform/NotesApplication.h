@@ -27,7 +27,7 @@ struct NoteOutcome {
 /// Whether the notes application lets us in.
 enum class NotesAccess { NotDetermined, Granted, Denied };
 
-/// The user's notes application. All calls but the first three and cancelRequest() may block, for seconds or, with
+/// The user's notes application. All calls but the first four and cancelRequest() may block, for seconds or, with
 /// requestAccess(), for as long as the user takes to answer; they are made on worker threads, never on the main thread,
 /// and by several at once. Nothing is ever overwritten or doubled, and no failure is thrown.
 class NotesApplication {
@@ -42,6 +42,8 @@ public:
     /// Whether requestAccess() may be called without the user having wished for it: nobody is asked, or the user is
     /// asked only once and the answer kept. Any thread, at once.
     [[nodiscard]] virtual bool asksAtMostOnce() const { return !asksForConsent(); }
+    /// Whether a folder can have this name, which is not empty and has no white space around it. Any thread, at once.
+    [[nodiscard]] virtual bool canNameFolder(const QString& /*name*/) const { return true; }
 
     /// Finds out quietly: never makes the application ask the user anything.
     [[nodiscard]] virtual NotesAccess probeAccess() = 0;

@@ -105,7 +105,11 @@ void SettingsModel::setLaunchAtLogin(bool enabled) {
 
 void SettingsModel::openNewFolderSheet() { showNewFolderSheet.set(true); }
 
-bool SettingsModel::canCreateFolder() const { return !newFolderName.value().trimmed().isEmpty(); }
+bool SettingsModel::isNewFolderNameRefused() const { return !m_services.notes.canUseFolder(newFolderName.value()); }
+
+bool SettingsModel::canCreateFolder() const {
+    return !newFolderName.value().trimmed().isEmpty() && !isNewFolderNameRefused();
+}
 
 void SettingsModel::createFolder() {
     if (!canCreateFolder()) return;

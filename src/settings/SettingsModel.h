@@ -106,6 +106,8 @@ public:
     // The sheet that names a new folder. No folder is made: the first note makes it.
     void openNewFolderSheet();
     [[nodiscard]] bool canCreateFolder() const;
+    /// The notes application can have no folder of this name.
+    [[nodiscard]] bool isNewFolderNameRefused() const;
     void createFolder();
     void cancelNewFolder();
 

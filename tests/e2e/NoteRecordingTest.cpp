@@ -84,6 +84,7 @@ TEST_F(NoteRecordingTest, ANoteThatFailsIsSaidAndMadeLater) {
     EXPECT_TRUE(quillet.json()[u"noteMade"_s].toBool()) << "the settings ask for it";
     EXPECT_EQ(quillet.run({u"notes"_s, u"create"_s, quillet.folder(u"missing.m4a"_s)}), 1);
     EXPECT_EQ(quillet.run({u"notes"_s, u"create"_s}), 2);
+    EXPECT_EQ(quillet.run({u"settings"_s, u"set"_s, u"corvane.notesFolderName"_s, u"Team/2026"_s}), 2);
     EXPECT_EQ(quillet.run({u"notes"_s, u"create"_s, u""_s}), 2);
 }
 

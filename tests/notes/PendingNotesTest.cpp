@@ -140,6 +140,9 @@ TEST_F(PendingNotesTest, ANoteThatFailedIsMadeLaterAsItWouldHaveBeen) {
     EXPECT_EQ(later.body, application->drafts.front().body);
     EXPECT_EQ(later.folderName, text("Then"));
     EXPECT_FALSE(pending.find(recording));
+    ASSERT_TRUE(pending.add({recording, completedAt, text(".never")}));
+    EXPECT_TRUE(notes.makeNoteLater(recording)->success);
+    EXPECT_EQ(application->drafts.back().folderName, text("Now")) << "the settings have been mended since";
 
     fs::last_write_time(foreign, std::chrono::file_clock::from_sys(completedAt + std::chrono::hours(24)));
     EXPECT_TRUE(notes.makeNoteLater(foreign)->success);

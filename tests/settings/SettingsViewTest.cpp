@@ -7,6 +7,7 @@
 #include "widgets/Controls.h"
 
 #include <QFileDialog>
+#include <QLayout>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QTest>
@@ -251,6 +252,13 @@ TEST_F(SettingsViewTest, ANewFolderIsNamedInASheetAndNeverBlank) {
     EXPECT_TRUE(field()->text().isEmpty());
     QAccessible::queryAccessibleInterface(field())->setText(QAccessible::Value, u"Said"_s);
     EXPECT_EQ(model->newFolderName.value(), u"Said"_s) << "by assistive technology";
+    const QString refused = u"No folder can have this name: it is too long, contains a slash or begins with a dot."_s;
+    EXPECT_FALSE(shows(*sheet(), refused));
+    field()->setText(u".hidden"_s);
+    EXPECT_TRUE(shows(*sheet(), refused));
+    EXPECT_GE(sheet()->height(), sheet()->layout()->totalHeightForWidth(sheet()->width())) << "it is cut off";
+    QTest::keyClick(field(), Qt::Key_Return);
+    ASSERT_TRUE(sheet()) << "no folder can be called so";
     QTest::keyClicks(field(), u"x"_s);
     QTest::keyClick(field(), Qt::Key_Escape);
     EXPECT_FALSE(sheet());

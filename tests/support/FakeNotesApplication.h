@@ -30,6 +30,7 @@ public:
     bool isAvailable() const override { return available; }
     bool asksForConsent() const override { return asks; }
     bool asksAtMostOnce() const override { return asksOnce; }
+    bool canNameFolder(const QString& name) const override { return !name.startsWith(QLatin1Char('.')); }
     NotesAccess probeAccess() override {
         ++probes;
         blocks();

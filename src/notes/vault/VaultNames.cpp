@@ -9,8 +9,9 @@ namespace {
 constexpr qsizetype kMaxCharacters = 100;
 constexpr qsizetype kMaxSuffixBytes = 8;
 constexpr qsizetype kMaxNumberBytes = 8; ///< " (10000)"
-/// File systems take 255 bytes. The note and its recording share the base name, so it leaves room for the longest end.
-constexpr qsizetype kMaxBytes = 255 - kMaxNumberBytes - kMaxSuffixBytes;
+constexpr qsizetype kMaxNameBytes = 255; ///< that file systems take
+/// The note and its recording share the base name, so it leaves room for the longest end.
+constexpr qsizetype kMaxBytes = kMaxNameBytes - kMaxNumberBytes - kMaxSuffixBytes;
 
 bool isForbidden(QChar character) {
     static const QString kForbidden = QStringLiteral("*|/\\:\"<>?#^[]%");
@@ -75,7 +76,7 @@ QString attachmentSuffix(const QString& fileName) {
 
 bool isFolderName(const QString& name) {
     return !name.isEmpty() && !name.startsWith(QLatin1Char('.')) && !name.contains(QLatin1Char('/')) &&
-           !name.contains(QChar::Null);
+           !name.contains(QChar::Null) && name.toUtf8().size() <= kMaxNameBytes;
 }
 
 } // namespace quillet::vault

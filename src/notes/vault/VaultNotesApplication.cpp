@@ -59,6 +59,8 @@ bool VaultNotesApplication::canBeMade(const Place& place) {
     return folder && (*folder)->checkWritable();
 }
 
+bool VaultNotesApplication::canNameFolder(const QString& name) const { return vault::isFolderName(name); }
+
 NotesAccess VaultNotesApplication::probeAccess() {
     const Place place = this->place();
     if (!place.folder.is_absolute()) return NotesAccess::Denied;

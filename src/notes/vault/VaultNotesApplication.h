@@ -29,6 +29,7 @@ public:
     /// does not answer: that is a question of access.
     [[nodiscard]] bool isAvailable() const override { return place().folder.is_absolute(); }
     [[nodiscard]] bool asksForConsent() const override { return false; }
+    [[nodiscard]] bool canNameFolder(const QString& name) const override;
     [[nodiscard]] NotesAccess probeAccess() override;
     [[nodiscard]] bool requestAccess() override;
     [[nodiscard]] std::vector<QString> fetchFolders() override;

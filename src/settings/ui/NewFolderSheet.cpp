@@ -19,13 +19,21 @@ NewFolderSheet::NewFolderSheet(std::shared_ptr<SettingsModel> model, QWidget* pa
     field->setPlaceholderText(tr("Folder name"));
     field->setAccessibleName(tr("Folder name"));
     contents()->addWidget(field);
+    auto* const refused =
+        new TextLabel(tr("No folder can have this name: it is too long, contains a slash or begins with a dot."),
+                      TextStyle::Caption, Ink::Red, this);
+    contents()->addWidget(refused);
     contents()->addStretch();
     connect(addCancelButton(tr("Cancel")), &QPushButton::clicked, this, [this] { m_model->cancelNewFolder(); });
     QPushButton* const create = addDefaultButton(tr("Create"));
     connect(create, &QPushButton::clicked, this, [this] { m_model->createFolder(); });
     connect(field, &QLineEdit::textChanged, this, [this](const QString& text) { m_model->newFolderName.set(text); });
-    m_model->newFolderName.subscribe(
-        this, [this, create](const QString&) { create->setEnabled(m_model->canCreateFolder()); });
+    m_model->newFolderName.subscribe(this, [this, create, refused](const QString&) {
+        create->setEnabled(m_model->canCreateFolder());
+        refused->setVisible(m_model->isNewFolderNameRefused());
+        const int wanted = layout()->totalHeightForWidth(width());
+        if (isVisible() && wanted > height()) resize(width(), wanted);
+    });
     field->setFocus();
 }
 

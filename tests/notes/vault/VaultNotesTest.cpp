@@ -185,6 +185,8 @@ TEST_F(VaultTest, aFolderIsExactlyTheOneNamedAndNeverOutsideTheVault) {
         SCOPED_TRACE(name.left(40).toStdString());
         const QStringList before = files();
         EXPECT_EQ(application.testFolderConnection(name), exists);
+        const bool isInTheWay = name == u("Link") || name == u("File");
+        EXPECT_EQ(application.canNameFolder(name.trimmed()), usable || isInTheWay);
         NoteDraft note = draft(u("N"));
         note.folderName = name;
 
