@@ -13,6 +13,12 @@ namespace {
 
 constexpr qint64 kLargestFile = 64 * 1024 * 1024;
 
+/// QSaveFile writes beside the file, under its name and seven bytes more.
+bool canBeSavedBeside(const QFileInfo& target) {
+    constexpr qsizetype kLongestName = 255 - 7;
+    return QFile::encodeName(target.fileName()).size() <= kLongestName;
+}
+
 } // namespace
 
 Result<void, QString> write(const QString& path, const QByteArray& bytes) {
@@ -20,10 +26,10 @@ Result<void, QString> write(const QString& path, const QByteArray& bytes) {
         return Failure{QStringLiteral("%1 cannot be written: %2.").arg(path, file.errorString())};
     };
     // A pipe or a terminal is written to, never replaced.
-    if (const QFileInfo target(path); target.exists() && !target.isFile()) {
-        QFile device(path);
-        if (!device.open(QFile::WriteOnly) || device.write(bytes) != bytes.size() || !device.flush())
-            return failure(device);
+    if (const QFileInfo target(path); (target.exists() && !target.isFile()) || !canBeSavedBeside(target)) {
+        QFile inPlace(path);
+        if (!inPlace.open(QFile::WriteOnly) || inPlace.write(bytes) != bytes.size() || !inPlace.flush())
+            return failure(inPlace);
         return {};
     }
     QSaveFile file(path);

@@ -14,7 +14,7 @@ namespace quillet {
 /// are sentences for the user. Any thread.
 namespace TemplateFiles {
 
-/// Whole or not at all, replacing any file.
+/// Whole or not at all, replacing any file; in place where the name is too long for one beside it.
 [[nodiscard]] Result<void, QString> write(const QString& path, const QByteArray& bytes);
 /// Refuses what is too large to be meant.
 [[nodiscard]] Result<QByteArray, QString> read(const QString& path);

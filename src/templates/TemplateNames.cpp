@@ -22,7 +22,7 @@ QString templateNameForOneLine(const QString& name, int characters) {
 }
 
 QString templateFileName(const QString& proposed) {
-    constexpr qsizetype kLongestName = 255; // bytes, on the usual file systems
+    constexpr qsizetype kLongestName = 248; // bytes; of 255, what saving beside the file under a longer name leaves
     QString name = proposed;
     for (QChar& c : name) {
         if (c == QLatin1Char('/') || breaksALine(c)) c = QLatin1Char('-');

@@ -100,10 +100,12 @@ TEST(TemplateFilesTest, AnImportOverwritesNothingAndIsTheUsersOwn) {
 
 TEST(TemplateFilesTest, FilesAreReplacedWholeAndWhatIsNoFileIsNot) {
     const QTemporaryDir folder;
-    const QString path = folder.filePath(u"ü.json"_s);
-    ASSERT_TRUE(TemplateFiles::write(path, "a longer text").ok());
-    ASSERT_TRUE(TemplateFiles::write(path, kRecord).ok());
-    EXPECT_EQ(*TemplateFiles::read(path), kRecord);
+    for (const QString& name : {u"ü.json"_s, QString(255, u'n')}) {
+        const QString path = folder.filePath(name);
+        ASSERT_TRUE(TemplateFiles::write(path, "a longer text").ok());
+        ASSERT_TRUE(TemplateFiles::write(path, kRecord).ok());
+        EXPECT_EQ(*TemplateFiles::read(path), kRecord);
+    }
     ASSERT_TRUE(TemplateFiles::write(u"/dev/null"_s, kRecord).ok());
     EXPECT_FALSE(QFileInfo(u"/dev/null"_s).isFile());
 
