@@ -21,6 +21,7 @@ struct FileQuestion {
     QString title{};                                    ///< as it is shown
     std::optional<std::filesystem::path> startFolder{}; ///< absent: wherever the dialog likes to begin
     QString proposedName{};                             ///< for a new file
+    QString mimeType{};                                 ///< the same; shows files of that kind only
 };
 
 struct FileAnswer {

@@ -15,13 +15,14 @@ namespace quillet {
 namespace {
 
 constexpr QLatin1String kSuffix("json");
+constexpr QLatin1String kMimeType("application/json");
 
 void askWithToolkit(QWidget* over, const QString& fileName, std::function<void(const QString& path)> confirmed) {
     auto* const dialog = new QFileDialog(over);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setFileMode(QFileDialog::AnyFile);
-    dialog->setMimeTypeFilters({QStringLiteral("application/json")});
+    dialog->setMimeTypeFilters({QLatin1String(kMimeType)});
     dialog->setDefaultSuffix(kSuffix);
     dialog->selectFile(fileName);
     QObject::connect(dialog, &QFileDialog::fileSelected, dialog,
@@ -46,7 +47,8 @@ void showTemplateSaveDialog(FileDialogs* dialogs, QWidget* over, const QString& 
     if (!dialogs) return askWithToolkit(over, fileName, std::move(confirmed));
     dialogs->ask({.kind = FileQuestion::Kind::NewFile,
                   .title = QCoreApplication::translate("quillet::TemplateSaveDialog", "Export Template"),
-                  .proposedName = fileName},
+                  .proposedName = fileName,
+                  .mimeType = QLatin1String(kMimeType)},
                  over->window()->windowHandle(), [over = QPointer(over), fileName, confirmed](const FileAnswer& given) {
                      if (given.outcome == FileAnswer::Outcome::Chosen)
                          return confirmed(withSuffix(QFile::decodeName(given.path.c_str())));

@@ -99,11 +99,18 @@ TEST_F(FileDialogsTest, ADialogGoesWithItsWindowAndGivesWayToTheNext) {
     settle(m_portal.bus, m_connection);
     EXPECT_TRUE(m_answers.empty()) << "nobody waits for it any more";
 
-    m_dialogs.ask({.kind = FileQuestion::Kind::NewFile, .proposedName = u"Weekly.json"_s}, nullptr,
-                  [this](const FileAnswer& answer) { m_answers.push_back(answer); });
+    m_dialogs.ask(
+        {.kind = FileQuestion::Kind::NewFile, .proposedName = u"Weekly.json"_s, .mimeType = u"application/json"_s},
+        nullptr, [this](const FileAnswer& answer) { m_answers.push_back(answer); });
     ASSERT_TRUE(isAsked(3));
     EXPECT_EQ(m_portal.asked.back().method, u"SaveFile"_s);
     EXPECT_EQ(m_portal.asked.back().options.value(u"current_name"_s), u"Weekly.json"_s);
+    const auto filters = m_portal.asked.back().options.value(u"filters"_s).value<QDBusArgument>();
+    EXPECT_EQ(filters.currentSignature(), u"a(sa(us))"_s);
+    const auto sent = qdbus_cast<QList<PortalFilter>>(filters);
+    ASSERT_EQ(sent.size(), 1);
+    EXPECT_EQ(sent[0].rules[0].kind, 1U) << "a MIME type";
+    EXPECT_EQ(sent[0].rules[0].text, u"application/json"_s);
 }
 
 } // namespace

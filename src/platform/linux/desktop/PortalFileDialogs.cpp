@@ -2,8 +2,10 @@
 
 #include "platform/linux/desktop/Bus.h"
 
+#include <QDBusMetaType>
 #include <QDBusPendingCall>
 #include <QGuiApplication>
+#include <QMimeDatabase>
 #include <QUuid>
 #include <QWindow>
 
@@ -26,6 +28,20 @@ enum Response : uint { Success = 0, Cancelled = 1, EndedOtherwise = 2 };
 /// A dialog that ends otherwise sooner than this was never on the screen; later, its window was closed.
 constexpr int kFastestHandMs = 1000;
 
+constexpr uint kMimeType = 1; ///< what a filter goes by
+
+QList<PortalFilter> filtersFor(const QString& mimeType) {
+    static const bool isRegistered = [] {
+        qDBusRegisterMetaType<PortalFilterRule>();
+        qDBusRegisterMetaType<QList<PortalFilterRule>>();
+        qDBusRegisterMetaType<PortalFilter>();
+        qDBusRegisterMetaType<QList<PortalFilter>>();
+        return true;
+    }();
+    static_cast<void>(isRegistered);
+    return {{.name = QMimeDatabase().mimeTypeForName(mimeType).comment(), .rules = {{kMimeType, mimeType}}}};
+}
+
 QString requestPath(const QDBusConnection& bus, const QString& token) {
     const QString sender = bus.baseService().mid(1).replace(QLatin1Char('.'), QLatin1Char('_'));
     return QLatin1String(kChooser.path) + QStringLiteral("/request/") + sender + QLatin1Char('/') + token;
@@ -45,6 +61,32 @@ QString nameForPortal(const QWindow* window) {
 }
 
 } // namespace
+
+QDBusArgument& operator<<(QDBusArgument& to, const PortalFilterRule& value) {
+    to.beginStructure();
+    to << value.kind << value.text;
+    to.endStructure();
+    return to;
+}
+const QDBusArgument& operator>>(const QDBusArgument& from, PortalFilterRule& value) {
+    from.beginStructure();
+    from >> value.kind >> value.text;
+    from.endStructure();
+    return from;
+}
+
+QDBusArgument& operator<<(QDBusArgument& to, const PortalFilter& value) {
+    to.beginStructure();
+    to << value.name << value.rules;
+    to.endStructure();
+    return to;
+}
+const QDBusArgument& operator>>(const QDBusArgument& from, PortalFilter& value) {
+    from.beginStructure();
+    from >> value.name >> value.rules;
+    from.endStructure();
+    return from;
+}
 
 PortalFileDialog::PortalFileDialog(const QDBusConnection& bus, FileQuestion question, QString parentWindow,
                                    std::function<void(const FileAnswer&)> answer)
@@ -94,6 +136,8 @@ QVariantMap PortalFileDialog::options() const {
         all.insert(QStringLiteral("directory"), true);
     } else {
         all.insert(QStringLiteral("current_name"), m_question.proposedName);
+        if (!m_question.mimeType.isEmpty())
+            all.insert(QStringLiteral("filters"), QVariant::fromValue(filtersFor(m_question.mimeType)));
     }
     return all;
 }

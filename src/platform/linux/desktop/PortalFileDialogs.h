@@ -2,15 +2,34 @@
 
 #include "platform/FileDialogs.h"
 
+#include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusServiceWatcher>
 #include <QElapsedTimer>
+#include <QList>
 #include <QObject>
 #include <QPointer>
 #include <QString>
 #include <QVariantMap>
 
 namespace quillet {
+
+/// "(us)": what a filter lets through.
+struct PortalFilterRule {
+    uint kind = 0;
+    QString text{};
+};
+
+/// "(sa(us))": files to choose among.
+struct PortalFilter {
+    QString name{};
+    QList<PortalFilterRule> rules{};
+};
+
+QDBusArgument& operator<<(QDBusArgument& to, const PortalFilterRule& value);
+QDBusArgument& operator<<(QDBusArgument& to, const PortalFilter& value);
+const QDBusArgument& operator>>(const QDBusArgument& from, PortalFilterRule& value);
+const QDBusArgument& operator>>(const QDBusArgument& from, PortalFilter& value);
 
 /// One dialog of the desktop portal, from the question to the answer, which comes as a signal: a person takes their
 /// time. Deletes itself once it has answered; deleted before, it takes the dialog off the screen.
