@@ -12,6 +12,16 @@
 #include <sys/statvfs.h>
 
 namespace quillet {
+namespace {
+
+/// Says where, because nothing else does in the sentence that the user sees.
+Failure<PlatformError> failureAt(const std::filesystem::path& place, int code) {
+    PlatformError error = PlatformError::fromErrno(code);
+    error.description.prepend(QString::fromStdString(place.string()) + QStringLiteral(": "));
+    return Failure{error};
+}
+
+} // namespace
 
 FileServices& FileServices::standard() {
     static LinuxFileServices services;
@@ -31,17 +41,17 @@ Result<void> LinuxFileServices::createDirectories(const std::filesystem::path& f
         if (mkdir(made.c_str(), 0700) == 0 || errno == EEXIST) continue;
         const int error = errno;
         struct stat existing {};
-        if (stat(made.c_str(), &existing) != 0) return Failure{PlatformError::fromErrno(error)};
+        if (stat(made.c_str(), &existing) != 0) return failureAt(folder, error);
     }
     struct stat result {};
-    if (stat(folder.c_str(), &result) != 0) return Failure{PlatformError::fromErrno(errno)};
-    if (!S_ISDIR(result.st_mode)) return Failure{PlatformError::fromErrno(ENOTDIR)};
+    if (stat(folder.c_str(), &result) != 0) return failureAt(folder, errno);
+    if (!S_ISDIR(result.st_mode)) return failureAt(folder, ENOTDIR);
     return {};
 }
 
 Result<std::optional<std::int64_t>> LinuxFileServices::freeBytes(const std::filesystem::path& path) {
     struct statvfs volume {};
-    if (statvfs(path.c_str(), &volume) != 0) return Failure{PlatformError::fromErrno(errno)};
+    if (statvfs(path.c_str(), &volume) != 0) return failureAt(path, errno);
     if (volume.f_blocks == 0) return std::optional<std::int64_t>(); // some network and virtual volumes count nothing
     constexpr auto most = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
     const std::uint64_t unit = std::max<std::uint64_t>(volume.f_frsize, 1);
