@@ -54,7 +54,6 @@ Swr allocate(const SourceFormat& from, AVChannelLayout& fromLayout, int toChanne
 
 /// For channels without known places: the even ones to the left, the odd ones to the right, in equal parts.
 Swr allocateForUnknownPlaces(const SourceFormat& from, int toChannels) {
-    if (from.channels > FfmpegInput::kMostChannels) return nullptr;
     Layout layout;
     av_channel_layout_from_mask(&layout.value, (std::uint64_t{1} << from.channels) - 1);
     Swr swr = allocate(from, layout.value, toChannels);
@@ -144,7 +143,8 @@ std::size_t FfmpegAudioFileReader::read(std::span<float> interleaved) {
 
 void FfmpegAudioFileReader::prepareFor(const SourceFormat& format) {
     m_format = format;
-    m_converter = makeConverter(format, m_channels);
+    // Sound in the middle of a file may have other channels than its header said, and too many of them.
+    m_converter = format.channels <= FfmpegInput::kMostChannels ? makeConverter(format, m_channels) : nullptr;
     const auto sample = av_get_packed_sample_fmt(static_cast<AVSampleFormat>(format.sampleFormat));
     m_anySampleIsPossible = m_anySampleIsPossible || sample == AV_SAMPLE_FMT_FLT || sample == AV_SAMPLE_FMT_DBL;
 }
@@ -171,8 +171,13 @@ bool FfmpegAudioFileReader::decodeFrame() {
     }
 }
 
-/// As many frames as there is room for out of the decoded frame; fewer, or none, while a resampler fills.
+/// As many frames as there is room for out of the decoded frame; fewer, or none, while a resampler fills. Sound that
+/// cannot be converted is left out.
 std::size_t FfmpegAudioFileReader::convertFrame(std::span<float> interleaved) {
+    if (!m_converter) {
+        m_converted = m_frame->nb_samples;
+        return 0;
+    }
     const auto room = static_cast<std::int64_t>(interleaved.size()) / m_channels;
     // No more than fits: the converter would have to keep the rest.
     const std::int64_t needed = std::max<std::int64_t>(room * m_format.rateHz / kSampleRateHz, 1);
@@ -186,7 +191,7 @@ std::size_t FfmpegAudioFileReader::convertFrame(std::span<float> interleaved) {
         in[static_cast<std::size_t>(i)] = m_frame->extended_data[i] + std::ptrdiff_t{m_converted} * bytesPerFrame;
     m_converted += frames;
     auto* out = reinterpret_cast<std::uint8_t*>(interleaved.data());
-    const int made = m_converter ? swr_convert(m_converter.get(), &out, static_cast<int>(room), in.data(), frames) : 0;
+    const int made = swr_convert(m_converter.get(), &out, static_cast<int>(room), in.data(), frames);
     return static_cast<std::size_t>(std::max(made, 0));
 }
 
