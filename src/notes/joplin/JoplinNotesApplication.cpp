@@ -180,12 +180,14 @@ Result<QString, Fault> JoplinNotesApplication::findOrMakeFolder(joplin::Client& 
     return client.makeFolder(titleAsKept(wanted));
 }
 
+bool JoplinNotesApplication::canNameFolder(const QString& name) const { return !titleAsKept(name).isEmpty(); }
+
 NoteOutcome JoplinNotesApplication::createNoteWithAttachment(const NoteDraft& draft) {
     joplin::Recording recording(draft.attachment);
     if (!recording.isOpen())
         return {false, false, QStringLiteral("The recording %1 cannot be read.").arg(recording.file.fileName())};
     const QString folderName = draft.folderName.value_or(QString()).trimmed();
-    if (!folderName.isEmpty() && titleAsKept(folderName).isEmpty())
+    if (!folderName.isEmpty() && !canNameFolder(folderName))
         return {false, false, QStringLiteral("A folder in Joplin cannot be called “%1”.").arg(folderName)};
     const auto client = connect();
     if (!client) return failed(client.error());

@@ -34,6 +34,7 @@ public:
 
     [[nodiscard]] bool isAvailable() const override;
     [[nodiscard]] bool asksForConsent() const override { return true; }
+    [[nodiscard]] bool canNameFolder(const QString& name) const override;
     [[nodiscard]] NotesAccess probeAccess() override;
     /// A call during another one's waiting takes that one's answer.
     [[nodiscard]] bool requestAccess() override;

@@ -141,7 +141,7 @@ TEST_F(JoplinFaultsTest, theTokenGoesToJoplinOnly) {
     EXPECT_EQ(create(user.draft()).reason, u("Joplin is not running, or its Web Clipper service is switched off."));
 }
 
-TEST_F(JoplinFaultsTest, anUploadThatStopsHalfwayIsGivenUp) {
+TEST_F(JoplinFaultsTest, anUploadThatStopsHalfwayIsGivenUpAndMadeLater) {
     user.write("talk.m4a", QByteArray(30'000'000, 'a'));
     const std::tuple<qint64, qint64, const char*> rows[] = {
         {5'000'000, -1, "The connection to Joplin broke off."},
@@ -160,6 +160,10 @@ TEST_F(JoplinFaultsTest, anUploadThatStopsHalfwayIsGivenUp) {
         EXPECT_EQ(outcome.reason, u(reason));
         EXPECT_LT(timer.elapsed(), 20'000);
     }
+    if (!service.isListening()) service.revive();
+    service.dieAfterBodyBytes = service.stallAfterBodyBytes = -1;
+    EXPECT_TRUE(create(user.draft()).success) << "once the service is back, a repeat is all that it takes";
+    EXPECT_EQ(service.count(u("POST /notes")), 1);
 }
 
 TEST_F(JoplinFaultsTest, aRecordingThatArrivedInPartMakesNoNote) {
