@@ -11,6 +11,7 @@ namespace quillet {
 /// A window-modal form over its window: a headline, contents, and a row of buttons at the end. Escape presses the
 /// cancel button. It is deleted when it closes, and closes with its window.
 class Sheet : public QDialog {
+    Q_OBJECT
 public:
     Sheet(const QString& title, QWidget* parent);
 
