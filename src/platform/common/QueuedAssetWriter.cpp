@@ -14,9 +14,6 @@ namespace quillet {
 namespace {
 
 constexpr std::size_t kQueuedBlocks = 704; ///< 15 s: longer than a busy disk keeps one waiting
-/// A disk takes longer for its promise to have stored something than for storing it. While more sound is waiting in
-/// memory anyway, that many batches, 5 s of sound, share one promise.
-constexpr int kMostBatchesPerFlush = 8;
 /// More silence than that between two blocks is no gap but a broken clock, and would fill the disk.
 constexpr std::int64_t kLongestGapFrames = std::int64_t{24} * 3600 * kSampleRateHz;
 
@@ -82,7 +79,6 @@ void WriterThread::run() {
 /// Until the queue is closed and empty, or something fails.
 Result<void> WriterThread::record() {
     BlockRecorder& recorder = *m_state.recorder;
-    int batches = 0; // since the last flush
     while (const std::size_t blocks = m_state.queue.waitForBatch()) {
         for (std::size_t i = 0; i < blocks; ++i) {
             auto done = recordBlock(m_state.queue.front());
@@ -90,8 +86,7 @@ Result<void> WriterThread::record() {
             if (isCancelled()) return {};
             m_state.queue.pop();
         }
-        if (++batches < kMostBatchesPerFlush && m_state.queue.holdsBatch()) continue;
-        batches = 0;
+        if (m_state.queue.holdsBatch()) continue; // more is waiting in memory anyway
         if (auto done = recorder.flush(); !done) return done;
     }
     return recorder.framesWritten() > 0 && !isCancelled() ? recorder.drain() : Result<void>();

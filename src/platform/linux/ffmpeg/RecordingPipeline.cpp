@@ -23,11 +23,13 @@ Result<void> RecordingPipeline::write(std::span<const float> interleaved) {
     m_frames += kBlockFrames;
     if (++m_blocksInFragment < kBlocksPerFragment) return {};
     m_blocksInFragment = 0;
-    return m_muxer->endFragment();
+    if (auto ended = m_muxer->endFragment(); !ended) return ended;
+    return ++m_fragmentsWaiting < kMostFragmentsWaiting ? Result<void>() : flush();
 }
 
 Result<void> RecordingPipeline::flush() {
     m_blocksInFragment = 0;
+    m_fragmentsWaiting = 0;
     auto done = m_muxer->endFragment();
     if (!done) return done;
     const m4a::Fragments fragments = m_muxer->take();

@@ -31,6 +31,9 @@ public:
     /// 0.68 s: with the block in the encoder, the sound server's share and the time that a busy disk takes, less than a
     /// second of sound is not on the disk at any time. Each fragment costs four switches to other threads.
     static constexpr int kBlocksPerFragment = 32;
+    /// A disk takes longer for its promise to have stored something than for storing it: so many share one while more
+    /// sound is waiting in memory anyway. 5 s.
+    static constexpr int kMostFragmentsWaiting = 8;
 
 private:
     RecordingPipeline(std::unique_ptr<RecordingFile> file, const m4a::Retries& retries,
@@ -46,6 +49,7 @@ private:
     const AacEncoder::PacketSink m_toMuxer;
     std::int64_t m_frames = 0;
     int m_blocksInFragment = 0;
+    int m_fragmentsWaiting = 0; ///< for the disk
 };
 
 } // namespace quillet
