@@ -160,8 +160,10 @@ protected:
         defaults.set(DefaultsKeys::microphoneDevice, u"Work"_s);
         files->setCustomRecordingsDirectory("/srv/a-rather-long-path-without-spaces/that-goes-on/and-on/recordings");
         open();
+        EXPECT_TRUE(waitFor([this] { return model->isRecordingsFolderUnusable.value().has_value(); }));
         look(*view, "settings-general");
         model->openNewFolderSheet();
+        model->newFolderName.set(u".x"_s);
         processEvents();
         look(*sheet(), "settings-new-folder");
         model->cancelNewFolder();
