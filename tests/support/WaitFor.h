@@ -2,9 +2,10 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QEventLoop>
 
+#include <chrono>
 #include <functional>
+#include <thread>
 
 namespace quillet::test {
 
@@ -14,7 +15,8 @@ inline bool waitFor(const std::function<bool()>& condition, int deadlineMs = 500
     timer.start();
     while (!condition()) {
         if (timer.elapsed() > deadlineMs) return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 10);
+        QCoreApplication::processEvents();
+        std::this_thread::sleep_for(std::chrono::milliseconds(1)); // what is waited for needs the processor, too
     }
     return true;
 }

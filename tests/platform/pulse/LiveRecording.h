@@ -50,8 +50,13 @@ public:
     /// The amplitude of a frequency in the last 0.2 s.
     [[nodiscard]] double amplitudeNow(double frequencyHz) const {
         constexpr std::size_t kWindow = kSampleRateHz / 5;
-        const std::lock_guard lock(m_mutex);
-        return samples.size() < kWindow ? 0 : test::amplitude(std::span(samples).last(kWindow), 0, frequencyHz, 1);
+        std::vector<float> latest;
+        {
+            const std::lock_guard lock(m_mutex); // briefly: the capture queue must not wait for a test
+            if (samples.size() < kWindow) return 0;
+            latest.assign(samples.end() - kWindow, samples.end());
+        }
+        return test::amplitude(latest, 0, frequencyHz, 1);
     }
 
     std::atomic<std::int64_t> firstFrame = -1; ///< on the host clock
