@@ -41,9 +41,9 @@ ByteVector wav(int rateHz, int channels, const std::vector<Sample>& samples, std
              .frameBytes = static_cast<std::uint16_t>(frameBytes),
              .bits = static_cast<std::uint16_t>(8 * sampleBytes),
              .dataBytes = static_cast<std::uint32_t>(data.size() + missing)};
-    const auto headerBytes = std::as_bytes(std::span(&header, 1));
-    ByteVector file(headerBytes.begin(), headerBytes.end());
-    file.insert(file.end(), data.begin(), data.end());
+    ByteVector file(sizeof header + data.size());
+    std::memcpy(file.data(), &header, sizeof header);
+    std::ranges::copy(data, file.begin() + sizeof header);
     return file;
 }
 
