@@ -67,20 +67,21 @@ struct Measures {
 static_assert(2 * kBlockFrames % Measures::kLanes == 0 && 2 * AudioMixer::kRingFrames % Measures::kLanes == 0,
               "a block is whole lanes, also where the ring wraps");
 
-struct Gains {
-    float system;
+struct Scales {
+    float system; ///< to multiply with
     float mic;
+    float limit; ///< of the sum, either way
 };
 
 /// Mixes a stretch of samples and measures both sources.
-void mixStretch(const float* system, const float* mic, float* out, std::size_t samples, Gains gains, Measures& total) {
+void mixStretch(const float* system, const float* mic, float* out, std::size_t samples, Scales by, Measures& total) {
     Measures sums = total; // a copy that stays in registers, for the output might overlap the original
     for (std::size_t i = 0; i < samples; i += Measures::kLanes) {
         for (std::size_t v = 0; v < Measures::kVectors; ++v) {
             const FourSamples a = loadFour(system + i + 4 * v);
             const FourSamples b = loadFour(mic + i + 4 * v);
-            const FourSamples mixed = (gains.system * a + gains.mic * b) * kMixFactor;
-            storeFour(out + i + 4 * v, smaller(larger(mixed, allFour(-1.0F)), allFour(1.0F)));
+            const FourSamples mixed = by.system * a + by.mic * b;
+            storeFour(out + i + 4 * v, smaller(larger(mixed, allFour(-by.limit)), allFour(by.limit)));
             sums.systemSquares[v] += a * a;
             sums.micSquares[v] += b * b;
             sums.systemPeaks[v] = larger(magnitude(a), sums.systemPeaks[v]);
@@ -251,7 +252,7 @@ void AudioMixer::mixBlock(float systemGain, float micGain) {
         const FloatRing::Run system = m_systemRing->runAt(m_lastDrainedFrame + done, kBlockFrames - done);
         const FloatRing::Run mic = m_micRing->runAt(m_lastDrainedFrame + done, kBlockFrames - done);
         mixStretch(system.samples, mic.samples, m_block.data() + 2 * done, static_cast<std::size_t>(2 * system.frames),
-                   {.system = systemGain, .mic = micGain}, sums);
+                   {.system = systemGain * kMixFactor, .mic = micGain * kMixFactor, .limit = m_fullScale}, sums);
         done += system.frames;
     }
     const float systemRms = blockRms(sum(sums.systemSquares));

@@ -69,6 +69,7 @@ private:
     BlockSink& m_sink;
     CaptureMeters& m_meters;
     MixedBlock m_block{};
+    float m_fullScale = 1.0F; ///< no constant: with one, GCC 12 clamps in four instructions instead of one
 
     std::int64_t m_ringFrames = kRingFrames;
     std::optional<FloatRing> m_systemRing;

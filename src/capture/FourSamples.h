@@ -1,5 +1,7 @@
 #pragma once
 
+#include <bit>
+#include <cstdint>
 #include <cstring>
 
 namespace quillet {
@@ -20,6 +22,9 @@ inline FourSamples allFour(float value) { return FourSamples{} + value; }
 /// Lane by lane; where one is not a number, the second.
 inline FourSamples larger(FourSamples a, FourSamples b) { return a > b ? a : b; }
 inline FourSamples smaller(FourSamples a, FourSamples b) { return a < b ? a : b; }
-inline FourSamples magnitude(FourSamples samples) { return larger(samples, -samples); }
+inline FourSamples magnitude(FourSamples samples) { // without the bit of the sign
+    using FourWords = std::uint32_t __attribute__((vector_size(16)));
+    return std::bit_cast<FourSamples>(std::bit_cast<FourWords>(samples) & 0x7FFFFFFFU);
+}
 
 } // namespace quillet
