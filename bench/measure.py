@@ -1,11 +1,13 @@
 """Runs programs and accounts for them by what the kernel charges at their end."""
 
 import concurrent.futures
+import dataclasses
 import os
 import signal
 import statistics
 import subprocess
 import sys
+import threading
 import time
 from dataclasses import dataclass
 
@@ -75,26 +77,50 @@ def run(command, log, meanwhile=None, accept_kill=False):
 def side_by_side(ours, theirs, number, log):
     """Runs both at once, bound to the same processor, another one for each number, and returns their usages. What other
     work on the machine costs them, they meet in the same moments."""
-    cpus = sorted(os.sched_getaffinity(0))
-    cpu = cpus[number % len(cpus)]
-    both = []
-    try:
-        for command in (ours, theirs):
-            both.append(Running(command, log, cpu))
-    except BaseException:
-        for running in both:
-            running.kill()
-            running.finish(accept_kill=True)
-        raise
-    # Each by a thread of its own: the kernel tells what one has used when it is waited for, whichever ends first.
-    with concurrent.futures.ThreadPoolExecutor(len(both)) as waiting:
-        ends = [waiting.submit(running.finish) for running in both]
+    cpu = processor(number)
+    return at_once([lambda command=command: Running(command, log, cpu).finish() for command in (ours, theirs)])
+
+
+def company(ours, theirs, number, log):
+    """The same for programs of different length: the shorter is run again and again for as long as the longer takes, so
+    that both share the processor all the time. The usage of either is the mean of its runs."""
+    cpu = processor(number)
+    ended_once = [threading.Event(), threading.Event()]
+
+    def repeated(command, own_end, other_end):
+        usages = []
         try:
-            return [end.result() for end in ends]
-        except BaseException:
-            for running in both:
-                running.kill()
-            raise
+            while not usages or not other_end.is_set():
+                usage = Running(command, log, cpu).finish()
+                if usages and other_end.is_set():
+                    break  # for a part of this run it was alone
+                usages.append(usage)
+                own_end.set()
+        finally:
+            own_end.set()
+        return mean(usages)
+
+    return at_once([lambda: repeated(ours, *ended_once), lambda: repeated(theirs, *reversed(ended_once))])
+
+
+def processor(number):
+    cpus = sorted(os.sched_getaffinity(0))
+    return cpus[number % len(cpus)]
+
+
+def at_once(calls):
+    with concurrent.futures.ThreadPoolExecutor(len(calls)) as threads:
+        return [end.result() for end in [threads.submit(call) for call in calls]]
+
+
+def mean(usages):
+    return dataclasses.replace(
+        usages[-1],
+        cpu_s=statistics.mean(usage.cpu_s for usage in usages),
+        wall_s=statistics.mean(usage.wall_s for usage in usages),
+        peak_mib=max(usage.peak_mib for usage in usages),
+        wakeups=statistics.mean(usage.wakeups for usage in usages),
+    )
 
 
 @dataclass
@@ -110,7 +136,7 @@ class Comparison:
 
 
 def compared(ours, theirs, rounds, log):
-    pairs = [side_by_side(ours, theirs, number, log) for number in range(rounds)]
+    pairs = [company(ours, theirs, number, log) for number in range(rounds)]
     return Comparison(*map(list, zip(*pairs)))
 
 
