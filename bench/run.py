@@ -428,7 +428,7 @@ def main():
     parser.add_argument("--only", action="append", help="a step by its name; may be given again")
     options = parser.parse_args()
     options.minutes = 3 if options.quick else 10
-    options.rounds, options.live_rounds, options.live_seconds = (2, 1, 10) if options.quick else (6, 3, 60)
+    options.rounds, options.live_rounds, options.live_seconds = (2, 1, 10) if options.quick else (4, 3, 60)
 
     bench = Bench(options)
     bench.run_all()
