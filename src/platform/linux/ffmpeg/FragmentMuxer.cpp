@@ -10,13 +10,13 @@ namespace quillet {
 namespace {
 
 constexpr int kStagingBytes = 32 * 1024;
-constexpr std::size_t kUsualFragmentBytes = 64 * 1024;
+constexpr std::size_t kUsualBytes = 96 * 1024; ///< four fragments of 0.68 s at 256 kbit/s
 
 } // namespace
 
 Result<std::unique_ptr<FragmentMuxer>> FragmentMuxer::create(const AVCodecContext& encoder) {
     std::unique_ptr<FragmentMuxer> muxer(new FragmentMuxer);
-    muxer->m_output.reserve(kUsualFragmentBytes);
+    muxer->m_output.reserve(kUsualBytes);
     // The name is never opened; its ending keeps the muxer from warning about it.
     if (const int error = avformat_alloc_output_context2(&muxer->m_format, nullptr, "ipod", "recording.m4a"); error < 0)
         return libav::failure("no MPEG-4 muxer", error);
