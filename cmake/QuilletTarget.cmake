@@ -14,6 +14,10 @@ endif()
 target_compile_definitions(quillet_options INTERFACE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_DISABLE_DEPRECATED_BEFORE=0x060400
     QUILLET_VERSION="${PROJECT_VERSION}")
+if(APPLE)
+    # Else <AssertMacros.h>, which the system's headers draw in, may define check(), require() and verify() as macros.
+    target_compile_definitions(quillet_options INTERFACE __ASSERT_MACROS_DEFINE_VERSIONS_WITHOUT_UNDERSCORES=0)
+endif()
 if(QUILLET_WERROR)
     target_compile_options(quillet_options INTERFACE -Werror)
 endif()
