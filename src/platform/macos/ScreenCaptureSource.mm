@@ -8,6 +8,7 @@
 #import "platform/macos/SampleBuffers.h"
 #include "support/Require.h"
 
+#import <CoreGraphics/CoreGraphics.h>
 #import <ScreenCaptureKit/ScreenCaptureKit.h>
 #include <mutex>
 
@@ -133,6 +134,8 @@ public:
         const FirstAnswer<Answer> answer(std::move(completion));
         const std::shared_ptr<Known> known = m_known;
         const QString chosen = m_display();
+        // Connects to the window server, without which the framework may give up on the whole process.
+        static_cast<void>(CGMainDisplayID());
         [SCShareableContent getShareableContentExcludingDesktopWindows:NO
                                                    onScreenWindowsOnly:NO
                                                      completionHandler:^(SCShareableContent* content, NSError* error) {
