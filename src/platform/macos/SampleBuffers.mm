@@ -86,10 +86,11 @@ Owned<CMSampleBufferRef> makePCMSampleBuffer(std::span<const float> interleaved,
     const CMSampleTimingInfo timing{.duration = CMTimeMake(1, kSampleRateHz),
                                     .presentationTimeStamp = CMTimeMake(ptsFrame, kSampleRateHz),
                                     .decodeTimeStamp = kCMTimeInvalid};
+    const std::size_t bytesPerFrame = kInterleavedStereoFloat.bytesPerFrame; // one size stands for all of them
     Owned<CMSampleBufferRef> buffer;
     const auto frames = static_cast<CMItemCount>(interleaved.size() / 2);
     const OSStatus status = CMSampleBufferCreate(kCFAllocatorDefault, memory.get(), true, nullptr, nullptr, format,
-                                                 frames, 1, &timing, 0, nullptr, buffer.out());
+                                                 frames, 1, &timing, 1, &bytesPerFrame, buffer.out());
     return status == noErr ? std::move(buffer) : Owned<CMSampleBufferRef>();
 }
 
