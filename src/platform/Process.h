@@ -25,7 +25,8 @@ bool startProgram(const QString& program, const QStringList& arguments);
 [[nodiscard]] bool standardErrorIsTerminal();
 
 /// Becomes another program of this installation, with the same arguments: one that lies beside this one or in its
-/// private folder. Returns only when there is none. Before any thread is started.
+/// private folder. Returns only when there is none. Before any thread is started. In a bundle of macOS, where no
+/// program may become another, the bundle's application is opened instead and the command passed on.
 void becomeCompanion(const char* program, char** arguments);
 
 /// Calls the handler on the main thread each time the user or the system asks the process to end (Ctrl-C, termination,

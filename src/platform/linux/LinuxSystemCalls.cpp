@@ -68,6 +68,8 @@ std::filesystem::path ownProgram() {
     return error ? std::filesystem::path() : path;
 }
 
+void replaceProgram(const char* program, char** arguments) { ::execv(program, arguments); }
+
 int makePipe(int (&ends)[2]) { return answer(pipe2(ends, O_CLOEXEC | O_NONBLOCK)); }
 
 } // namespace quillet::SystemCalls

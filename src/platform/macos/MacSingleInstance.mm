@@ -1,23 +1,16 @@
 #include "platform/RemoteCommandNames.h"
 #include "platform/SingleInstance.h"
+#import "platform/macos/MacCommands.h"
 #import "platform/macos/MacSupport.h"
 #include "support/MainThread.h"
 
-#import <AppKit/AppKit.h>
-
 using quillet::RemoteCommand;
 
-/// Hears the commands that other starts of the program send: notifications between the programs of one user's session.
+/// Hears the commands that other starts of the program send.
 @interface QuilletCommandListener : NSObject
 - (instancetype)initWithHandler:(std::function<void(RemoteCommand)>)handler;
 - (void)stop;
 @end
-
-namespace {
-
-NSNotificationName const kCommandNotification = @"com.corvane.Quillet.command";
-
-} // namespace
 
 @implementation QuilletCommandListener {
     std::function<void(RemoteCommand)> _handler;
@@ -29,7 +22,7 @@ NSNotificationName const kCommandNotification = @"com.corvane.Quillet.command";
         _handler = std::move(handler);
         [NSDistributedNotificationCenter.defaultCenter addObserver:self
                                                           selector:@selector(commandDidArrive:)
-                                                              name:kCommandNotification
+                                                              name:quillet::kCommandNotification
                                                             object:nil
                                                 suspensionBehavior:NSNotificationSuspensionBehaviorDeliverImmediately];
     }
@@ -53,44 +46,26 @@ namespace quillet {
 namespace {
 
 /// The system itself starts a program only once when it is opened as one; this is for starts from a command line. Who
-/// runs is known to the system; the command's name is all that goes over, because a program in a sandbox may send no
-/// more.
+/// runs is known to the system.
 class MacSingleInstance final : public SingleInstance {
 public:
     ~MacSingleInstance() override { [m_listener stop]; }
 
     void claim(RemoteCommand command, std::function<void(RemoteCommand)> onCommand,
                std::function<void(Claim)> done) override {
-        const bool delivered = deliver(command);
+        const bool delivered = deliverCommand(command);
         if (!delivered) m_listener = [[QuilletCommandListener alloc] initWithHandler:std::move(onCommand)];
-        MainThread::post([done = std::move(done), delivered] { done(delivered ? Claim::Delivered : Claim::First); });
+        MainThread::post([done = std::move(done), delivered] {
+            done(delivered ? Claim::Delivered : Claim::First);
+            if (!delivered) sendToSession(kObeysNotification, nil); // whoever opened it has something to tell it
+        });
     }
 
     void send(RemoteCommand command, std::function<void(bool)> done) override {
-        MainThread::post([done = std::move(done), delivered = deliver(command)] { done(delivered); });
+        MainThread::post([done = std::move(done), delivered = deliverCommand(command)] { done(delivered); });
     }
 
 private:
-    static bool deliver(RemoteCommand command) {
-        if (!anotherRuns()) return false;
-        [NSDistributedNotificationCenter.defaultCenter postNotificationName:kCommandNotification
-                                                                     object:toNSString(remoteCommandName(command))
-                                                                   userInfo:nil
-                                                         deliverImmediately:YES];
-        return true;
-    }
-
-    static bool anotherRuns() {
-        NSString* const identifier = NSBundle.mainBundle.bundleIdentifier;
-        if (!identifier) return false;
-        const pid_t own = NSProcessInfo.processInfo.processIdentifier;
-        for (NSRunningApplication* application in
-             [NSRunningApplication runningApplicationsWithBundleIdentifier:identifier]) {
-            if (application.processIdentifier != own && !application.terminated) return true;
-        }
-        return false;
-    }
-
     QuilletCommandListener* _Nullable m_listener = nil;
 };
 

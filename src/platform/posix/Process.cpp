@@ -107,7 +107,7 @@ void becomeCompanion(const char* program, char** arguments) {
     giveBackUsersMask(); // the companion prepares itself
     for (const char* folder : {".", "../libexec/quillet"}) {
         const std::string path = (own / folder / program).string();
-        ::execv(path.c_str(), arguments);
+        SystemCalls::replaceProgram(path.c_str(), arguments);
     }
     if (usersMask) umask(077);
 }

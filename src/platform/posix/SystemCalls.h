@@ -43,6 +43,9 @@ void giveBackSpace(int fd, off_t from, off_t to);
 /// The file of this program, free of symbolic links; empty when the system does not tell.
 [[nodiscard]] std::filesystem::path ownProgram();
 
+/// Becomes that program, or has the system open it where none may become another; returns only when there is none.
+void replaceProgram(const char* program, char** arguments);
+
 /// A pipe that a child process does not inherit and that never blocks.
 [[nodiscard]] int makePipe(int (&ends)[2]);
 

@@ -15,9 +15,17 @@ static inline NSRect NSMakeRect(CGFloat x, CGFloat y, CGFloat width, CGFloat hei
     return {{x, y}, {width, height}};
 }
 
+@class NSRunningApplication;
+@interface NSWorkspaceOpenConfiguration : NSObject <NSCopying>
++ (instancetype)configuration;
+@end
 @interface NSWorkspace : NSObject
 @property(class, readonly, strong) NSWorkspace* sharedWorkspace;
 - (BOOL)openURL:(NSURL*)url;
+- (void)openApplicationAtURL:(NSURL*)applicationURL
+               configuration:(NSWorkspaceOpenConfiguration*)configuration
+           completionHandler:
+               (void (^_Nullable)(NSRunningApplication* _Nullable app, NSError* _Nullable error))completionHandler;
 - (void)activateFileViewerSelectingURLs:(NSArray<NSURL*>*)fileURLs;
 - (nullable NSURL*)URLForApplicationWithBundleIdentifier:(NSString*)bundleIdentifier;
 @property(readonly, strong) NSNotificationCenter* notificationCenter;
@@ -28,6 +36,7 @@ QUILLET_API NSNotificationName const NSWorkspaceAccessibilityDisplayOptionsDidCh
 @interface NSRunningApplication : NSObject
 + (NSArray<NSRunningApplication*>*)runningApplicationsWithBundleIdentifier:(NSString*)bundleIdentifier;
 @property(readonly) pid_t processIdentifier;
+@property(nullable, readonly, copy) NSURL* executableURL;
 @property(readonly, getter=isTerminated) BOOL terminated;
 @end
 

@@ -20,3 +20,11 @@ QUILLET_API void CFRelease(CFTypeRef _Nonnull object __attribute__((cf_consumed)
 QUILLET_API CFTypeID CFGetTypeID(CFTypeRef _Nonnull object);
 QUILLET_API CFTypeID CFBooleanGetTypeID(void);
 QUILLET_API Boolean CFNumberIsFloatType(CFNumberRef _Nonnull number);
+
+typedef const struct __attribute__((objc_bridge(NSString))) __CFString* CFStringRef;
+typedef CFStringRef CFRunLoopMode;
+typedef double CFTimeInterval;
+typedef int32_t CFRunLoopRunResult;
+extern "C" const CFRunLoopMode _Nonnull kCFRunLoopDefaultMode;
+QUILLET_API CFRunLoopRunResult CFRunLoopRunInMode(CFRunLoopMode _Null_unspecified mode, CFTimeInterval seconds,
+                                                  Boolean returnAfterSourceHandled);

@@ -102,6 +102,7 @@ typedef NSString* NSURLResourceKey;
                                       error:(NSError* _Nullable* _Nullable)error;
 @property(readonly, getter=isFileURL) BOOL fileURL;
 @property(nullable, readonly, copy) NSString* path;
+@property(nullable, readonly, copy) NSString* lastPathComponent;
 @property(readonly) const char* fileSystemRepresentation __attribute__((objc_returns_inner_pointer));
 - (BOOL)startAccessingSecurityScopedResource;
 - (void)stopAccessingSecurityScopedResource;
@@ -131,6 +132,12 @@ QUILLET_API id _Nullable CFBridgingRelease(CFTypeRef __attribute__((cf_consumed)
 @interface NSBundle : NSObject
 @property(class, readonly, strong) NSBundle* mainBundle;
 @property(nullable, readonly, copy) NSString* bundleIdentifier;
+@end
+
+typedef double NSTimeInterval;
+@interface NSDate : NSObject <NSCopying>
++ (instancetype)dateWithTimeIntervalSinceNow:(NSTimeInterval)secs;
+@property(readonly) NSTimeInterval timeIntervalSinceNow;
 @end
 
 typedef struct {
@@ -165,8 +172,13 @@ typedef NSString* NSNotificationName;
 @property(readonly, copy) NSNotificationName name;
 @property(nullable, readonly, retain) id object;
 @end
+@class NSOperationQueue;
 @interface NSNotificationCenter : NSObject
 @property(class, readonly, strong) NSNotificationCenter* defaultCenter;
+- (id<NSObject>)addObserverForName:(nullable NSNotificationName)name
+                            object:(nullable id)obj
+                             queue:(nullable NSOperationQueue*)queue
+                        usingBlock:(void (^)(NSNotification* notification))block;
 - (void)addObserver:(id)observer
            selector:(SEL)aSelector
                name:(nullable NSNotificationName)aName
