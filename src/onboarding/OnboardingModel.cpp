@@ -134,8 +134,8 @@ void OnboardingModel::testNotesConnection() {
 }
 
 void OnboardingModel::testNotesFolder(unsigned asked) {
-    const QString folder = m_services.settingsStore()->notesFolderName.value();
-    m_testedWithoutFolder = folder.trimmed().isEmpty();
+    const QString folder = m_services.notes.folderNameOfSettings();
+    m_testedWithoutFolder = folder.isEmpty();
     m_services.notes.testFolderConnection(folder, [weak = weak_from_this(), asked](bool exists) {
         if (const auto self = weak.lock()) self->finishNotesTest(asked, exists);
     });

@@ -3,7 +3,6 @@
 #include "notes/NoteIntegrator.h"
 #include "permissions/PermissionManager.h"
 #include "platform/ExternalPrograms.h"
-#include "settings/SettingsStore.h"
 #include "support/NotificationCenter.h"
 #include "support/Published.h"
 #include "support/UserDefaults.h"
@@ -21,8 +20,6 @@ namespace quillet {
 struct OnboardingServices {
     std::shared_ptr<PermissionManager> permissions;
     std::shared_ptr<ExternalPrograms> programs;
-    /// Made on the first test of the notes.
-    std::function<std::shared_ptr<SettingsStore>()> settingsStore;
     const NoteIntegrator& notes;
     UserDefaults& defaults;
     NotificationCenter& notifications;

@@ -31,14 +31,9 @@ protected:
         processEvents();
     }
     std::shared_ptr<OnboardingModel> make() {
-        const auto makeStore = [this] {
-            if (!store) store = SettingsStore::create(files, integrator, *permissions, defaults, {});
-            return store;
-        };
         return std::make_shared<OnboardingModel>(
             OnboardingServices{.permissions = permissions,
                                .programs = programs,
-                               .settingsStore = makeStore,
                                .notes = integrator,
                                .defaults = defaults,
                                .notifications = notifications,
@@ -64,10 +59,8 @@ protected:
     std::shared_ptr<FakeNotesApplication> notes = std::make_shared<FakeNotesApplication>();
     std::shared_ptr<FakeExternalPrograms> programs = std::make_shared<FakeExternalPrograms>();
     std::shared_ptr<PermissionManager> permissions = PermissionManager::create(services, notes, defaults);
-    RecordingFileManager files{FileServices::standard(), defaults};
     NoteIntegrator integrator{notes, defaults,
                               [this] { return permissions->automationStatus.value() == PermissionStatus::Granted; }};
-    std::shared_ptr<SettingsStore> store;
     std::shared_ptr<OnboardingModel> model;
 };
 

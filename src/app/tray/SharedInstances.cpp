@@ -131,7 +131,6 @@ QWidget* makeSharedOnboardingView() {
     return new OnboardingView(std::make_shared<OnboardingModel>(
         OnboardingServices{.permissions = SharedInstance<PermissionManager>::get(),
                            .programs = sharedExternalPrograms(),
-                           .settingsStore = [] { return SharedInstance<SettingsStore>::get(); },
                            .notes = sharedNotes().integrator,
                            .defaults = defaults(),
                            .notifications = NotificationCenter::standard(),
