@@ -21,8 +21,6 @@ constexpr mode_t kFileMode = 0600;
 constexpr mode_t kFolderMode = 0700;
 constexpr int kOpenFolder = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 
-Failure<PlatformError> failure(int error) { return Failure{PlatformError::fromErrno(error)}; }
-
 /// Says that the volume has no such service, not that the service failed.
 bool isUnsupported(int error) {
     return error == EOPNOTSUPP || error == ENOSYS || error == EINVAL || error == EPERM || error == EISDIR;
@@ -257,7 +255,7 @@ private:
             if (auto filled = fill(fd.get()); !filled) return Failure{filled.error()};
             if (auto synced = sync(fd.get()); !synced) return Failure{synced.error()};
             auto renamed = firstFree(names, [&](const char* free) {
-                errno = SystemCalls::renameNoReplace(m_fd.get(), hidden, free);
+                errno = renameNoReplace(m_fd.get(), hidden, free);
                 return errno == 0;
             });
             if (!renamed && isUnsupported(renamed.error().code)) return addInPlace(names, fd.get());

@@ -13,8 +13,6 @@ namespace {
 
 constexpr std::int64_t kRecentlyChangedSeconds = 120;
 
-Failure<PlatformError> failure(int error) { return Failure{PlatformError::fromErrno(error)}; }
-
 /// Says that a service is missing here, not that it failed.
 bool isUnsupported(int error) {
     return error == EOPNOTSUPP || error == ENOSYS || error == EINVAL || error == ENODEV || error == EPERM;
@@ -40,6 +38,18 @@ struct flock lockOf(LockByte byte) {
 #endif
 
 } // namespace
+
+int renameNoReplace(int folder, const std::string& from, const std::string& to) {
+    const int error = SystemCalls::renameNoReplace(folder, from, to);
+    if (error != EINVAL && error != ENOSYS && error != EOPNOTSUPP) return error;
+    // A hard link never replaces either.
+    if (linkat(folder, from.c_str(), folder, to.c_str(), 0) == 0) {
+        unlinkat(folder, from.c_str(), 0);
+        return 0;
+    }
+    if (errno == EEXIST || errno == ENOENT) return errno;
+    return EOPNOTSUPP;
+}
 
 Result<std::int64_t> PosixFile::size() {
     struct stat status {};

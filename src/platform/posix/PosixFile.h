@@ -28,6 +28,12 @@ private:
     int m_fd;
 };
 
+[[nodiscard]] inline Failure<PlatformError> failure(int error) { return Failure{PlatformError::fromErrno(error)}; }
+
+/// Renames inside a folder without ever replacing: 0, or the error number, which is EOPNOTSUPP where the volume has
+/// neither such a renaming nor hard links.
+[[nodiscard]] int renameNoReplace(int folder, const std::string& from, const std::string& to);
+
 /// Reads and writes an open descriptor. Serves both recordings being written and recordings under repair.
 class PosixFile : public RecordingFile {
 public:

@@ -17,23 +17,6 @@ constexpr int kAttempts = 16;                 ///< against others who take the s
 constexpr int kMostEarlierFiles = 10'000;     ///< of one name, before giving up
 constexpr std::size_t kLongestNameKept = 200; ///< of a file name in a temporary one; the limit for both is 255 bytes
 
-Failure<PlatformError> failure(int error) { return Failure{PlatformError::fromErrno(error)}; }
-
-bool lacksNoReplace(int error) { return error == EINVAL || error == ENOSYS || error == EOPNOTSUPP; }
-
-/// Renames inside a folder without ever replacing. 0, or the error number.
-int renameNoReplace(int folder, const std::string& from, const std::string& to) {
-    const int error = SystemCalls::renameNoReplace(folder, from, to);
-    if (!lacksNoReplace(error)) return error;
-    // A hard link never replaces either.
-    if (linkat(folder, from.c_str(), folder, to.c_str(), 0) == 0) {
-        unlinkat(folder, from.c_str(), 0);
-        return 0;
-    }
-    if (errno == EEXIST || errno == ENOENT) return errno;
-    return EOPNOTSUPP;
-}
-
 bool sameFile(const struct stat& one, const struct stat& other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
