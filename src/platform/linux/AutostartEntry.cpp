@@ -6,11 +6,9 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
-#include <QStandardPaths>
 
 #include <cerrno>
 #include <cstdio>
-#include <string_view>
 #include <unistd.h>
 
 namespace quillet {
@@ -63,84 +61,29 @@ QByteArray entryFor(const QByteArray& path) {
            "X-GNOME-Autostart-enabled=true\n";
 }
 
-/// The line of a key in the entry's own group; -1 when it is not there.
-qsizetype lineOf(const QByteArrayList& lines, const QByteArray& key) {
+/// The value of a key in the entry's own group; empty when it is not there.
+QByteArray value(const QByteArray& contents, const QByteArray& key) {
     bool isInGroup = false;
-    for (qsizetype at = 0; at < lines.size(); ++at) {
-        const QByteArray line = lines[at].trimmed();
+    for (const QByteArray& each : contents.split('\n')) {
+        const QByteArray line = each.trimmed();
         if (line.startsWith('[')) isInGroup = line == "[Desktop Entry]";
         const auto equals = line.indexOf('=');
-        if (isInGroup && equals > 0 && line.left(equals).trimmed() == key) return at;
+        if (isInGroup && equals > 0 && line.left(equals).trimmed() == key) return line.mid(equals + 1).trimmed();
     }
-    return -1;
+    return {};
 }
 
-std::optional<QByteArray> value(const QByteArray& contents, const QByteArray& key) {
-    const QByteArrayList lines = contents.split('\n');
-    const auto at = lineOf(lines, key);
-    if (at < 0) return std::nullopt;
-    return lines[at].mid(lines[at].indexOf('=') + 1).trimmed();
+/// The entry as it is, but for the program, as long as both places name it as we write it.
+QByteArray withProgram(QByteArray contents, const QByteArray& old, const QByteArray& path) {
+    const auto tried = [](const QByteArray& program) { return "\nTryExec=" + stringValue(program) + '\n'; };
+    if (!contents.contains(tried(old)) || !contents.contains(execArgument(old)) || !starterOf(path).isEmpty())
+        return entryFor(path);
+    return contents.replace(tried(old), tried(path)).replace(execArgument(old), execArgument(path));
 }
 
-QByteArray withoutEscapes(const QByteArray& stringValue) {
-    QByteArray text;
-    for (qsizetype at = 0; at < stringValue.size(); ++at) {
-        const char character = stringValue[at];
-        if (character != '\\' || at + 1 == stringValue.size()) {
-            text += character;
-            continue;
-        }
-        const char escaped = stringValue[++at];
-        constexpr std::string_view kLetters = "sntr";
-        constexpr std::string_view kMeanings = " \n\t\r";
-        const auto letter = kLetters.find(escaped);
-        text += letter == std::string_view::npos ? escaped : kMeanings[letter];
-    }
-    return text;
-}
-
-QByteArray firstArgument(const QByteArray& exec) {
-    const QByteArray line = withoutEscapes(exec);
-    if (!line.startsWith('"')) return line.left(line.indexOf(' ')).replace("%%", "%");
-    QByteArray argument;
-    for (qsizetype at = 1; at < line.size() && line[at] != '"'; ++at) {
-        if (line[at] == '\\' && at + 1 < line.size()) ++at;
-        argument += line[at];
-    }
-    return argument.replace("%%", "%");
-}
-
-/// As the desktop judges whether there is anything to start.
-QByteArray programOf(const QByteArray& contents) {
-    const auto tried = value(contents, "TryExec");
-    if (tried && !tried->isEmpty()) return withoutEscapes(*tried);
-    return firstArgument(value(contents, "Exec").value_or(QByteArray()));
-}
-
-bool isExecutable(const QByteArray& program) {
-    if (program.startsWith('/')) return access(program.constData(), X_OK) == 0;
-    return !QStandardPaths::findExecutable(QFile::decodeName(program)).isEmpty();
-}
-
-/// The entry as it is, but for the program; nothing where the old one is no argument of its own in the Exec line.
-std::optional<QByteArray> withProgram(const QByteArray& contents, const QByteArray& path) {
-    const QByteArray old = programOf(contents);
-    const QByteArray exec = value(contents, "Exec").value_or(QByteArray());
-    for (const QByteArray& argument : {execArgument(old), stringValue(old)}) {
-        const auto at = (' ' + exec + ' ').indexOf(' ' + argument + ' ');
-        if (at < 0) continue;
-        const QByteArray starter = at == 0 ? starterOf(path) : QByteArray();
-        QByteArrayList lines = contents.split('\n');
-        lines[lineOf(lines, "Exec")] =
-            "Exec=" + exec.left(at) + starter + execArgument(path) + exec.mid(at + argument.size());
-        if (const auto tried = lineOf(lines, "TryExec"); tried >= 0) lines[tried] = "TryExec=" + stringValue(path);
-        return lines.join('\n');
-    }
-    return std::nullopt;
-}
-
-bool isSwitchedOff(const QByteArray& contents) {
-    return value(contents, "Hidden") == "true" || value(contents, "X-GNOME-Autostart-enabled") == "false";
+bool isOn(const QByteArray& contents) {
+    return !value(contents, "Exec").isEmpty() && value(contents, "Hidden") != "true" &&
+           value(contents, "X-GNOME-Autostart-enabled") != "false";
 }
 
 } // namespace
@@ -168,7 +111,7 @@ Result<std::filesystem::path> AutostartEntry::usableProgram() const {
 
 bool AutostartEntry::isEnabled() const {
     const auto contents = read();
-    return contents && value(*contents, "Exec") && !isSwitchedOff(*contents);
+    return contents && isOn(*contents);
 }
 
 Result<void> AutostartEntry::registerItem() {
@@ -187,10 +130,11 @@ void AutostartEntry::followProgram() {
     if (std::filesystem::is_symlink(m_file, error)) return; // whoever keeps the file behind it keeps that in order
     const auto contents = read();
     const auto program = usableProgram();
-    if (!contents || !program || !value(*contents, "Exec") || isSwitchedOff(*contents)) return;
-    if (isExecutable(programOf(*contents))) return; // it was chosen, and this one may just be tried
-    const QByteArray path = QByteArray::fromStdString(program->string());
-    static_cast<void>(write(withProgram(*contents, path).value_or(entryFor(path))).ok());
+    if (!contents || !program || !isOn(*contents)) return;
+    const QByteArray old = value(*contents, "TryExec").replace("\\\\", "\\");
+    if (!old.startsWith('/')) return;               // its user has made another entry of it
+    if (access(old.constData(), X_OK) == 0) return; // it was chosen, and this one may just be tried
+    static_cast<void>(write(withProgram(*contents, old, QByteArray::fromStdString(program->string()))).ok());
 }
 
 Result<void> AutostartEntry::write(const QByteArray& contents) const {

@@ -89,13 +89,18 @@ TEST_F(AutostartEntryTest, TheEntryFollowsAProgramThatMoves) {
     };
     moveTo("moved 1");
     EXPECT_EQ(contents(), QByteArray(asEdited).replace("/quillet", "/moved 1")) << "all else stays";
-    edit("TryExec=", "X-");
-    edit("env LANG=C ", "");
+    moveTo("100 %");
+    EXPECT_TRUE(contents().contains("\nExec=env \"") && contents().contains("/100 %%\" --autostarted\n"));
     moveTo("moved 2");
     EXPECT_TRUE(contents().contains("/moved 2\" --autostarted\n"));
-    edit("X-GNOME-Autostart-enabled=true", "Hidden=true");
+    const QByteArray moved = contents();
+    edit("TryExec=", "X-");
     moveTo("moved 3");
-    EXPECT_FALSE(contents().contains("/moved 3")) << "what is switched off is left alone";
+    EXPECT_FALSE(contents().contains("/moved 3")) << "what no longer names its program as we do is left alone";
+    test::makeFile(file, moved);
+    edit("X-GNOME-Autostart-enabled=true", "Hidden=true");
+    moveTo("moved 4");
+    EXPECT_FALSE(contents().contains("/moved 4")) << "what is switched off is left alone";
 
     program = base / "gone";
     ASSERT_FALSE(entry.registerItem()) << "a program that is not there cannot be started";
