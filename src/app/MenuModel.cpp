@@ -63,13 +63,7 @@ MenuModel::Levels MenuModel::levels() const {
     return {.system = meterValue(statistics.system.level), .microphone = meterValue(statistics.microphone.level)};
 }
 
-void MenuModel::pressRecordButton() {
-    if (isRecording()) {
-        m_services.control.stop();
-    } else {
-        m_services.control.start();
-    }
-}
+void MenuModel::pressRecordButton() { m_services.control.toggle(); }
 
 bool MenuModel::autoCreateNote() const { return m_services.defaults.boolean(DefaultsKeys::autoCreateNote); }
 void MenuModel::setAutoCreateNote(bool on) { m_services.defaults.set(DefaultsKeys::autoCreateNote, on); }

@@ -26,6 +26,11 @@ void RecordingControl::stop() {
     }
 }
 
+void RecordingControl::toggle() {
+    const bool isRunning = phase.value() == Phase::Recording || phase.value() == Phase::Stopping;
+    isRunning ? stop() : start();
+}
+
 void RecordingControl::recordingChanged(bool recording) {
     if (!recording) {
         if (phase.value() != Phase::Idle) phase.set(Phase::Idle);

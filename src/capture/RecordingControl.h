@@ -23,7 +23,8 @@ public:
 
     void start();
     void stop();
-    void toggle() { phase.value() == Phase::Idle ? start() : stop(); }
+    /// What a button does that shows whether a recording runs: while one starts it still says start.
+    void toggle();
 
     Published<Phase> phase{Phase::Idle};
 

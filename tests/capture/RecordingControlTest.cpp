@@ -45,6 +45,8 @@ TEST_F(RecordingControlTest, ImpatientClicksStartOneRecordingAndStopItOnce) {
 TEST_F(RecordingControlTest, AStopWhileStartingIsCarriedOutOnceTheRecordingRuns) {
     systemAudio->holdsStart = true;
     control.start();
+    control.toggle();
+    EXPECT_EQ(control.phase.value(), Phase::Starting) << "the button that was pressed twice still said start";
     engine->queue().sync([] {});
     control.stop();
     control.stop();

@@ -135,13 +135,7 @@ std::vector<MenuEntry> AppDelegate::makeContextMenu() {
     };
 }
 
-void AppDelegate::menuStartStopRecording() {
-    if (m_services.engine->isRecording.value()) {
-        m_services.control.stop();
-    } else {
-        m_services.control.start();
-    }
-}
+void AppDelegate::menuStartStopRecording() { m_services.control.toggle(); }
 
 void AppDelegate::menuCheckForUpdates() { m_services.updaterManager->checkForUpdates(); }
 
