@@ -1,6 +1,6 @@
 #pragma once
 
-#include "summarisation/GeneratedContent.h"
+#include "support/GeneratedContent.h"
 
 #include <QString>
 

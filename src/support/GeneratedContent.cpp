@@ -1,4 +1,4 @@
-#include "summarisation/GeneratedContent.h"
+#include "support/GeneratedContent.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
