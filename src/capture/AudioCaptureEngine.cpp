@@ -108,7 +108,7 @@ void AudioCaptureEngine::continueWithContent(const Result<std::optional<Shareabl
         return fail(QStringLiteral("Could not get shareable content: ") + content.error().description);
     }
     if (!*content) return fail(QStringLiteral("No shareable content returned."));
-    if ((*content)->displays.empty()) return fail(QStringLiteral("No display available for system audio capture."));
+    if ((*content)->displays.empty()) return fail(kNoDisplayAvailable);
 
     const ContentFilter filter{.display = (*content)->displays.front()};
     auto stream = m_hardware.systemAudio->makeStream(filter, StreamConfiguration{});

@@ -77,6 +77,8 @@ public:
     Published<std::optional<WallTime>> recordingStartDate;
     /// The last failure, for the user; cleared at every start.
     Published<std::optional<QString>> lastError;
+    /// What it says when there is no output to record.
+    static constexpr QLatin1String kNoDisplayAvailable{"No display available for system audio capture."};
     /// The file of the current or last recording.
     Published<std::optional<std::filesystem::path>> outputURL;
 

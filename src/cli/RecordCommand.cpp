@@ -189,7 +189,7 @@ void RecordSession::phaseChanged(RecordingControl::Phase phase) {
             MainThread::post([this] { finish(); });
         });
     } else if (phase == Phase::Idle && m_error) {
-        const bool outputIsMissing = *m_error == QLatin1String("No display available for system audio capture.");
+        const bool outputIsMissing = *m_error == AudioCaptureEngine::kNoDisplayAvailable;
         complain(outputIsMissing && !m_options.system.device.isEmpty()
                      ? QStringLiteral("There is no output named “%1”; “quillet devices” lists those that there are.")
                            .arg(m_options.system.device)
