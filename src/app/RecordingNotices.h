@@ -34,9 +34,6 @@ public:
     };
     explicit RecordingNotices(Services services);
 
-    /// How long a source is exactly silent before it is worth a word.
-    static constexpr FrameCount kNoticeableSilence{10 * 48'000};
-
 private:
     /// A source that is told of once per stretch of silence.
     struct Side {

@@ -7,6 +7,9 @@
 
 namespace quillet {
 
+/// Silence of this length is worth a word: real rooms and real lines are never exactly zero.
+inline constexpr FrameCount kNoticeableSilence = std::chrono::seconds(10);
+
 /// What one source of a recording has carried so far.
 struct SourceStatistics {
     float peak = 0;               ///< largest magnitude since the start; 1.0 is full scale

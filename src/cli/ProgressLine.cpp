@@ -18,8 +18,8 @@ QString elapsed(FrameCount frames) {
         .arg(seconds % 60, 2, 10, QLatin1Char('0'));
 }
 
-QString source(const QString& name, const SourceStatistics& side, FrameCount noticeableSilence) {
-    if (side.digitalSilence >= noticeableSilence)
+QString source(const QString& name, const SourceStatistics& side) {
+    if (side.digitalSilence >= kNoticeableSilence)
         return QStringLiteral("%1 SILENT for %2 s")
             .arg(name)
             .arg(std::chrono::duration_cast<std::chrono::seconds>(side.digitalSilence).count());
@@ -36,18 +36,16 @@ std::chrono::milliseconds ProgressLine::interval() const {
     return m_rewrites ? 200ms : 5000ms;
 }
 
-QString ProgressLine::text(const CaptureStatistics& statistics, std::optional<std::int64_t> freeBytes,
-                           FrameCount noticeableSilence) {
+QString ProgressLine::text(const CaptureStatistics& statistics, std::optional<std::int64_t> freeBytes) {
     QString line = elapsed(statistics.mixed) + QStringLiteral("  ") +
-                   source(QStringLiteral("system"), statistics.system, noticeableSilence) + QStringLiteral("  ") +
-                   source(QStringLiteral("microphone"), statistics.microphone, noticeableSilence);
+                   source(QStringLiteral("system"), statistics.system) + QStringLiteral("  ") +
+                   source(QStringLiteral("microphone"), statistics.microphone);
     if (freeBytes) line += QStringLiteral("  %1 GB free").arg(static_cast<double>(*freeBytes) / 1e9, 0, 'f', 1);
     return line;
 }
 
-void ProgressLine::show(const CaptureStatistics& statistics, std::optional<std::int64_t> freeBytes,
-                        FrameCount noticeableSilence) {
-    const QString line = text(statistics, freeBytes, noticeableSilence);
+void ProgressLine::show(const CaptureStatistics& statistics, std::optional<std::int64_t> freeBytes) {
+    const QString line = text(statistics, freeBytes);
     if (m_rewrites) {
         QTextStream(stderr) << "\r\033[K" << line;
         m_lineIsOpen = true;

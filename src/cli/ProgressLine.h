@@ -18,13 +18,12 @@ public:
 
     /// How often show() is worth calling.
     [[nodiscard]] std::chrono::milliseconds interval() const;
-    void show(const CaptureStatistics& statistics, std::optional<std::int64_t> freeBytes, FrameCount noticeableSilence);
+    void show(const CaptureStatistics& statistics, std::optional<std::int64_t> freeBytes);
     /// Leaves the last line standing.
     void finish();
 
     /// The text of the line: elapsed time, a level in dBFS or a remark per source, free space.
-    [[nodiscard]] static QString text(const CaptureStatistics& statistics, std::optional<std::int64_t> freeBytes,
-                                      FrameCount noticeableSilence);
+    [[nodiscard]] static QString text(const CaptureStatistics& statistics, std::optional<std::int64_t> freeBytes);
 
 private:
     const bool m_rewrites;

@@ -24,10 +24,6 @@ namespace quillet::cli {
 namespace {
 
 namespace fs = std::filesystem;
-using namespace std::chrono_literals;
-
-/// Silence of this length is worth a word: real rooms and real lines are never exactly zero.
-constexpr FrameCount kNoticeableSilence = 10s;
 
 fs::path toPath(const QString& text) { return QFile::encodeName(text).toStdString(); }
 QString toText(const fs::path& path) { return QFile::decodeName(path.c_str()); }
@@ -244,7 +240,7 @@ void RecordSession::showProgress() {
     if (const auto url = m_engine->outputURL.value()) {
         if (const auto bytes = FileServices::standard().freeBytes(url->parent_path())) free = *bytes;
     }
-    m_progress.show(m_engine->statistics(), free, kNoticeableSilence);
+    m_progress.show(m_engine->statistics(), free);
 }
 
 void RecordSession::tellWhatWasNotRead() {

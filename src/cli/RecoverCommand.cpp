@@ -38,12 +38,7 @@ int recover(const QStringList& arguments) {
     if (parser.isSet(folderOption)) {
         folders.emplace_back(QFile::encodeName(parser.value(folderOption)).toStdString());
     } else {
-        // Also the default folder: a recording goes there when the chosen one fails.
-        const RecordingFileManager files(FileServices::standard(), UserDefaults::standard());
-        for (const auto& folder : {files.effectiveRecordingsDirectoryURL(), files.defaultRecordingsDirectoryURL()}) {
-            if (folder && std::find(folders.begin(), folders.end(), *folder) == folders.end())
-                folders.push_back(*folder);
-        }
+        folders = RecordingFileManager(FileServices::standard(), UserDefaults::standard()).recordingFolders();
     }
 
     bool allRepaired = true;

@@ -97,6 +97,14 @@ std::optional<fs::path> RecordingFileManager::effectiveRecordingsDirectoryURL() 
     return m_resolvedCustomDirectoryURL ? m_resolvedCustomDirectoryURL : defaultRecordingsDirectoryURL();
 }
 
+std::vector<fs::path> RecordingFileManager::recordingFolders() const {
+    std::vector<fs::path> folders;
+    for (const auto& folder : {effectiveRecordingsDirectoryURL(), defaultRecordingsDirectoryURL()}) {
+        if (folder && (folders.empty() || folders.front() != *folder)) folders.push_back(*folder);
+    }
+    return folders;
+}
+
 bool RecordingFileManager::isUnwritable(const fs::path& folder) {
     QFileInfo nearest(qtPath(folder));
     // Nothing can be made in the place of a link that leads nowhere.

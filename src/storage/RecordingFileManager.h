@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <vector>
 
 namespace quillet {
 
@@ -39,6 +40,8 @@ public:
 
     [[nodiscard]] std::optional<std::filesystem::path> defaultRecordingsDirectoryURL() const;
     [[nodiscard]] std::optional<std::filesystem::path> effectiveRecordingsDirectoryURL() const;
+    /// Where recordings may be: the effective folder, and the default one, where they go when a chosen one fails.
+    [[nodiscard]] std::vector<std::filesystem::path> recordingFolders() const;
     /// Absent while the default folder is in use.
     [[nodiscard]] const std::optional<std::filesystem::path>& resolvedCustomDirectoryURL() const {
         return m_resolvedCustomDirectoryURL;

@@ -148,18 +148,9 @@ void TrayProgram::followAppearance() {
         this, [](const std::optional<bool>& animations) { Theme::shared().setAnimations(animations.value_or(true)); });
 }
 
-std::vector<std::filesystem::path> TrayProgram::recordingFolders() {
-    const RecordingFileManager& files = *SharedInstance<RecordingFileManager>::get();
-    std::vector<std::filesystem::path> folders;
-    for (const auto& folder : {files.effectiveRecordingsDirectoryURL(), files.defaultRecordingsDirectoryURL()}) {
-        if (folder && (folders.empty() || folders.front() != *folder)) folders.push_back(*folder);
-    }
-    return folders;
-}
-
 void TrayProgram::recoverUnfinished() {
     // What a crash or a quick end left behind is made whole before the user looks for it.
-    std::thread([folders = recordingFolders()] {
+    std::thread([folders = SharedInstance<RecordingFileManager>::get()->recordingFolders()] {
         for (const auto& folder : folders) static_cast<void>(recoverRecordings(folder));
     }).detach();
 }

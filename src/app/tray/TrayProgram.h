@@ -31,7 +31,6 @@ private:
     void obey(RemoteCommand command);
     void followAppearance();
     void recoverUnfinished();
-    [[nodiscard]] static std::vector<std::filesystem::path> recordingFolders();
     [[nodiscard]] std::unique_ptr<AppDelegate> makeDelegate();
     void followSession();
     /// Ends a recording before the process ends, as far as the system gives it time.
