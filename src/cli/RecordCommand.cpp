@@ -5,6 +5,7 @@
 #include "cli/Commands.h"
 #include "cli/ProgressLine.h"
 #include "cli/RecordOptions.h"
+#include "cli/RecordReport.h"
 #include "platform/AudioFileReader.h"
 #include "platform/Platform.h"
 #include "platform/Process.h"
@@ -13,9 +14,6 @@
 
 #include <QCoreApplication>
 #include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QTimer>
 
 #include <thread>
@@ -33,12 +31,6 @@ fs::path wholePath(const fs::path& folder) {
     const fs::path absolute = fs::absolute(folder, error);
     const fs::path& path = error ? folder : absolute;
     return path.has_filename() ? path : path.parent_path();
-}
-double seconds(FrameCount frames) { return std::chrono::duration<double>(frames).count(); }
-
-/// Also what waited for the encoder when the file came to an early end.
-std::int64_t blocksNotInFile(const CaptureStatistics& statistics) {
-    return statistics.blocksDropped + (statistics.mixed - statistics.finished).count() / kBlockFrames;
 }
 
 /// One recording from the command line, from start to exit status. Main thread.
@@ -76,8 +68,6 @@ private:
     void finish();
     void tellWhatWasNotRead();
     void report(const fs::path& path);
-    /// What has not been said yet.
-    [[nodiscard]] QStringList warnings(const CaptureStatistics& statistics) const;
 
     const RecordOptions m_options;
     const std::optional<fs::path> m_wantedFolder =
@@ -277,47 +267,14 @@ void RecordSession::finish() {
     QCoreApplication::exit(Failed);
 }
 
-QStringList RecordSession::warnings(const CaptureStatistics& statistics) const {
-    QStringList sentences;
-    const auto addSilence = [&](const QString& source, const SourceStatistics& side) {
-        if (side.longestSilence >= kNoticeableSilence)
-            sentences += QStringLiteral("The %1 delivered only digital silence for %2 s.")
-                             .arg(source)
-                             .arg(seconds(side.longestSilence), 0, 'f', 0);
-    };
-    addSilence(QStringLiteral("system audio"), statistics.system);
-    addSilence(QStringLiteral("microphone"), statistics.microphone);
-    if (const std::int64_t blocks = blocksNotInFile(statistics); blocks > 0)
-        sentences += QStringLiteral("%1 s of sound did not reach the file.")
-                         .arg(seconds(FrameCount(blocks * kBlockFrames)), 0, 'f', 2);
-    if (m_noteOutcome && !m_noteOutcome->success)
-        sentences +=
-            QStringLiteral("The recording was saved, but no note could be made: %1 “quillet notes create” with "
-                           "the recording makes it later.")
-                .arg(m_noteOutcome->reason);
-    return sentences;
-}
-
 void RecordSession::report(const fs::path& path) {
     const CaptureStatistics statistics = m_engine->statistics();
-    QStringList sentences = warnings(statistics);
+    QStringList sentences = warnings(statistics, m_noteOutcome);
     for (const QString& sentence : sentences) complain(sentence);
+    if (!m_options.json) return print(QByteArray(path.c_str())); // its very bytes, for the next program
     sentences += m_said;
     if (m_error) sentences += shownText(*m_error);
-    if (!m_options.json) return print(QByteArray(path.c_str())); // its very bytes, for the next program
-    const QJsonObject result{
-        {QStringLiteral("path"), toText(path)},
-        {QStringLiteral("frames"), static_cast<qint64>(statistics.finished.count())},
-        {QStringLiteral("durationSeconds"), seconds(statistics.finished)},
-        {QStringLiteral("systemPeak"), static_cast<double>(statistics.system.peak)},
-        {QStringLiteral("microphonePeak"), static_cast<double>(statistics.microphone.peak)},
-        {QStringLiteral("blocksDropped"), static_cast<qint64>(blocksNotInFile(statistics))},
-        {QStringLiteral("systemSilentSeconds"), seconds(statistics.system.longestSilence)},
-        {QStringLiteral("microphoneSilentSeconds"), seconds(statistics.microphone.longestSilence)},
-        {QStringLiteral("noteMade"), m_noteOutcome && m_noteOutcome->success},
-        {QStringLiteral("warnings"), QJsonArray::fromStringList(sentences)},
-    };
-    print(QString::fromUtf8(QJsonDocument(result).toJson(QJsonDocument::Compact)));
+    print(jsonReport(path, statistics, m_noteOutcome, sentences));
 }
 
 } // namespace
