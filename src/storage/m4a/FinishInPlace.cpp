@@ -1,6 +1,7 @@
 #include "storage/m4a/FinishInPlace.h"
 
 #include "storage/m4a/FragmentWalk.h"
+#include "support/Require.h"
 
 #include <algorithm>
 #include <limits>
@@ -51,7 +52,7 @@ Result<FinishedRecording> finishInPlace(DurableFile& file, const Retries& retrie
     if (!walked) return Failure{walked.error()};
     const Walk& walk = *walked;
     const auto from = parseUnfinishedMovie(walk.movie);
-    if (!from) return Failure{PlatformError{}};
+    require(from.has_value(), "the walk has read this movie");
     const FinishedMovie movie(*from, walk.samples);
     const std::int64_t end = walk.soundEnd + movie.size();
 

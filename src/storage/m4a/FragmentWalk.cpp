@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <numeric>
 #include <optional>
 
 namespace quillet::m4a {
@@ -186,8 +187,6 @@ Result<Walker::Step> Walker::takeFragment(std::int64_t& position) {
     }
     if (chunk.packets == 0) return Step::End;
     m_walk.samples.chunks.push_back(chunk);
-    m_walk.soundEnd = next;
-    m_walk.lastDataBox = data - kBoxHeaderBytes;
     position = declaredEnd;
     const bool whole = chunk.packets == fragment->packets && declaredEnd < m_walk.fileSize;
     return whole ? Step::GoOn : Step::End;
@@ -230,11 +229,6 @@ Result<void> Walker::dropUnwrittenEnd() {
         samples.chunks[chunk].packets = *written;
         samples.chunks.resize(*written == 0 ? chunk : chunk + 1);
         samples.packetBytes.resize(firstPacket + *written);
-        m_walk.soundEnd = samples.chunks.empty() ? 0 : samples.chunks.back().offset;
-        m_walk.lastDataBox = m_walk.soundEnd - kBoxHeaderBytes;
-        if (samples.chunks.empty()) break;
-        const std::size_t lastFirst = samples.packetBytes.size() - samples.chunks.back().packets;
-        for (std::size_t i = lastFirst; i < samples.packetBytes.size(); ++i) m_walk.soundEnd += samples.packetBytes[i];
     }
     return {};
 }
@@ -341,7 +335,11 @@ Result<Walk> walkFragments(DurableFile& file) {
         return Failure{done.error()};
     if (auto done = walker.dropUnwrittenEnd(); !done) return Failure{done.error()};
     // The first packet is priming: one alone makes no sound.
-    if (walk.samples.packetBytes.size() < 2) return refusal(QStringLiteral("it ends before the first sound"));
+    const auto& packetBytes = walk.samples.packetBytes;
+    if (packetBytes.size() < 2) return refusal(QStringLiteral("it ends before the first sound"));
+    const SampleTable::Chunk& last = walk.samples.chunks.back();
+    walk.lastDataBox = last.offset - kBoxHeaderBytes;
+    walk.soundEnd = std::accumulate(packetBytes.end() - last.packets, packetBytes.end(), last.offset);
     if (auto done = walker.judgeRest(); !done) return Failure{done.error()};
     return walk;
 }
