@@ -4,8 +4,6 @@
 #include "support/DisplayPath.h"
 
 #include <QDateTime>
-#include <QFile>
-#include <QFileInfo>
 #include <QLocale>
 
 #include <fstream>
@@ -24,9 +22,6 @@ bool isDirectory(const fs::path& path) {
     std::error_code ignored;
     return fs::is_directory(path, ignored);
 }
-
-// Byte for byte, also for names that are no valid UTF-8.
-QString qtPath(const fs::path& path) { return QFile::decodeName(path.c_str()); }
 
 } // namespace
 
@@ -106,10 +101,13 @@ std::vector<fs::path> RecordingFileManager::recordingFolders() const {
 }
 
 bool RecordingFileManager::isUnwritable(const fs::path& folder) {
-    QFileInfo nearest(qtPath(folder));
+    fs::path nearest = folder;
+    std::error_code ignored;
     // Nothing can be made in the place of a link that leads nowhere.
-    while (!nearest.exists() && !nearest.isSymLink()) nearest.setFile(nearest.path());
-    return !(nearest.isDir() && nearest.isWritable());
+    while (!isThere(nearest) && !fs::is_symlink(nearest, ignored) && nearest.has_relative_path())
+        nearest = nearest.parent_path();
+    const auto opened = openDurableFolder(nearest, IfMissing::Fail);
+    return !opened || !(*opened)->checkWritable();
 }
 
 QString RecordingFileManager::recordingsDirectoryDisplayPath() const {

@@ -5,7 +5,6 @@
 namespace quillet {
 
 QString displayPath(const std::filesystem::path& path, const std::optional<std::filesystem::path>& home) {
-    // Byte for byte, also for names that are no valid UTF-8.
     QString shown = QFile::decodeName(path.c_str());
     if (!home) return shown;
     QString homePath = QFile::decodeName(home->c_str());
