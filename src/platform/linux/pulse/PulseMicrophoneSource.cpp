@@ -25,7 +25,7 @@ private:
 
 class PulseMicrophoneSource final : public MicrophoneSource {
 public:
-    PulseMicrophoneSource(PulseDeviceName deviceName, TellPulseStandIn tellStandIn)
+    PulseMicrophoneSource(DeviceName deviceName, TellPulseStandIn tellStandIn)
         : m_deviceName(std::move(deviceName)), m_tellStandIn(std::move(tellStandIn)) {}
 
     AuthorizationStatus authorizationStatus() override {
@@ -58,13 +58,13 @@ private:
     }
 
     const std::shared_ptr<SoundServer> m_server = std::make_shared<SoundServer>();
-    const PulseDeviceName m_deviceName;
+    const DeviceName m_deviceName;
     const TellPulseStandIn m_tellStandIn;
 };
 
 } // namespace
 
-std::shared_ptr<MicrophoneSource> makePulseMicrophoneSource(PulseDeviceName deviceName, TellPulseStandIn tellStandIn) {
+std::shared_ptr<MicrophoneSource> makePulseMicrophoneSource(DeviceName deviceName, TellPulseStandIn tellStandIn) {
     return std::make_shared<PulseMicrophoneSource>(std::move(deviceName), std::move(tellStandIn));
 }
 

@@ -72,14 +72,10 @@ public:
         for (const Operation& question : questions) {
             if (!question) inquiry.error = pa_context_errno(context);
         }
-        const bool answered = m_server->waitUntil(
-            [&] { return inquiry.unanswered == 0 || inquiry.error != 0 || !m_server->ready(); }, deadline);
-        if (!answered) {
-            m_server->dropIfUnused();
-            return Failure{soundServerError(PA_ERR_TIMEOUT)};
-        }
+        const auto answers =
+            m_server->waitForAnswer([&] { return inquiry.unanswered == 0 || inquiry.error != 0; }, deadline);
+        if (!answers) return Failure{answers.error()};
         if (inquiry.error != 0) return Failure{soundServerError(inquiry.error)};
-        if (inquiry.unanswered != 0) return Failure{soundServerError(PA_ERR_CONNECTIONTERMINATED)};
 
         for (SoundDevice& device : inquiry.outputs) device.isDefault = device.name == inquiry.defaultSink;
         for (SoundDevice& device : inquiry.inputs) device.isDefault = device.name == inquiry.defaultSource;

@@ -1,10 +1,6 @@
 #pragma once
 
-#include "platform/MicrophoneSource.h"
-#include "platform/SoundDevices.h"
-#include "platform/SystemAudioSource.h"
-
-#include <QString>
+#include "platform/Platform.h"
 
 #include <functional>
 #include <memory>
@@ -14,20 +10,16 @@ namespace quillet {
 // Each of these has a connection to the sound server of its own, made when it is first used: when two streams share
 // one, PipeWire hands over the audio of one of them in bursts of up to a second, and loses some of it.
 
-/// The name of a device, asked at each start on the thread of the start; empty for the default one, whichever it is at
-/// the time.
-using PulseDeviceName = std::function<QString()>;
-
 /// Told on the server's thread when the named device has gone in the midst of a recording, which goes on with the
 /// default one until it returns.
 using TellPulseStandIn = std::function<void()>;
 
 /// The microphone with this source name.
-[[nodiscard]] std::shared_ptr<MicrophoneSource> makePulseMicrophoneSource(PulseDeviceName deviceName,
+[[nodiscard]] std::shared_ptr<MicrophoneSource> makePulseMicrophoneSource(DeviceName deviceName,
                                                                           TellPulseStandIn tellStandIn = {});
 
 /// What is played to the output of this name (or heard by the source of this name).
-[[nodiscard]] std::shared_ptr<SystemAudioSource> makePulseSystemAudioSource(PulseDeviceName deviceName,
+[[nodiscard]] std::shared_ptr<SystemAudioSource> makePulseSystemAudioSource(DeviceName deviceName,
                                                                             TellPulseStandIn tellStandIn = {});
 
 [[nodiscard]] std::shared_ptr<SoundDevices> makePulseSoundDevices();

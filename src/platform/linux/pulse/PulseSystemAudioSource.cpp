@@ -57,7 +57,7 @@ private:
 
 class PulseSystemAudioSource final : public SystemAudioSource {
 public:
-    PulseSystemAudioSource(PulseDeviceName deviceName, TellPulseStandIn tellStandIn)
+    PulseSystemAudioSource(DeviceName deviceName, TellPulseStandIn tellStandIn)
         : m_deviceName(std::move(deviceName)), m_tellStandIn(std::move(tellStandIn)) {}
 
     void getShareableContent(ContentCompletion completion) override { completion(content()); }
@@ -83,11 +83,8 @@ private:
             found = std::move(answer);
             m_server->wakeWaiting();
         });
-        if (!m_server->waitUntil([this, &found] { return found || !m_server->ready(); }, deadline)) {
-            m_server->dropIfUnused();
-            return Failure{soundServerError(PA_ERR_TIMEOUT)};
-        }
-        if (!found) return Failure{soundServerError(PA_ERR_CONNECTIONTERMINATED)};
+        const auto answer = m_server->waitForAnswer([&found] { return found.has_value(); }, deadline);
+        if (!answer) return Failure{answer.error()};
         if (!*found) return Failure{found->error()};
 
         ShareableContent content;
@@ -96,14 +93,13 @@ private:
     }
 
     const std::shared_ptr<SoundServer> m_server = std::make_shared<SoundServer>();
-    const PulseDeviceName m_deviceName;
+    const DeviceName m_deviceName;
     const TellPulseStandIn m_tellStandIn;
 };
 
 } // namespace
 
-std::shared_ptr<SystemAudioSource> makePulseSystemAudioSource(PulseDeviceName deviceName,
-                                                              TellPulseStandIn tellStandIn) {
+std::shared_ptr<SystemAudioSource> makePulseSystemAudioSource(DeviceName deviceName, TellPulseStandIn tellStandIn) {
     return std::make_shared<PulseSystemAudioSource>(std::move(deviceName), std::move(tellStandIn));
 }
 

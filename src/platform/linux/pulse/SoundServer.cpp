@@ -156,6 +156,15 @@ bool SoundServer::waitUntil(const std::function<bool()>& condition, Deadline dea
     return true;
 }
 
+Result<void> SoundServer::waitForAnswer(const std::function<bool()>& answered, Deadline deadline) {
+    if (!waitUntil([&] { return answered() || !m_ready; }, deadline)) {
+        dropIfUnused();
+        return Failure{soundServerError(PA_ERR_TIMEOUT)};
+    }
+    if (!answered()) return Failure{soundServerError(PA_ERR_CONNECTIONTERMINATED)};
+    return {};
+}
+
 void SoundServer::wakeWaiting() { pa_threaded_mainloop_signal(m_mainloop, 0); }
 
 MainloopTimer::MainloopTimer(pa_threaded_mainloop* mainloop, std::function<void()> due)

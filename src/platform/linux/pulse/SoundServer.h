@@ -60,8 +60,6 @@ public:
 
     /// Begins anew with another connection, as after a loss.
     void reconnect();
-    /// After an answer that did not come in time: a fresh connection is more likely to get one. Kept while recording.
-    void dropIfUnused();
 
     void add(Listener& listener);
     void remove(Listener& listener);
@@ -69,11 +67,15 @@ public:
     /// Lets the server's thread work until the condition holds; false when the deadline came first. Whoever changes a
     /// condition calls wakeWaiting().
     bool waitUntil(const std::function<bool()>& condition, Deadline deadline);
+    /// The same for an answer of the server: fails also when the connection is lost first.
+    Result<void> waitForAnswer(const std::function<bool()>& answered, Deadline deadline);
     void wakeWaiting();
 
 private:
     class Callbacks;
 
+    /// After an answer that did not come in time: a fresh connection is more likely to get one. Kept while recording.
+    void dropIfUnused();
     void openContext();
     void closeContext();
     void contextLost(int error);
