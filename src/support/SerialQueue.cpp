@@ -25,9 +25,8 @@ private:
 } // namespace
 
 SerialQueue::SerialQueue(std::string label)
-    : m_label(std::move(label)),
-      m_state(std::make_shared<State>()),
-      m_thread([state = m_state, name = m_label] { loop(*state, name); }) {}
+    : m_state(std::make_shared<State>()),
+      m_thread([state = m_state, name = std::move(label)] { loop(*state, name); }) {}
 
 SerialQueue::~SerialQueue() {
     {

@@ -45,7 +45,6 @@ public:
     void sync(const std::function<void()>& work);
 
     [[nodiscard]] bool isCurrent() const { return std::this_thread::get_id() == m_thread.get_id(); }
-    [[nodiscard]] const std::string& label() const { return m_label; }
 
 private:
     struct State {
@@ -60,7 +59,6 @@ private:
     };
     static void loop(State& state, const std::string& label);
 
-    const std::string m_label;
     const std::shared_ptr<State> m_state; ///< shared with the thread, which may outlive this object
     std::thread m_thread;
 };

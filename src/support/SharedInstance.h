@@ -27,8 +27,6 @@ public:
         return shared.instance;
     }
 
-    [[nodiscard]] static bool exists() { return storage().instance != nullptr; }
-
 private:
     struct Storage {
         Factory factory;
