@@ -1,8 +1,7 @@
 #include "platform/linux/desktop/LinuxDesktopFiles.h"
 
 #include "platform/linux/desktop/Bus.h"
-
-#include <QUrl>
+#include "support/FileUrl.h"
 
 namespace quillet {
 namespace {
@@ -18,8 +17,7 @@ LinuxDesktopFiles::LinuxDesktopFiles(const QDBusConnection& bus, OpenFolder open
 }
 
 void LinuxDesktopFiles::revealInFileManager(const std::filesystem::path& file) {
-    const QByteArray path = QByteArray::fromStdString(file.string());
-    const QString uri = QStringLiteral("file://") + QString::fromLatin1(path.toPercentEncoding("/"));
+    const QString uri = QString::fromLatin1(fileUrl(file).toEncoded());
     bus::ask(
         m_bus, bus::startingCall(kFileManager, "ShowItems", {QStringList{uri}, QString()}), &m_context,
         [this, file](const QDBusMessage& reply) {

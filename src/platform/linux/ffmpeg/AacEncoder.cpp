@@ -14,7 +14,7 @@ namespace quillet {
 namespace {
 
 constexpr int kChannels = 2;
-constexpr float kLargestSample = 16.0F; ///< +24 dBFS; nothing that a mix produces comes near
+constexpr float kLargestEncoded = 16.0F; ///< +24 dBFS; nothing that a mix produces comes near
 /// What lies above is next to inaudible; the bits that it would take lower the noise where there is something to hear
 /// (by 2 dB for speech), and coding it takes a tenth of the time.
 constexpr int kBandwidthHz = 18000;
@@ -26,7 +26,7 @@ constexpr float kFaintDifference = 4e-6F * kBlockFrames;
 constexpr int kBlocksPerPacket = 3;
 
 FourSamples usable(FourSamples samples) { // NaN compares false
-    return magnitude(samples) < allFour(kLargestSample) ? samples : FourSamples{};
+    return magnitude(samples) < allFour(kLargestEncoded) ? samples : FourSamples{};
 }
 
 float sum(FourSamples four) { return four[0] + four[1] + four[2] + four[3]; }

@@ -62,7 +62,6 @@ Result<void> FfmpegInput::openFormat(const std::filesystem::path& path) {
         av_get_exact_bits_per_sample(m_format->streams[0]->codecpar->codec_id) > 0)
         m_format->probesize = kProbedPackets * kPacketBytes;
     if (error >= 0) error = avformat_find_stream_info(m_format, nullptr);
-    if (error < 0 && m_readError != 0) return cannotRead(m_readError);
     // Below the certainty that a file's name alone gives, the library takes any text for speech in some raw format. Of
     // a very short MP3 file it is no surer; there the name decides.
     if (error >= 0 && m_format->probe_score < AVPROBE_SCORE_EXTENSION &&
