@@ -21,7 +21,8 @@ struct SoundDevice {
     bool isMuted = false; ///< a muted device may be recorded as silence
 };
 
-/// Lists the devices, for the command line. Any thread but the server's; waits up to three seconds for the server.
+/// Lists the devices, for the command line and the settings. Any thread but the server's; waits up to three seconds for
+/// the server.
 class SoundDevices {
 public:
     virtual ~SoundDevices() = default;

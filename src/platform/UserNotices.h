@@ -19,8 +19,8 @@ struct UserNotice {
     Urgency urgency = Urgency::Normal;
 };
 
-/// The desktop's notifications. The application delegate owns it; main thread only, never waits. Without a notification
-/// service nothing is shown and nothing fails: whatever must reach the user is also an alert.
+/// The desktop's notifications, owned by what tells of recordings. Main thread only, never waits. Without a
+/// notification service nothing is shown and nothing fails: whatever must reach the user is also an alert.
 class UserNotices {
 public:
     virtual ~UserNotices() = default;

@@ -23,8 +23,8 @@ class Popover;
 
 /// The shell of the program: the status item with its icon, menu and popover, and the windows for the settings and the
 /// introduction, each made when it is wanted. What happens in the windows is not its business, nor is what happens when
-/// a recording ends. One per process, owned by main(); main thread. It shows no alerts: without a place for a status
-/// item, the popover's content becomes an ordinary window from which all is reached.
+/// a recording ends. One per process, owned by TrayProgram; main thread. It shows no alerts: without a place for a
+/// status item, the popover's content becomes an ordinary window from which all is reached.
 class AppDelegate final : public QObject {
     Q_OBJECT
 public:
