@@ -98,8 +98,6 @@ protected:
         server->start();
         server->play(u"speakers"_s, tone(440, 120));
         server->play(u"micfeed"_s, tone(1000, 120));
-        server->play(u"speakers"_s, tone(440, 30));
-        server->play(u"micfeed"_s, tone(1000, 30));
     }
     const QString recordings = u"/data/quillet/Recordings"_s;
 };
