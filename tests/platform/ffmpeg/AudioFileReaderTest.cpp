@@ -3,6 +3,7 @@
 #include "capture/DeliveryPool.h"
 #include "storage/m4a/TestRecordings.h"
 #include "support/ThreadConditions.h"
+#include "support/WavFile.h"
 
 #include <gtest/gtest.h>
 
@@ -14,38 +15,9 @@
 #include <numbers>
 #include <numeric>
 #include <sys/stat.h>
-#include <type_traits>
 
 namespace quillet::test {
 namespace {
-
-/// A RIFF file that promises more than there is by so many bytes. Its samples are floats or integers, as given; bytes
-/// may be anything.
-template <typename Sample>
-ByteVector wav(int rateHz, int channels, const std::vector<Sample>& samples, std::size_t missing = 0,
-               std::size_t sampleBytes = sizeof(Sample)) {
-    const auto frameBytes = static_cast<std::size_t>(channels) * sampleBytes;
-    const auto data = std::as_bytes(std::span(samples));
-    const struct {
-        char riff[20] = {'R', 'I', 'F', 'F', '\xFF', '\xFF', '\xFF', '\xFF', 'W',
-                         'A', 'V', 'E', 'f', 'm',    't',    ' ',    16};
-        std::uint16_t format, channels;
-        std::uint32_t rateHz, byteRate;
-        std::uint16_t frameBytes, bits;
-        char data[4] = {'d', 'a', 't', 'a'};
-        std::uint32_t dataBytes;
-    } header{.format = std::is_floating_point_v<Sample> ? std::uint16_t{3} : std::uint16_t{1},
-             .channels = static_cast<std::uint16_t>(channels),
-             .rateHz = static_cast<std::uint32_t>(rateHz),
-             .byteRate = static_cast<std::uint32_t>(static_cast<std::size_t>(rateHz) * frameBytes),
-             .frameBytes = static_cast<std::uint16_t>(frameBytes),
-             .bits = static_cast<std::uint16_t>(8 * sampleBytes),
-             .dataBytes = static_cast<std::uint32_t>(data.size() + missing)};
-    ByteVector file(sizeof header + data.size());
-    std::memcpy(file.data(), &header, sizeof header);
-    std::ranges::copy(data, file.begin() + sizeof header);
-    return file;
-}
 
 /// The same sine in as many channels as there are frequencies.
 std::vector<float> sines(double amplitude, int rateHz, const std::vector<double>& hertz) {
@@ -57,9 +29,9 @@ std::vector<float> sines(double amplitude, int rateHz, const std::vector<double>
     return samples;
 }
 
-std::vector<float> decodeWav(const ByteVector& bytes, int expectedChannels) {
+std::vector<float> decodeWav(const QByteArray& bytes, int expectedChannels) {
     const TemporaryFolder folder;
-    writeFile(folder / "a.wav", bytes);
+    makeFile(folder / "a.wav", bytes);
     const auto reader = openAudioFile(folder / "a.wav");
     EXPECT_TRUE(reader.ok());
     EXPECT_EQ(reader ? (*reader)->channels() : 0, expectedChannels);
@@ -97,7 +69,7 @@ TEST(AudioFileReaderTest, samplesAt48KilohertzPassExactly) {
     expectSameBits(decodeWav(wav(48000, 1, mono24, 0, 3), 1), expected24);
     expectSameBits(decodeWav(wav(48000, 2, floats), 2), expectedFloats); // unclamped
     // Cut off: everything that is there, to the last whole frame.
-    ByteVector cut = wav(48000, 2, stereo16, 1'000'000);
+    QByteArray cut = wav(48000, 2, stereo16, 1'000'000);
     cut.resize(cut.size() - 1);
     expected16.resize(expected16.size() - 2);
     expectSameBits(decodeWav(cut, 2), expected16);
@@ -147,7 +119,7 @@ TEST(AudioFileReaderTest, readsAsManyFramesAsAskedForUntilTheEnd) {
     std::vector<std::int16_t> counted(2 * 20'000);
     std::iota(counted.begin(), counted.end(), std::int16_t{0});
     const TemporaryFolder folder;
-    writeFile(folder / "a.wav", wav(48000, 2, counted));
+    makeFile(folder / "a.wav", wav(48000, 2, counted));
     auto reader = openAudioFile(folder / "a.wav");
     ASSERT_TRUE(reader.ok());
     std::vector<float> piece(2 * 777 + 1);
@@ -160,7 +132,7 @@ TEST(AudioFileReaderTest, readsAsManyFramesAsAskedForUntilTheEnd) {
 
 TEST(AudioFileReaderTest, aDiskThatGoesAwayIsNotTheEndOfTheFile) {
     const TemporaryFolder folder;
-    writeFile(folder / "a.wav", wav(48000, 2, std::vector<std::int16_t>(2 * 100'000)));
+    makeFile(folder / "a.wav", wav(48000, 2, std::vector<std::int16_t>(2 * 100'000)));
     const FailingCall gone{.number = __NR_read, .error = ENODEV};
     for (const bool goesAway : {false, true}) {
         auto reader = openAudioFile(folder / "a.wav");
@@ -184,13 +156,10 @@ TEST(AudioFileReaderTest, aDiskThatGoesAwayIsNotTheEndOfTheFile) {
 }
 
 TEST(AudioFileReaderTest, aTenthOfASecondIsRecognisedWhenItsNameFits) {
-    ByteVector frames(4 * 417); // MPEG-1 layer III, 128 kbit/s, 44.1 kHz, stereo: nothing but headers is silence
-    for (std::size_t frame = 0; frame < 4; ++frame) {
-        constexpr std::array kHeader = {std::byte{0xFF}, std::byte{0xFB}, std::byte{0x90}, std::byte{0}};
-        std::copy(kHeader.begin(), kHeader.end(), frames.begin() + static_cast<std::ptrdiff_t>(frame * 417));
-    }
+    // MPEG-1 layer III, 128 kbit/s, 44.1 kHz, stereo: nothing but headers is silence.
+    const QByteArray frame = QByteArray("\xFF\xFB\x90").leftJustified(417, '\0');
     const TemporaryFolder folder;
-    writeFile(folder / "short.mp3", frames);
+    makeFile(folder / "short.mp3", frame.repeated(4));
     auto reader = openAudioFile(folder / "short.mp3");
     ASSERT_TRUE(reader.ok()) << reader.error().description.toStdString();
     std::vector<float> samples(2 * 48000);
@@ -209,19 +178,17 @@ TEST(AudioFileReaderTest, cutOffRecordingGivesWhatCanBeDecoded) {
 TEST(AudioFileReaderTest, errorsSayWhatIsWrongWithTheFile) {
     const TemporaryFolder folder;
     std::filesystem::create_directory(folder / "folder");
-    writeFile(folder / "empty.wav", {});
-    for (const char* name : {"text.wav", "text.mp3"}) writeFile(folder / name, ByteVector(2000, std::byte{'a'}));
+    makeFile(folder / "empty.wav");
+    for (const char* name : {"text.wav", "text.mp3"}) makeFile(folder / name, QByteArray(2000, 'a'));
     const std::vector<std::int16_t> silence(64'000);
-    ByteVector sound = wav(48000, 1, silence);
-    writeFile(folder / "sound.wav", sound);
+    QByteArray sound = wav(48000, 1, silence);
+    makeFile(folder / "sound.wav", sound);
     sound.resize(30);
-    writeFile(folder / "header.wav", sound);
-    writeFile(folder / "slow.wav", wav(999, 1, silence));
-    writeFile(folder / "wide.wav", wav(48000, 64, silence));
+    makeFile(folder / "header.wav", sound);
+    makeFile(folder / "slow.wav", wav(999, 1, silence));
+    makeFile(folder / "wide.wav", wav(48000, 64, silence));
     // Files that name others must not be followed.
-    const std::string concat = "ffconcat version 1.0\nfile sound.wav\n";
-    const auto listBytes = std::as_bytes(std::span(concat));
-    writeFile(folder / "list.wav", {listBytes.begin(), listBytes.end()});
+    makeFile(folder / "list.wav", "ffconcat version 1.0\nfile sound.wav\n");
     ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
     const struct {
         const char* name;
