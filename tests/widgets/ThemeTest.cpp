@@ -1,26 +1,13 @@
 #include "widgets/Theme.h"
 
+#include "support/Contrast.h"
+
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 
 namespace quillet {
 namespace {
-
-/// WCAG 2.1, relative luminance and contrast ratio.
-double luminance(const QColor& color) {
-    const auto linear = [](double part) {
-        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
-}
-
-double contrast(const QColor& one, const QColor& other) {
-    const double a = luminance(one);
-    const double b = luminance(other);
-    return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
-}
 
 TEST(Theme, everyTextColourCanBeReadOnEveryGround) {
     Theme& theme = Theme::shared();
@@ -29,7 +16,7 @@ TEST(Theme, everyTextColourCanBeReadOnEveryGround) {
         for (const Ink ink :
              {Ink::Label, Ink::Secondary, Ink::Accent, Ink::Red, Ink::Green, Ink::Orange, Ink::Blue, Ink::Purple}) {
             for (const Fill ground : {Fill::Card, Fill::Window}) {
-                EXPECT_GE(contrast(theme.ink(ink), theme.fill(ground)), 4.5)
+                EXPECT_GE(test::contrast(theme.ink(ink), theme.fill(ground)), 4.5)
                     << "ink " << int(ink) << " on " << int(ground) << " in scheme " << int(scheme);
             }
         }

@@ -1,27 +1,15 @@
 #include "platform/linux/desktop/TrayImage.h"
 
+#include "support/Contrast.h"
+
 #include <QPainter>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 
 namespace quillet::test {
 namespace {
-
-double luminance(QRgb colour) {
-    const auto linear = [](int channel) {
-        const double value = channel / 255.0;
-        return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(qRed(colour)) + 0.7152 * linear(qGreen(colour)) + 0.0722 * linear(qBlue(colour));
-}
-
-double contrast(QRgb a, QRgb b) {
-    const auto [darker, lighter] = std::minmax({luminance(a), luminance(b)});
-    return (lighter + 0.05) / (darker + 0.05);
-}
 
 /// A disc with a round hole in it, as most of the symbols are built.
 QIcon holedDisc() {
