@@ -10,18 +10,16 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-class LiveRecordingTest : public testing::TestWithParam<PrivateSoundServer::Kind> {
+class LiveRecordingTest : public LiveServerTest {
 protected:
     void SetUp() override {
-        if (const std::string why = PrivateSoundServer::whyUnavailable(); !why.empty()) GTEST_SKIP() << why;
-        server = std::make_unique<PrivateSoundServer>(GetParam());
-        server->start();
+        LiveServerTest::SetUp();
         quillet.setEnvironment(u"PULSE_SERVER"_s, qEnvironmentVariable("PULSE_SERVER"));
     }
 
-    std::unique_ptr<PrivateSoundServer> server;
     QuilletProcess quillet;
 };
+QUILLET_FOR_BOTH_SERVERS(LiveRecordingTest);
 
 TEST_P(LiveRecordingTest, BothSidesOfAConversationAreInTheFile) {
     server->play(u"speakers"_s, tone(440, 30));
@@ -71,8 +69,8 @@ TEST_P(LiveRecordingTest, WithoutServerOrDevicesTheReasonIsOneSentence) {
     EXPECT_EQ(quillet.run({u"record"_s, u"--system"_s, u"nosuch"_s, u"--duration"_s, u"2"_s}), 1);
     EXPECT_TRUE(quillet.errors.contains(u"no output named “nosuch”"_s)) << quillet.errors.toStdString();
 
-    server->control({u"set-default-source"_s, u"speakers.monitor"_s});
-    server->control({u"unload-module"_s, u"module-remap-source"_s});
+    control("set-default-source speakers.monitor");
+    control("unload-module module-remap-source");
     EXPECT_EQ(quillet.run({u"record"_s, u"--duration"_s, u"2"_s}), 1);
     EXPECT_TRUE(quillet.errors.contains(u"There is no microphone."_s)) << quillet.errors.toStdString();
 
@@ -85,10 +83,6 @@ TEST_P(LiveRecordingTest, WithoutServerOrDevicesTheReasonIsOneSentence) {
     EXPECT_EQ(quillet.errors.count(u'\n'), 1);
     EXPECT_EQ(quillet.run({u"devices"_s}), 1);
 }
-
-INSTANTIATE_TEST_SUITE_P(Servers, LiveRecordingTest,
-                         testing::Values(PrivateSoundServer::Kind::PulseAudio, PrivateSoundServer::Kind::PipeWire),
-                         [](const auto& row) { return std::string(PrivateSoundServer::nameOf(row.param)); });
 
 } // namespace
 } // namespace quillet::test

@@ -4,6 +4,8 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -57,6 +59,24 @@ private:
 
 /// For the names of tests.
 inline void PrintTo(PrivateSoundServer::Kind kind, std::ostream* out) { *out << PrivateSoundServer::nameOf(kind); }
+
+/// Runs each test once per kind of server, or skips it where there are none.
+class LiveServerTest : public testing::TestWithParam<PrivateSoundServer::Kind> {
+protected:
+    void SetUp() override {
+        if (const std::string reason = PrivateSoundServer::whyUnavailable(); !reason.empty()) GTEST_SKIP() << reason;
+        server = std::make_unique<PrivateSoundServer>(GetParam());
+        server->start();
+    }
+    QString control(const char* words) { return server->control(QString::fromLatin1(words).split(QLatin1Char(' '))); }
+
+    std::unique_ptr<PrivateSoundServer> server;
+};
+
+#define QUILLET_FOR_BOTH_SERVERS(Suite)                                                                                \
+    INSTANTIATE_TEST_SUITE_P(                                                                                          \
+        On, Suite, testing::Values(PrivateSoundServer::Kind::PulseAudio, PrivateSoundServer::Kind::PipeWire),          \
+        [](const auto& row) { return PrivateSoundServer::nameOf(row.param); })
 
 /// So many seconds of a mono sine with an amplitude of a quarter.
 [[nodiscard]] std::vector<float> tone(double frequencyHz, double seconds);

@@ -161,22 +161,4 @@ private:
     SerialQueue m_queue{"test.audio-capture"};
 };
 
-/// Runs each test once per kind of server, or skips it where there are none.
-class LiveServerTest : public testing::TestWithParam<PrivateSoundServer::Kind> {
-protected:
-    void SetUp() override {
-        if (const std::string reason = PrivateSoundServer::whyUnavailable(); !reason.empty()) GTEST_SKIP() << reason;
-        server = std::make_unique<PrivateSoundServer>(GetParam());
-        server->start();
-    }
-    QString control(const char* words) { return server->control(QString::fromLatin1(words).split(QLatin1Char(' '))); }
-
-    std::unique_ptr<PrivateSoundServer> server;
-};
-
-#define QUILLET_FOR_BOTH_SERVERS(Suite)                                                                                \
-    INSTANTIATE_TEST_SUITE_P(                                                                                          \
-        On, Suite, testing::Values(PrivateSoundServer::Kind::PulseAudio, PrivateSoundServer::Kind::PipeWire),          \
-        [](const auto& row) { return PrivateSoundServer::nameOf(row.param); })
-
 } // namespace quillet
