@@ -111,12 +111,8 @@ QString PrivateSoundServer::control(const QStringList& arguments) {
 }
 
 std::string PrivateSoundServer::state() {
-    std::string text;
-    for (const QString& what : {u"list short sinks"_s, u"list short sources"_s, u"list short sink-inputs"_s,
-                                u"list short source-outputs"_s, u"info"_s}) {
-        Child child(QStringList{u"pactl"_s} + what.split(u' '));
-        text += what.toStdString() + ":\n" + child.everything().toStdString();
-    }
+    Child child({u"sh"_s, u"-c"_s, u"pactl list short; pactl info"_s});
+    std::string text = child.everything().toStdString();
     for (const char* log : {"wireplumber.log", "pipewire.log", "pipewire-pulse.log", "pulseaudio.log"}) {
         QFile file(m_runtime.filePath(QLatin1String(log)));
         if (!file.open(QIODevice::ReadOnly)) continue;
