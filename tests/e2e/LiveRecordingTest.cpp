@@ -14,7 +14,7 @@ class LiveRecordingTest : public LiveServerTest {
 protected:
     void SetUp() override {
         LiveServerTest::SetUp();
-        quillet.setEnvironment(u"PULSE_SERVER"_s, qEnvironmentVariable("PULSE_SERVER"));
+        quillet.environment.insert(u"PULSE_SERVER"_s, qEnvironmentVariable("PULSE_SERVER"));
     }
 
     QuilletProcess quillet;

@@ -16,8 +16,8 @@ namespace quillet::test {
 class QuilletProcess {
 public:
     QuilletProcess() {
-        m_environment.insert(QStringLiteral("XDG_DATA_HOME"), m_home.filePath(QStringLiteral("data")));
-        m_environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home.filePath(QStringLiteral("config")));
+        environment.insert(QStringLiteral("XDG_DATA_HOME"), m_home.filePath(QStringLiteral("data")));
+        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home.filePath(QStringLiteral("config")));
     }
     ~QuilletProcess() {
         if (process.state() == QProcess::NotRunning) return;
@@ -27,12 +27,11 @@ public:
 
     [[nodiscard]] QString folder(const QString& name = {}) const { return m_home.filePath(name); }
     [[nodiscard]] QString defaultFolder() const { return folder(QStringLiteral("data/quillet/Recordings")); }
-    void setEnvironment(const QString& name, const QString& value) { m_environment.insert(name, value); }
 
     void start(const QStringList& arguments) { startByShell(QStringLiteral("exec \"$@\""), arguments); }
     /// From a shell, as the script's "$@".
     void startByShell(const QString& script, const QStringList& arguments) {
-        process.setProcessEnvironment(m_environment);
+        process.setProcessEnvironment(environment);
         process.start(QStringLiteral("/bin/sh"),
                       QStringList{QStringLiteral("-c"), script, QStringLiteral("sh"), QStringLiteral(QUILLET_BINARY)} +
                           arguments);
@@ -40,7 +39,7 @@ public:
     }
     /// The exit status; -1 when it did not end in time or was killed.
     int finish(int deadlineMs = 60000) {
-        if (!process.waitForFinished(deadlineMs)) return -1;
+        if (process.state() != QProcess::NotRunning && !process.waitForFinished(deadlineMs)) return -1;
         output = QString::fromUtf8(process.readAllStandardOutput());
         errors = QString::fromUtf8(process.readAllStandardError());
         return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
@@ -54,13 +53,13 @@ public:
     }
     [[nodiscard]] QJsonObject json() const { return QJsonDocument::fromJson(output.toUtf8()).object(); }
 
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment(); ///< of what is started next
     QProcess process;
     QString output;
     QString errors;
 
 private:
     QTemporaryDir m_home;
-    QProcessEnvironment m_environment = QProcessEnvironment::systemEnvironment();
 };
 
 } // namespace quillet::test

@@ -25,7 +25,7 @@ protected:
     }
     QString write(const QString& name, const QByteArray& bytes) { return makeFile(quillet.folder(name), bytes); }
 
-    void SetUp() override { quillet.setEnvironment(u"QUILLET_CLOUD_KEY"_s, QString()); }
+    void SetUp() override { quillet.environment.insert(u"QUILLET_CLOUD_KEY"_s, QString()); }
 
     QuilletProcess quillet;
 };
@@ -97,7 +97,7 @@ TEST_F(SummariseCommandTest, TheCloudIsNamedAndItsKeyIsNot) {
     const QString tool = write(u"bin/secret-tool"_s, "#!/bin/sh\nexit 1\n");
     const QFile::Permissions executable = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
     QFile::setPermissions(tool, executable);
-    quillet.setEnvironment(u"PATH"_s, bin + u':' + qEnvironmentVariable("PATH"));
+    quillet.environment.insert(u"PATH"_s, bin + u':' + qEnvironmentVariable("PATH"));
 
     EXPECT_EQ(quillet.run({u"summarise"_s, good}), 1);
     EXPECT_TRUE(quillet.errors.contains(u"QUILLET_CLOUD_KEY"_s)) << quillet.errors.toStdString();
@@ -107,7 +107,7 @@ TEST_F(SummariseCommandTest, TheCloudIsNamedAndItsKeyIsNot) {
     EXPECT_EQ(quillet.run({u"summarise"_s, good}), 0) << quillet.errors.toStdString();
     EXPECT_TRUE(quillet.errors.contains(u"is sent to 127.0.0.1:"_s)) << quillet.errors.toStdString();
 
-    quillet.setEnvironment(u"QUILLET_CLOUD_KEY"_s, u"fr0m-environment"_s);
+    quillet.environment.insert(u"QUILLET_CLOUD_KEY"_s, u"fr0m-environment"_s);
     EXPECT_EQ(quillet.run({u"summarise"_s, good}), 0);
     EXPECT_FALSE((quillet.errors + quillet.output).contains(u"fr0m"_s));
     ASSERT_EQ(server.requests().size(), 2U);

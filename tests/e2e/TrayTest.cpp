@@ -24,12 +24,6 @@ protected:
         if (!why.empty()) GTEST_SKIP() << why;
         desktop = std::make_unique<PrivateDesktop>();
     }
-    ~TrayTest() override {
-        if (program.state() == QProcess::NotRunning) return;
-        program.kill();
-        program.waitForFinished();
-    }
-
     [[nodiscard]] QProcessEnvironment environment() const {
         QProcessEnvironment all = desktop->environment();
         all.insert(u"LC_ALL"_s, u"C.UTF-8"_s); // windows are found by their titles
@@ -38,24 +32,18 @@ protected:
         return all;
     }
     void start(const QStringList& arguments = {}) {
-        program.setProcessEnvironment(environment());
-        program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        program.start(QStringLiteral(QUILLET_BINARY), arguments);
-        ASSERT_TRUE(program.waitForStarted());
+        program.environment = environment();
+        program.process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        program.start(arguments);
     }
     /// Another start of the program beside the running one; what it prints.
     QString quillet(const QStringList& arguments) const {
-        QProcess other;
-        other.setProcessEnvironment(environment());
-        other.start(QStringLiteral(QUILLET_BINARY), arguments);
-        EXPECT_TRUE(other.waitForFinished(20000));
-        EXPECT_EQ(other.exitCode(), 0) << other.readAllStandardError().toStdString();
-        return QString::fromUtf8(other.readAllStandardOutput()).trimmed();
+        QuilletProcess other;
+        other.environment = environment();
+        EXPECT_EQ(other.run(arguments, 20000), 0) << other.errors.toStdString();
+        return other.output.trimmed();
     }
-    [[nodiscard]] bool ends(int deadlineMs = 10000) {
-        return waitFor([this] { return program.state() == QProcess::NotRunning || program.waitForFinished(20); },
-                       deadlineMs);
-    }
+    [[nodiscard]] bool ends() { return program.finish(10000) != -1; }
     [[nodiscard]] QStringList files(const QString& folder, const QString& pattern) const {
         return QDir(desktop->home() + folder).entryList({pattern}, QDir::Files);
     }
@@ -79,14 +67,13 @@ protected:
         std::this_thread::sleep_for(1s); // the panel asks for the menu before it opens
         desktop->keepPicture(picture);
         desktop->press(u"Up Return"_s);
-        ASSERT_TRUE(ends());
-        EXPECT_EQ(program.exitCode(), 0);
+        EXPECT_EQ(program.finish(10000), 0);
     }
 
     std::unique_ptr<PrivateDesktop> desktop;
     std::unique_ptr<PrivateSoundServer> server;
     QProcessEnvironment surroundings; ///< what a test has otherwise than usual
-    QProcess program;
+    QuilletProcess program;
 };
 
 class TrayWithSoundTest : public TrayTest {
@@ -214,7 +201,6 @@ TEST_F(TrayTest, oddSurroundingsDoNoHarm) {
         EXPECT_TRUE(desktop->waitForWindow(u"Quillet Settings"_s)) << name;
         quillet({u"--quit"_s});
         EXPECT_TRUE(ends()) << name;
-        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit) << name;
         EXPECT_TRUE(desktop->waitForWindow(u"Quillet Settings"_s, false)) << name;
     }
 }
@@ -249,14 +235,14 @@ TEST_F(TrayWithSoundTest, quittingInTheMiddleOfARecordingLosesNothing) {
     EXPECT_TRUE(waitFor([&] { return decode(file).size() + 2 * kEncoderDelay >= unfinished.size(); }));
     const auto quits = [this] { // it can be told only once it has its place
         quillet({u"--quit"_s});
-        return program.waitForFinished(500);
+        return program.finish(500) == 0;
     };
     EXPECT_TRUE(waitFor(quits, 15000));
 }
 
 TEST_F(TrayWithSoundTest, theEndOfTheSessionFinishesTheRecording) {
     const std::pair<const char*, std::function<void()>> rows[] = {
-        {"the process is asked to end", [this] { program.terminate(); }},
+        {"the process is asked to end", [this] { program.process.terminate(); }},
         {"the display goes away", [this] { desktop->stopScreen(); }}};
     qsizetype recorded = 0;
     quillet({u"settings"_s, u"set"_s, u"corvane.autoCreateNote"_s, u"true"_s});
@@ -285,15 +271,11 @@ TEST(TrayWithoutDisplay, saysSoAndPointsToTheHeadlessCommand) {
         {"a Wayland compositor that is gone", u"WAYLAND_DISPLAY"_s, u"nowhere"_s},
         {"Wayland without one", u"QT_QPA_PLATFORM"_s, u"wayland"_s}};
     for (const auto& [name, variable, value] : rows) {
-        QProcess program;
-        QProcessEnvironment environment = none;
-        environment.insert(variable, value);
-        program.setProcessEnvironment(environment);
-        program.start(QStringLiteral(QUILLET_BINARY), QStringList());
-        ASSERT_TRUE(program.waitForFinished()) << name;
-        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit) << name;
-        EXPECT_EQ(program.exitCode(), 1) << name;
-        EXPECT_THAT(program.readAllStandardError().toStdString(), testing::HasSubstr("quillet record")) << name;
+        QuilletProcess program;
+        program.environment = none;
+        program.environment.insert(variable, value);
+        EXPECT_EQ(program.run({}), 1) << name;
+        EXPECT_THAT(program.errors.toStdString(), testing::HasSubstr("quillet record")) << name;
     }
 }
 
