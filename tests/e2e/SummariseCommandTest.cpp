@@ -156,8 +156,6 @@ TEST_F(SummariseCommandTest, TheCheckSaysWhetherTheModelAnswers) {
     setUp(server);
     EXPECT_EQ(quillet.run({u"summarise"_s, u"--check"_s}), 0) << quillet.errors.toStdString();
     EXPECT_TRUE(quillet.output.startsWith(u"“small” at 127.0.0.1:"_s)) << quillet.output.toStdString();
-    EXPECT_EQ(quillet.run({u"settings"_s, u"set"_s, u"corvane.localModelAddress"_s, u"http://192.168.0.2:11434"_s}), 2)
-        << "another machine is no local one";
     quillet.set(u"corvane.localModelAddress"_s, u"http://127.0.0.1:1"_s);
     EXPECT_EQ(quillet.run({u"summarise"_s, u"--check"_s}), 1);
 }
