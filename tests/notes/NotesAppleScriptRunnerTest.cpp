@@ -8,9 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <gmock/gmock.h>
-#include <thread>
 
 namespace quillet {
 namespace {
@@ -159,22 +157,13 @@ TEST_F(NotesAppleScriptRunnerTest, AListWithoutItemsStopsTheProcess) {
 TEST_F(NotesAppleScriptRunnerTest, WorkersWaitForTheirScriptOnTheMainThread) {
     AppleNotesApplication application(runner, [] { return true; });
     answerWithList(1, {item(fourCharCode("utxt"), text("Work"))});
-    std::atomic<bool> done = false;
-    std::vector<QString> folders;
-    NotesAccess access = NotesAccess::NotDetermined;
-    NoteOutcome outcome;
-    std::thread worker([&] {
-        folders = application.fetchFolders();
-        access = application.probeAccess();
+    NoteOutcome outcome = test::onWorker([&] {
+        EXPECT_THAT(application.fetchFolders(), ElementsAre(text("Work")));
+        EXPECT_EQ(application.probeAccess(), NotesAccess::Granted);
         static_cast<void>(application.requestAccess());
         static_cast<void>(application.testFolderConnection(text("Work")));
-        outcome = application.createNoteWithAttachment({"/r/Ü.m4a", text("T"), text("B"), std::nullopt});
-        done = true;
+        return application.createNoteWithAttachment({"/r/Ü.m4a", text("T"), text("B"), std::nullopt});
     });
-    ASSERT_TRUE(test::waitFor([&] { return done.load(); }));
-    worker.join();
-    EXPECT_THAT(folders, ElementsAre(text("Work")));
-    EXPECT_EQ(access, NotesAccess::Granted);
     EXPECT_TRUE(outcome.success && outcome.reason.isEmpty());
     EXPECT_EQ(host->sources.size(), 5U);
     EXPECT_TRUE(lastSource().startsWith(text("set theFile to POSIX file \"/r/Ü.m4a\"")));

@@ -98,13 +98,11 @@ TEST(MainThreadTest, WeakClosuresAreDroppedAndWaitingOnesRunOnTheMainThread) {
     processEvents();
     EXPECT_EQ(ran, 1);
 
-    std::atomic<bool> done = false;
-    std::thread worker([&] {
-        MainThread::runAndWait([&] { EXPECT_TRUE(MainThread::isCurrent()); });
-        done = true;
-    });
-    EXPECT_TRUE(waitFor([&] { return done.load(); }));
-    worker.join();
+    EXPECT_TRUE(onWorker([] {
+        bool ranThere = false;
+        MainThread::runAndWait([&] { ranThere = MainThread::isCurrent(); });
+        return ranThere;
+    }));
 }
 
 TEST(MainThreadTest, ClosuresOfManyThreadsRunInOrderAlsoInNestedLoops) {

@@ -6,26 +6,9 @@
 
 #include <QTemporaryDir>
 
-#include <atomic>
-#include <thread>
-
 namespace quillet::test {
 
 inline QString u(const char* text) { return QString::fromUtf8(text); }
-
-/// Makes the call on a worker thread, as the product does, while the main thread's events run.
-template <typename Call>
-auto onWorker(Call call) {
-    decltype(call()) result{};
-    std::atomic<bool> done = false;
-    std::thread worker([&] {
-        result = call();
-        done = true;
-    });
-    waitFor([&done] { return done.load(); }, 100'000);
-    worker.join();
-    return result;
-}
 
 /// What a user of Joplin's has on this machine, and a recording.
 class JoplinUser {
