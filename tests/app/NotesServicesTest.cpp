@@ -5,9 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <thread>
-
 namespace quillet {
 namespace {
 
@@ -28,26 +25,20 @@ TEST(NotesServicesTest, AChoiceOfTheNotesApplicationCountsAtOnce) {
 TEST(NotesServicesTest, WaitingForTheUserOfJoplinCanBeEnded) {
     using test::FakeService;
     int looks = 0;
-    FakeService joplin([&looks](const FakeService::Request& request) -> FakeService::Answer {
-        if (request.path == QStringLiteral("/auth")) return {.body = R"({"auth_token":"one"})", .header = {}};
-        if (!request.query.hasQueryItem(QStringLiteral("auth_token"))) return FakeService::asJoplin(request);
+    FakeService joplin(FakeService::asking([&looks] {
         ++looks;
-        return {.body = R"({"status":"waiting"})", .header = {}};
-    });
+        return FakeService::Answer{.body = R"({"status":"waiting"})"};
+    }));
     MemoryUserDefaults defaults;
     defaults.set(DefaultsKeys::notesApplication, QStringLiteral("joplin"));
     defaults.set(DefaultsKeys::joplinPort, QString::number(joplin.serverPort()));
     const auto notes = makeNotesApplication(defaults);
-    std::atomic<bool> isAnswered = false;
-    std::thread worker([&] {
-        EXPECT_FALSE(notes->requestAccess());
-        isAnswered = true;
-    });
+    auto answer = std::async(std::launch::async, [&] { return notes->requestAccess(); });
     EXPECT_TRUE(test::waitFor([&] { return looks > 0; }));
     notes->cancelRequest();
-    EXPECT_TRUE(test::waitFor([&] { return isAnswered.load(); }));
+    EXPECT_TRUE(test::waitFor([&] { return test::isReady(answer); }));
     joplin.die();
-    worker.join();
+    EXPECT_FALSE(answer.get());
 }
 
 TEST(NotesServicesTest, AVaultThatIsGoneIsAFailureAndTheNoteIsKeptForLater) {

@@ -1,9 +1,7 @@
 #include "support/ChatServer.h"
 
-#include <QHash>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QTcpServer>
 #include <QTcpSocket>
 #include <QTimer>
 
@@ -76,6 +74,44 @@ QByteArray chunked(const QByteArray& bytes) {
     return all;
 }
 
+/// A whole answer in JSON.
+HttpService::Answer reply(int status, const QByteArray& body, const QByteArray& header = {}) {
+    return {.status = status, .body = body, .header = header + "Content-Type: application/json\r\n"};
+}
+
+HttpService::Answer stream(const QByteArray& body, std::function<void(QTcpSocket&)> next = {}) {
+    return {.kind = HttpService::Answer::Kind::Stream,
+            .body = body,
+            .header = "Content-Type: text/event-stream\r\n",
+            .next = std::move(next)};
+}
+
+void trickle(QTcpSocket& socket, const QString& text) {
+    auto* const timer = new QTimer(&socket);
+    QObject::connect(timer, &QTimer::timeout, &socket, [&socket, text] {
+        socket.write(chunked(chunkEvent({{u"content"_s, text}}, QJsonValue::Null)));
+    });
+    timer->start(100);
+}
+
+HttpService::Answer asHttp(const ChatServer::Answer& said, bool isStreamed) {
+    switch (said.kind) {
+    case ChatServer::Answer::Kind::Raw:
+        return reply(said.status, said.text.toUtf8(), said.header);
+    case ChatServer::Answer::Kind::Model:
+        return isStreamed ? stream(chunked(events(said)) + "0\r\n\r\n") : reply(200, whole(said));
+    case ChatServer::Answer::Kind::Breaking: {
+        const QByteArray all = chunked(events(said));
+        return stream(all.left(all.size() / 2), [](QTcpSocket& socket) { socket.disconnectFromHost(); });
+    }
+    case ChatServer::Answer::Kind::Trickling:
+        return stream({}, [text = said.text](QTcpSocket& socket) { trickle(socket, text); });
+    case ChatServer::Answer::Kind::Never:
+        break;
+    }
+    return {.kind = HttpService::Answer::Kind::Stall};
+}
+
 } // namespace
 
 QString ChatServer::Request::prompt() const {
@@ -84,108 +120,16 @@ QString ChatServer::Request::prompt() const {
 
 qsizetype ChatServer::Request::messages() const { return body[QLatin1String("messages")].toArray().size(); }
 
-class ChatServer::Connections : public QTcpServer {
-public:
-    explicit Connections(ChatServer& owner) : m_owner(owner) {
-        connect(this, &QTcpServer::newConnection, this, [this] {
-            while (QTcpSocket* const socket = nextPendingConnection()) {
-                connect(socket, &QTcpSocket::readyRead, this, [this, socket] { read(socket); });
-                connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
-                    m_pending.remove(socket);
-                    socket->deleteLater();
-                });
-            }
-        });
-    }
-
-private:
-    void read(QTcpSocket* socket) {
-        QByteArray& pending = m_pending[socket];
-        pending += socket->readAll();
-        const qsizetype headEnd = pending.indexOf("\r\n\r\n");
-        if (headEnd < 0) return;
-        qsizetype length = 0;
-        Request request;
-        const QByteArrayList lines = pending.left(headEnd).split('\n');
-        for (const QByteArray& line : lines) {
-            const QByteArray name = line.left(line.indexOf(':')).toLower();
-            const QByteArray value = line.mid(line.indexOf(':') + 1).trimmed();
-            if (name == "content-length") length = value.toLongLong();
-            if (name == "authorization") request.authorisation = value;
-        }
-        if (pending.size() < headEnd + 4 + length) return;
-        const QByteArray body = pending.mid(headEnd + 4, length);
-        pending.clear();
-        if (!lines[0].startsWith("POST /v1/chat/completions HTTP/1.1"))
-            return send(socket, 404, errorBody(u"not_found"_s, u"no such path"_s), {});
-        request.body = QJsonDocument::fromJson(body).object();
-        if (const QString wrong = whatIsWrong(request.body); !wrong.isEmpty())
-            return send(socket, 400, errorBody(u"invalid_request_error"_s, wrong), {});
-        answer(socket, request, body.size());
-    }
-
-    void answer(QTcpSocket* socket, const Request& request, qsizetype bodyBytes) {
-        {
-            const std::lock_guard lock(m_owner.m_mutex);
-            m_owner.m_requests.push_back(request);
-        }
-        // A token of English is four bytes, and the answer has to find room too.
-        const auto replyTokens = request.body[QLatin1String("max_tokens")].toInt(0);
-        if (m_owner.m_contextTokens && bodyBytes / 4 + replyTokens > *m_owner.m_contextTokens)
-            return send(socket, 400, errorBody(u"context_length_exceeded"_s, u"the context is full"_s), {});
-        const Answer said = m_owner.m_script(request);
-        switch (said.kind) {
-        case Answer::Kind::Never:
-            return;
-        case Answer::Kind::Raw:
-            return send(socket, said.status, said.text.toUtf8(), said.header);
-        case Answer::Kind::Model:
-            if (!request.isStreamed()) return send(socket, 200, whole(said), {});
-            begin(socket);
-            socket->write(chunked(events(said)) + "0\r\n\r\n");
-            return;
-        case Answer::Kind::Breaking: {
-            begin(socket);
-            const QByteArray all = chunked(events(said));
-            socket->write(all.left(all.size() / 2));
-            return socket->disconnectFromHost();
-        }
-        case Answer::Kind::Trickling: {
-            begin(socket);
-            auto* const timer = new QTimer(socket);
-            connect(timer, &QTimer::timeout, socket, [socket, text = said.text] {
-                socket->write(chunked(chunkEvent({{u"content"_s, text}}, QJsonValue::Null)));
-            });
-            return timer->start(100);
-        }
-        }
-    }
-
-    static void begin(QTcpSocket* socket) {
-        socket->write("HTTP/1.1 200 OK\r\nContent-Type: text/event-stream\r\nTransfer-Encoding: chunked\r\n\r\n");
-    }
-    static void send(QTcpSocket* socket, int status, const QByteArray& body, const QByteArray& header) {
-        socket->write("HTTP/1.1 " + QByteArray::number(status) + " Whatever\r\n" + header +
-                      "Content-Type: application/json\r\nContent-Length: " + QByteArray::number(body.size()) +
-                      "\r\n\r\n" + body);
-    }
-
-    ChatServer& m_owner;
-    QHash<QTcpSocket*, QByteArray> m_pending;
-};
-
 ChatServer::ChatServer(Script script, std::optional<int> contextTokens)
     : m_script(std::move(script)), m_contextTokens(contextTokens) {
-    auto* const connections = new Connections(*this);
-    if (!connections->listen(QHostAddress::LocalHost)) qFatal("no port to listen on");
-    m_port = connections->serverPort();
-    connections->moveToThread(&m_thread);
-    QObject::connect(&m_thread, &QThread::finished, connections, &QObject::deleteLater);
+    auto* const service = new HttpService([this](const HttpService::Request& request) { return answer(request); });
+    m_port = service->serverPort();
+    service->moveToThread(&m_thread);
+    QObject::connect(&m_thread, &QThread::finished, service, &QObject::deleteLater);
     // The thread sanitizer does not see Qt's own wait for a thread, but it sees a lock that passes from one to the
     // other.
     QObject::connect(
-        &m_thread, &QThread::finished, connections, [this] { const std::lock_guard lock(m_mutex); },
-        Qt::DirectConnection);
+        &m_thread, &QThread::finished, service, [this] { const std::lock_guard lock(m_mutex); }, Qt::DirectConnection);
     m_thread.start();
 }
 
@@ -193,6 +137,23 @@ ChatServer::~ChatServer() {
     m_thread.quit();
     m_thread.wait();
     const std::lock_guard lock(m_mutex);
+}
+
+HttpService::Answer ChatServer::answer(const HttpService::Request& http) {
+    if (http.verb != "POST" || http.path != u"/v1/chat/completions" || !http.query.isEmpty())
+        return reply(404, errorBody(u"not_found"_s, u"no such path"_s));
+    const Request request{http.headers.value("authorization"), QJsonDocument::fromJson(http.body).object()};
+    if (const QString wrong = whatIsWrong(request.body); !wrong.isEmpty())
+        return reply(400, errorBody(u"invalid_request_error"_s, wrong));
+    {
+        const std::lock_guard lock(m_mutex);
+        m_requests.push_back(request);
+    }
+    // A token of English is four bytes, and the answer has to find room too.
+    const auto replyTokens = request.body[QLatin1String("max_tokens")].toInt(0);
+    if (m_contextTokens && http.bodyBytes / 4 + replyTokens > *m_contextTokens)
+        return reply(400, errorBody(u"context_length_exceeded"_s, u"the context is full"_s));
+    return asHttp(m_script(request), request.isStreamed());
 }
 
 std::vector<ChatServer::Request> ChatServer::requests() const {

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QByteArray>
+#include "support/HttpService.h"
+
 #include <QJsonObject>
 #include <QString>
 #include <QThread>
@@ -51,8 +52,7 @@ public:
     [[nodiscard]] std::vector<Request> requests() const;
 
 private:
-    class Connections;
-    friend class Connections;
+    HttpService::Answer answer(const HttpService::Request& http);
 
     QThread m_thread;
     const Script m_script;

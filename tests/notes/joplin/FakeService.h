@@ -1,77 +1,20 @@
 #pragma once
 
-#include <QByteArray>
-#include <QHash>
-#include <QTcpServer>
-#include <QUrl>
-#include <QUrlQuery>
-
-#include <functional>
-#include <set>
-#include <vector>
-
-class QTcpSocket;
+#include "support/HttpService.h"
 
 namespace quillet::test {
 
-/// Something on a port of this machine that takes requests and answers as the test's script says: as Joplin would, or
-/// worse. Main thread, whose events have to run.
-class FakeService : public QTcpServer {
+/// Joplin's service, or worse.
+class FakeService : public HttpService {
 public:
-    struct Request {
-        QByteArray verb;
-        QString path;
-        QUrlQuery query;
-        QByteArray body;      ///< the beginning of a long one
-        qint64 bodyBytes = 0; ///< how many have arrived
-    };
-    struct Answer {
-        enum class Kind { Reply, Stall, Close, Die } kind = Kind::Reply;
-        int status = 200;
-        QByteArray body;
-        QByteArray header; ///< one more line
-    };
-    using Script = std::function<Answer(const Request&)>;
+    using HttpService::HttpService;
 
     static constexpr const char* kToken = "s3cret/token+of=Joplin&";
 
-    explicit FakeService(Script script);
-    ~FakeService() override;
-
     /// What Joplin with no notes and one folder, "Work", says to a user of the token.
     static Answer asJoplin(const Request& request);
-
-    /// Stops listening and drops all connections.
-    void die();
-    /// Listens again on the same port.
-    void revive();
-
-    /// Reads so much more of an upload that it stalls.
-    void letOn(qint64 bytes);
-
-    /// "POST /notes", in the order of arrival.
-    [[nodiscard]] QStringList journal() const;
-    [[nodiscard]] int count(const QString& line) const { return static_cast<int>(journal().count(line)); }
-
-    Script script;
-    qint64 dieAfterBodyBytes = -1;   ///< of an upload; -1 for never
-    qint64 stallAfterBodyBytes = -1; ///< stops reading there
-    std::vector<Request> requests;   ///< as far as they came
-    QByteArray received;             ///< the beginning of everything
-
-private:
-    struct Connection {
-        QByteArray pending;
-        bool inBody = false;
-        qint64 expected = 0;
-        std::size_t request = 0;
-    };
-    void read(QTcpSocket* socket);
-    bool readHead(Connection& connection);
-    void answer(QTcpSocket* socket, const Request& request);
-
-    QHash<QTcpSocket*, Connection> m_connections;
-    quint16 m_port = 0;
+    /// The same, where a look at an open request to be let in brings what the test says.
+    static Script asking(std::function<Answer()> look);
 };
 
 } // namespace quillet::test

@@ -53,15 +53,6 @@ protected:
             std::ranges::find(service.requests.rbegin(), service.requests.rend(), u("/resources"), &Request::path);
         return upload == service.requests.rend() ? 0 : upload->bodyBytes;
     }
-    /// What a look at an open request to be let in brings.
-    void letLooksBring(std::function<Answer()> look) {
-        service.script = [look = std::move(look)](const Request& request) {
-            if (request.path == u"/auth") return reply(200, R"({"auth_token":"one"})");
-            if (!request.query.hasQueryItem(u("auth_token"))) return FakeService::asJoplin(request);
-            EXPECT_EQ(request.query.queryItemValue(u("auth_token")), u("one"));
-            return look();
-        };
-    }
     static void expectNoSecret(const QString& sentence) {
         EXPECT_TRUE(sentence.endsWith(u'.')) << qPrintable(sentence);
         for (const char* secret : {"s3cret", "http", "127.0.0.1", "token"})
@@ -77,9 +68,9 @@ protected:
 TEST_F(JoplinFaultsTest, everyBadAnswerToEveryStepEndsInASentenceAndATidyService) {
     const QByteArray leak = "{\"error\":\"Invalid token s3cret at http://127.0.0.1\"}";
     const std::pair<const char*, Answer> faults[] = {
-        {"stalls", {Answer::Kind::Stall, 0, {}, {}}},
-        {"closes", {Answer::Kind::Close, 0, {}, {}}},
-        {"dies", {Answer::Kind::Die, 0, {}, {}}},
+        {"stalls", {Answer::Kind::Stall}},
+        {"closes", {Answer::Kind::Close}},
+        {"dies", {Answer::Kind::Die}},
         {"garbage", reply(200, "<html>\0\xff")},
         {"empty", reply(200, {})},
         {"another item", reply(200, "{\"id\":\"0123456789abcdef0123456789abcdef\",\"items\":7,\"valid\":\"yes\"}")},
@@ -120,11 +111,11 @@ TEST_F(JoplinFaultsTest, theTokenGoesToJoplinOnly) {
     const std::pair<const char*, Answer> strangers[] = {
         {"something else", reply(200, "It works!")},
         {"a boaster", reply(200, "JoplinClipperServer2")},
-        {"silent", {Answer::Kind::Stall, 0, {}, {}}},
+        {"silent", {Answer::Kind::Stall}},
         {"redirecting",
          reply(302, {}, "Location: http://127.0.0.1:" + QByteArray::number(joplin.serverPort()) + "/ping\r\n")},
         {"endless", reply(200, QByteArray(10'000'000, 'x'))},
-        {"closing", {Answer::Kind::Close, 0, {}, {}}},
+        {"closing", {Answer::Kind::Close}},
         {"not found", reply(404, "JoplinClipperServer")},
     };
     for (const auto& [name, stranger] : strangers) {
@@ -216,7 +207,7 @@ TEST_F(JoplinFaultsTest, anHourOfSoundPassesThroughLittleMemory) {
 }
 
 TEST_F(JoplinFaultsTest, whatALostAnswerLeftBehindIsCompletedNotDoubled) {
-    spoil(u("PUT /notes/"), {Answer::Kind::Die, 0, {}, {}});
+    spoil(u("PUT /notes/"), {Answer::Kind::Die});
     EXPECT_FALSE(create(user.draft()).success);
     const QStringList puts = service.journal().filter(u("PUT "));
     ASSERT_FALSE(puts.isEmpty());
@@ -288,7 +279,7 @@ TEST_F(JoplinFaultsTest, consentEndsWithoutARefusalWhenNobodyAnswers) {
     EXPECT_TRUE(create(user.draft()).isAutomationDenied);
     int polls = 0;
     Answer later = kWaiting;
-    letLooksBring([&] { return ++polls == 2 ? later : kWaiting; });
+    service.script = FakeService::asking([&] { return ++polls == 2 ? later : kWaiting; });
     JoplinNotesApplication application(user.secrets(), options());
     const auto request = [&] { return onWorker([&] { return application.requestAccess(); }); };
 
@@ -313,22 +304,20 @@ TEST_F(JoplinFaultsTest, theUserIsAskedOnceForTwoWhoWantToKnow) {
     keepToken({});
     std::atomic<bool> accepts = false;
     std::atomic<int> polls = 0;
-    letLooksBring([&] {
+    service.script = FakeService::asking([&] {
         ++polls;
         return accepts ? kAccepted : kWaiting;
     });
     JoplinOptions patient = options();
     patient.consentLimit = milliseconds(60'000);
     JoplinNotesApplication application(user.secrets(), patient);
-    std::atomic<bool> otherAnswer = false;
-    std::thread other([&] {
+    auto other = std::async(std::launch::async, [&] {
         while (polls < 1) std::this_thread::yield();
         accepts = true;
-        otherAnswer = application.requestAccess();
+        return application.requestAccess();
     });
     EXPECT_TRUE(onWorker([&] { return application.requestAccess(); }));
-    EXPECT_TRUE(waitFor([&] { return otherAnswer.load(); }));
-    other.join();
+    EXPECT_TRUE(waitFor([&] { return isReady(other); }) && other.get());
     EXPECT_EQ(service.count(u("POST /auth")), 1);
 }
 
