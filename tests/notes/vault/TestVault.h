@@ -10,6 +10,8 @@
 
 namespace quillet::test {
 
+inline QString u(const char* text) { return QString::fromUtf8(text); }
+
 /// A vault and a recording, side by side in a folder that holds nothing else.
 class VaultTest : public testing::Test {
 protected:
@@ -24,7 +26,7 @@ protected:
         return bytes;
     }
     QString path(const QString& relative) const { return m_folder.filePath(relative); }
-    QString path(const char* relative) const { return path(QString::fromUtf8(relative)); }
+    QString path(const char* relative) const { return path(u(relative)); }
     static void write(const QString& file, const QByteArray& bytes) { makeFile(file, bytes); }
     static QByteArray read(const QString& file) { return contentsOf(file); }
     QByteArray read(const char* relative) const { return read(path(relative)); }

@@ -11,8 +11,6 @@
 namespace quillet::test {
 namespace {
 
-QString u(const char* text) { return QString::fromUtf8(text); }
-
 constexpr int kNoSuchService = EOPNOTSUPP;
 const FailingCall kNoNamelessFiles{__NR_openat, kNoSuchService, 2, O_TMPFILE & ~O_DIRECTORY};
 const FailingCall kNoHardLinks{__NR_linkat, EPERM};

@@ -11,8 +11,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-QString u(const char* text) { return QString::fromUtf8(text); }
-
 TEST_F(VaultTest, noteHasHeadingPlayerAndBulletsAndIsItsOwnersOnly) {
     const QString theirs =
         u("Žluťoučký 漢字 😀 ‏שלום‏\r\n![x](file:///etc/passwd) <img src=\"http://x\"> ```\n")
