@@ -13,14 +13,11 @@
 
 #include <fstream>
 #include <memory>
-#include <span>
-#include <utility>
-#include <vector>
 
 namespace quillet::test {
 
 /// Everything that the popover and the shell work on, with fakes where the machine begins.
-struct Desk {
+struct Desk : FakeMachine {
     QTemporaryDir folder;
     MemoryUserDefaults defaults;
     NotificationCenter notifications;
@@ -30,12 +27,6 @@ struct Desk {
     std::shared_ptr<FakePermissionServices> permissionServices = std::make_shared<FakePermissionServices>();
     std::shared_ptr<FakeNotesApplication> notes = std::make_shared<FakeNotesApplication>();
     std::shared_ptr<PermissionManager> permissions = PermissionManager::create(permissionServices, notes, defaults);
-    std::shared_ptr<FakeMicrophone> microphone = std::make_shared<FakeMicrophone>();
-    std::shared_ptr<FakeSystemAudio> systemAudio = std::make_shared<FakeSystemAudio>();
-    std::shared_ptr<FakeWriters> writers = std::make_shared<FakeWriters>();
-    std::shared_ptr<FakeHost> host = std::make_shared<FakeHost>();
-    std::shared_ptr<AudioCaptureEngine> engine =
-        AudioCaptureEngine::create({.systemAudio = systemAudio, .microphone = microphone, .writers = writers}, host);
     RecordingControl control{engine};
 
     Desk() {
@@ -58,20 +49,11 @@ struct Desk {
                                                                .files = files,
                                                                .defaults = kept});
     }
-    /// Both sources deliver the same stretch of time, each at one constant level, as devices do: bit by bit.
-    void deliver(std::int64_t firstFrame, std::int64_t frames, float system, float microphoneLevel) {
+    /// As devices do: bit by bit.
+    void deliver(std::int64_t firstFrame, std::int64_t frames, float system, float mic) const {
         constexpr std::int64_t kBit = 4800;
-        for (std::int64_t at = firstFrame; at < firstFrame + frames; at += kBit) {
-            const HostFramePos position{FrameCount(48'000 + at)};
-            const MediaTime time = at == 0 ? MediaTime::atFrame(position) : MediaTime::insideFrame(position);
-            engine->queue().sync([&] {
-                for (const auto& [handler, level] :
-                     {std::pair(&systemAudio->handler, system), std::pair(&microphone->handler, microphoneLevel)}) {
-                    const std::vector<float> stereo(2 * kBit, level);
-                    if (*handler) (*handler)({std::as_bytes(std::span(stereo)), &kInterleavedStereoFloat, time, kBit});
-                }
-            });
-        }
+        for (std::int64_t at = firstFrame; at < firstFrame + frames; at += kBit)
+            FakeMachine::deliver(at, kBit, system, mic);
     }
     [[nodiscard]] bool becomesRecording(bool recording) const {
         return waitFor([&] { return engine->isRecording.value() == recording; });

@@ -11,7 +11,7 @@ namespace {
 
 using testing::ElementsAre;
 
-class AudioCaptureEngineTest : public testing::Test {
+class AudioCaptureEngineTest : public testing::Test, protected FakeMachine {
 protected:
     ~AudioCaptureEngineTest() override {
         engine.reset();
@@ -35,24 +35,8 @@ protected:
         engine->waitUntilFinished();
         settle();
     }
-    /// Both sources deliver the same stretch of time.
-    void deliver(std::int64_t firstFrame, std::int64_t frames) {
-        engine->queue().sync([&] {
-            const std::vector<float> stereo(static_cast<std::size_t>(2 * frames), 0.25F);
-            const HostFramePos at{FrameCount(48000 + firstFrame)};
-            const MediaTime time = firstFrame == 0 ? MediaTime::atFrame(at) : MediaTime::insideFrame(at);
-            const SampleBuffer buffer{std::as_bytes(std::span(stereo)), &kInterleavedStereoFloat, time, frames};
-            if (systemAudio->handler) systemAudio->handler(buffer);
-            if (microphone->handler) microphone->handler(buffer);
-        });
-    }
+    void renew() { static_cast<FakeMachine&>(*this) = {}; }
     const FakeWriters::File& file(std::size_t index = 0) { return *writers->files.at(index); }
-
-    std::shared_ptr<FakeMicrophone> microphone = std::make_shared<FakeMicrophone>();
-    std::shared_ptr<FakeSystemAudio> systemAudio = std::make_shared<FakeSystemAudio>();
-    std::shared_ptr<FakeWriters> writers = std::make_shared<FakeWriters>();
-    std::shared_ptr<FakeHost> host = std::make_shared<FakeHost>();
-    std::shared_ptr<AudioCaptureEngine> engine = AudioCaptureEngine::create({systemAudio, microphone, writers}, host);
 };
 
 TEST_F(AudioCaptureEngineTest, ARecordingEndsInItsFileItsLogLineItsNoticeAndItsNote) {
@@ -122,10 +106,7 @@ TEST_F(AudioCaptureEngineTest, EveryFailureToStartIsSaidAndLeavesNothingRunning)
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.error);
-        microphone = std::make_shared<FakeMicrophone>();
-        systemAudio = std::make_shared<FakeSystemAudio>();
-        host = std::make_shared<FakeHost>();
-        engine = AudioCaptureEngine::create({systemAudio, microphone, writers}, host);
+        renew();
         row.arrange();
 
         start();
@@ -138,19 +119,18 @@ TEST_F(AudioCaptureEngineTest, EveryFailureToStartIsSaidAndLeavesNothingRunning)
         auto journal = host->journal();
         std::erase(journal, "starts in /recordings");
         EXPECT_EQ(journal, row.alerts);
+        EXPECT_TRUE(writers->files.empty());
     }
-    EXPECT_TRUE(writers->files.empty());
 }
 
 TEST_F(AudioCaptureEngineTest, AFolderThatFailsIsReplacedByTheDefaultOne) {
     for (const bool isFoundOutAtOnce : {true, false}) {
         SCOPED_TRACE(isFoundOutAtOnce ? "no folder" : "no file in the folder");
-        host = std::make_shared<FakeHost>();
+        renew();
         if (isFoundOutAtOnce)
             host->url = Failure{StorageError(RecordingFileManagerError::pathExistsAsFile())};
         else
             writers->unwritable = {"/recordings/Meeting.m4a"};
-        engine = AudioCaptureEngine::create({systemAudio, microphone, writers}, host);
         start();
         deliver(0, 2048);
         stop();
@@ -190,7 +170,6 @@ TEST_F(AudioCaptureEngineTest, WhatBecomesOfTheNoteIsTold) {
         std::optional<CreateNoteResult> result;
         std::vector<std::string> told;
     } rows[] = {
-        {"made", AssetWriterStatus::Completed, CreateNoteResult{.success = true}, {}},
         {"not attempted", AssetWriterStatus::Completed, std::nullopt, {}},
         {"refused", AssetWriterStatus::Completed, CreateNoteResult{false, true}, {"automation denied"}},
         {"failed", AssetWriterStatus::Completed, CreateNoteResult{false, false}, {"script failure"}},
@@ -198,11 +177,10 @@ TEST_F(AudioCaptureEngineTest, WhatBecomesOfTheNoteIsTold) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        host = std::make_shared<FakeHost>();
+        renew();
         host->makesNotes = true;
         host->noteResult = row.result;
         writers->finalStatus = row.status;
-        engine = AudioCaptureEngine::create({systemAudio, microphone, writers}, host);
         start();
         deliver(0, 2048);
         stop();
@@ -293,7 +271,6 @@ TEST_F(AudioCaptureEngineTest, ARecordingThatIsAbandonedEndsItsSources) {
     engine.reset();
     EXPECT_FALSE(microphone->handler);
     EXPECT_FALSE(systemAudio->handler);
-    engine = AudioCaptureEngine::create({systemAudio, microphone, writers}, host);
 }
 
 } // namespace

@@ -10,17 +10,12 @@ namespace {
 
 using Phase = RecordingControl::Phase;
 
-class RecordingControlTest : public testing::Test {
+class RecordingControlTest : public testing::Test, protected FakeMachine {
 protected:
     bool reaches(Phase phase) {
         return waitFor([&] { return control.phase.value() == phase; });
     }
 
-    std::shared_ptr<FakeMicrophone> microphone = std::make_shared<FakeMicrophone>();
-    std::shared_ptr<FakeSystemAudio> systemAudio = std::make_shared<FakeSystemAudio>();
-    std::shared_ptr<FakeHost> host = std::make_shared<FakeHost>();
-    std::shared_ptr<AudioCaptureEngine> engine =
-        AudioCaptureEngine::create({systemAudio, microphone, std::make_shared<FakeWriters>()}, host);
     RecordingControl control{engine};
 };
 

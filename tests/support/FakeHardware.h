@@ -201,4 +201,25 @@ private:
     std::vector<std::string> m_journal;
 };
 
+/// An engine with fakes where the machine and the program begin.
+struct FakeMachine {
+    std::shared_ptr<FakeMicrophone> microphone = std::make_shared<FakeMicrophone>();
+    std::shared_ptr<FakeSystemAudio> systemAudio = std::make_shared<FakeSystemAudio>();
+    std::shared_ptr<FakeWriters> writers = std::make_shared<FakeWriters>();
+    std::shared_ptr<FakeHost> host = std::make_shared<FakeHost>();
+    std::shared_ptr<AudioCaptureEngine> engine = AudioCaptureEngine::create({systemAudio, microphone, writers}, host);
+
+    /// Both sources deliver the same stretch of time, each at one constant level.
+    void deliver(std::int64_t firstFrame, std::int64_t frames, float system = 0.25F, float mic = 0.25F) const {
+        const HostFramePos at{FrameCount(48'000 + firstFrame)};
+        const MediaTime time = firstFrame == 0 ? MediaTime::atFrame(at) : MediaTime::insideFrame(at);
+        engine->queue().sync([&] {
+            for (const auto& [to, level] : {std::pair(&systemAudio->handler, system), {&microphone->handler, mic}}) {
+                const std::vector<float> stereo(static_cast<std::size_t>(2 * frames), level);
+                if (*to) (*to)({std::as_bytes(std::span(stereo)), &kInterleavedStereoFloat, time, frames});
+            }
+        });
+    }
+};
+
 } // namespace quillet::test
