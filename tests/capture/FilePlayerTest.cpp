@@ -63,10 +63,26 @@ private:
     std::vector<std::thread> m_telling;
 };
 
-/// Also where a test gives up early: the capture queue must not end before.
-struct StopAtEnd {
-    ~StopAtEnd() { player.stop(); }
-    FilePlayer& player;
+/// A recording of files, or of one beside a live device.
+struct Played {
+    Played(FilePlayer::Files files, FilePlayer::Pace pace, std::optional<FrameCount> length = {})
+        : player(FilePlayer::create(std::move(files), pace, length)) {
+        const auto file = player->microphoneSource();
+        engine = AudioCaptureEngine::create(
+            {player->systemAudioSource(), file ? file : std::make_shared<FakeMicrophone>(), writers},
+            std::make_shared<FakeHost>());
+    }
+    /// Also where a test gives up early: the capture queue must not end before.
+    ~Played() { player->stop(); }
+    void end() const {
+        engine->stopRecording();
+        EXPECT_TRUE(waitFor([this] { return !engine->isRecording.value(); }));
+        engine->waitUntilFinished();
+    }
+
+    std::shared_ptr<FilePlayer> player;
+    std::shared_ptr<FakeWriters> writers = std::make_shared<FakeWriters>();
+    std::shared_ptr<AudioCaptureEngine> engine;
 };
 
 Outcome play(std::size_t systemFrames, std::size_t micFrames, FilePlayer::Pace pace,
@@ -75,26 +91,20 @@ Outcome play(std::size_t systemFrames, std::size_t micFrames, FilePlayer::Pace p
     microphone->error = std::move(micError);
     FilePlayer::Files files{.systemAudio = std::make_unique<FakeReader>(2, systemFrames, 0.1F),
                             .microphone = std::move(microphone)};
-    const auto player = FilePlayer::create(std::move(files), pace, length);
-    const auto writers = std::make_shared<FakeWriters>();
     BusyWriter busy;
-    writers->isReady = [&busy](const std::function<void()>& whenReady) { return busy.takes(whenReady); };
-    const auto engine = AudioCaptureEngine::create({player->systemAudioSource(), player->microphoneSource(), writers},
-                                                   std::make_shared<FakeHost>());
-    const StopAtEnd stopAtEnd{*player};
+    const Played played(std::move(files), pace, length);
+    played.writers->isReady = [&busy](const std::function<void()>& whenReady) { return busy.takes(whenReady); };
     bool ended = false;
-    player->setCallbacks(
-        {.requestMediaData =
-             [&engine](const std::function<void()>& whenReady) { return engine->requestMediaData(whenReady); },
+    played.player->setCallbacks(
+        {.requestMediaData = [&](const auto& whenReady) { return played.engine->requestMediaData(whenReady); },
          .didEnd = [&] { MainThread::post([&] { ended = true; }); }});
-    engine->startRecording();
+    played.engine->startRecording();
     EXPECT_TRUE(waitFor([&] { return ended; }, 20000));
-    engine->stopRecording();
-    EXPECT_TRUE(waitFor([&] { return !engine->isRecording.value(); }));
-    engine->waitUntilFinished();
-    player->stop();
-    if (writers->files.empty()) return {};
-    return {writers->files.front()->samples, engine->statistics().blocksDropped, player->readFailures()};
+    played.end();
+    played.player->stop();
+    if (played.writers->files.empty()) return {};
+    return {played.writers->files.front()->samples, played.engine->statistics().blocksDropped,
+            played.player->readFailures()};
 }
 
 TEST(FilePlayerTest, TheSameFilesGiveTheSameMixBitForBitAtEitherPace) {
@@ -144,17 +154,11 @@ TEST(FilePlayerTest, AFileThatCannotBeReadToItsEndIsToldWithItsPlace) {
 TEST(FilePlayerTest, AFileKeepsPaceWithALiveDeviceWhateverTheWriterDoes) {
     auto file = std::make_unique<FakeReader>(2, SIZE_MAX, 0.1F);
     const std::atomic<std::size_t>& read = file->framesRead;
-    const auto player =
-        FilePlayer::create({.systemAudio = std::move(file), .microphone = nullptr}, FilePlayer::Pace::RealTime, {});
-    player->setCallbacks({.requestMediaData = [](const auto&) { return false; }, .didEnd = {}});
-    const auto engine = AudioCaptureEngine::create(
-        {player->systemAudioSource(), std::make_shared<FakeMicrophone>(), std::make_shared<FakeWriters>()},
-        std::make_shared<FakeHost>());
-    const StopAtEnd stopAtEnd{*player};
-    engine->startRecording();
+    const Played played({.systemAudio = std::move(file), .microphone = nullptr}, FilePlayer::Pace::RealTime);
+    played.player->setCallbacks({.requestMediaData = [](const auto&) { return false; }, .didEnd = {}});
+    played.engine->startRecording();
     EXPECT_TRUE(waitFor([&] { return read > 5000U; })) << "held back, it would be mixed with what is heard later";
-    engine->stopRecording();
-    engine->waitUntilFinished();
+    played.end();
 }
 
 TEST(FilePlayerTest, AStoppedRecordingReadsItsFilesNoFurther) {
@@ -163,32 +167,24 @@ TEST(FilePlayerTest, AStoppedRecordingReadsItsFilesNoFurther) {
             SCOPED_TRACE(testing::Message() << "full: " << writerIsFull << ", pace " << static_cast<int>(pace));
             auto endless = std::make_unique<FakeReader>(1, SIZE_MAX, 0.1F);
             const std::atomic<std::size_t>& read = endless->framesRead;
-            const auto player = FilePlayer::create(
-                {.systemAudio = std::make_unique<FakeReader>(2, SIZE_MAX, 0.1F), .microphone = std::move(endless)},
-                pace, {});
             std::atomic<bool> asked = false;
             std::function<void()> goOn = [] {};
-            player->setCallbacks({.requestMediaData =
-                                      [&](const std::function<void()>& whenReady) {
-                                          goOn = whenReady;
-                                          asked = true;
-                                          return !writerIsFull;
-                                      },
-                                  .didEnd = [] { ADD_FAILURE() << "it never ends"; }});
-            const auto engine = AudioCaptureEngine::create(
-                {player->systemAudioSource(), player->microphoneSource(), std::make_shared<FakeWriters>()},
-                std::make_shared<FakeHost>());
-            const StopAtEnd stopAtEnd{*player};
-            engine->startRecording();
+            const auto isReady = [&](const std::function<void()>& whenReady) {
+                goOn = whenReady;
+                asked = true;
+                return !writerIsFull;
+            };
+            const Played played({std::make_unique<FakeReader>(2, SIZE_MAX, 0.1F), std::move(endless)}, pace);
+            played.player->setCallbacks(
+                {.requestMediaData = isReady, .didEnd = [] { ADD_FAILURE() << "it never ends"; }});
+            played.engine->startRecording();
             ASSERT_TRUE(waitFor([&] { return asked && (writerIsFull || read > 5000U); }));
-            engine->stopRecording();
-            ASSERT_TRUE(waitFor([&] { return !engine->isRecording.value(); }));
-            engine->waitUntilFinished();
+            played.end();
 
             const std::size_t readUntilStop = read;
             std::this_thread::sleep_for(std::chrono::milliseconds(60));
             EXPECT_LE(read, readUntilStop + FilePlayer::kTickFrames);
-            player->stop();
+            played.player->stop();
             goOn(); // a writer that gets round to it late
         }
     }
