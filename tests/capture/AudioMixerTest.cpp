@@ -175,39 +175,31 @@ TEST_F(AudioMixerTest, AfterTearDownDeliveriesAreIgnored) {
 }
 
 TEST_F(AudioMixerTest, EveryFormatIsReadFrameByFrame) {
-    constexpr std::uint32_t kInteger = 12;
+    const auto pcm = [](std::uint32_t bytes, std::uint32_t channels, std::uint32_t bits = 32) {
+        return AudioStreamDescription{.formatFlags = bits == 16 ? 12 : kMonoFloat.formatFlags,
+                                      .bytesPerFrame = bytes,
+                                      .channelsPerFrame = channels,
+                                      .bitsPerChannel = bits};
+    };
     const std::int16_t integers[] = {-32768, 16384, 8192, -8192};
     const float floats[] = {0.5F, -0.25F, 0.125F, 0.75F, 1.5F, 9.0F};
     const auto whole = std::as_bytes(std::span(integers));
     const auto real = std::as_bytes(std::span(floats));
-    using Format = AudioStreamDescription;
     const struct {
         const char* name;
-        Format format;
+        AudioStreamDescription format;
         std::span<const std::byte> data;
         std::vector<float> frames; ///< left, right, …
         float microphone;          ///< of the first frame
     } rows[] = {
-        {"16-bit stereo",
-         Format{.formatFlags = kInteger, .bytesPerFrame = 4, .bitsPerChannel = 16},
-         whole,
-         {-1.0F, 0.5F, 0.25F, -0.25F},
-         -1.0F},
-        {"16-bit mono",
-         Format{.formatFlags = kInteger, .bytesPerFrame = 2, .channelsPerFrame = 1, .bitsPerChannel = 16},
-         whole.first(4),
-         {-1, -1, 0.5F, 0.5F},
-         -1.0F},
+        {"16-bit stereo", pcm(4, 2, 16), whole, {-1.0F, 0.5F, 0.25F, -0.25F}, -1.0F},
+        {"16-bit mono", pcm(2, 1, 16), whole.first(4), {-1, -1, 0.5F, 0.5F}, -1.0F},
         {"float mono", kMonoFloat, real.first(8), {0.5F, 0.5F, -0.25F, -0.25F}, 0.5F},
         {"float stereo", kInterleavedStereoFloat, real.first(16), {0.5F, -0.25F, 0.125F, 0.75F}, 0.5F},
-        {"more channels than two",
-         Format{.bytesPerFrame = 12, .channelsPerFrame = 3},
-         real,
-         {0.5F, -0.25F, 0.75F, 1.5F},
-         0.5F},
-        {"reads behind the end are 0", Format{.bytesPerFrame = 4}, real.first(8), {0.5F, -0.25F, -0.25F, 0.0F}, 0.5F},
-        {"no channels", Format{.channelsPerFrame = 0}, real.first(16), {0, 0, 0, 0}, 0},
-        {"not PCM", Format{.formatID = 0x61616320}, real.first(16), {0, 0, 0, 0}, 0},
+        {"more channels than two", pcm(12, 3), real, {0.5F, -0.25F, 0.75F, 1.5F}, 0.5F},
+        {"reads behind the end are 0", pcm(4, 2), real.first(8), {0.5F, -0.25F, -0.25F, 0.0F}, 0.5F},
+        {"no channels", pcm(8, 0), real.first(16), {0, 0, 0, 0}, 0},
+        {"not PCM", AudioStreamDescription{.formatID = 0x61616320}, real.first(16), {0, 0, 0, 0}, 0},
     };
     base = 0;
     const std::vector<float> quiet(2 * kBlockFrames, 0.0F);
