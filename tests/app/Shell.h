@@ -33,7 +33,7 @@ struct FakeTray {
 /// The shell over a desk, with empty windows for the settings and the introduction.
 class ShellFixture : public testing::Test {
 protected:
-    void make() {
+    void launch(const QStringList& arguments = {QStringLiteral("--skip-onboarding")}) {
         delegate = std::make_unique<AppDelegate>(
             AppDelegate::Services{.engine = desk.engine,
                                   .control = desk.control,
@@ -53,9 +53,6 @@ protected:
                                       },
                                   .makeOnboardingView = [] { return new QWidget; },
                                   .terminate = [this] { ++terminations; }});
-    }
-    void launch(const QStringList& arguments = {QStringLiteral("--skip-onboarding")}) {
-        make();
         delegate->applicationDidFinishLaunching(arguments);
     }
     static QWidget* window(const char* title) {
