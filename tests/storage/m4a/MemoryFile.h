@@ -31,9 +31,8 @@ struct MemoryDisk {
     std::int64_t capacity = kNever; ///< ENOSPC beyond
     bool canReserve = true;
     bool canRead = true;
-    std::int64_t bytesUntilFault = kNever; ///< the write that crosses this arrives in part and fails
-    int faultCode = EIO;
-    bool diesAtFault = false; ///< nothing at all works after the fault: the process was killed
+    std::int64_t bytesUntilFault = kNever; ///< the write that crosses this arrives in part and fails with EIO
+    bool diesAtFault = false;              ///< nothing at all works after the fault: the process was killed
     bool dead = false;
     int syncsToFail = 0;     ///< with EIO
     bool holdsSyncs = false; ///< they wait until this is false
@@ -96,7 +95,7 @@ public:
         if (count == wanted) return {};
         if (offset + wanted > disk.capacity) return fault(ENOSPC);
         disk.dead = disk.diesAtFault;
-        return fault(disk.faultCode);
+        return fault(EIO);
     }
     Result<void> reserve(std::int64_t upTo) override {
         const std::lock_guard lock(m_disk->mutex);

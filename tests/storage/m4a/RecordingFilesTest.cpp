@@ -14,11 +14,6 @@ namespace {
 using Names = std::vector<std::string>;
 constexpr auto kOwnersOnly = std::filesystem::perms::owner_read | std::filesystem::perms::owner_write;
 
-ByteVector text(std::string_view characters) {
-    const auto bytes = std::as_bytes(std::span(characters));
-    return {bytes.begin(), bytes.end()};
-}
-
 TEST(RecordingFilesTest, newFileBelongsToItsOwnerOnlyAndOldOnesStepAside) {
     const TemporaryFolder folder;
     umask(0);
@@ -27,14 +22,14 @@ TEST(RecordingFilesTest, newFileBelongsToItsOwnerOnlyAndOldOnesStepAside) {
     for (const std::string_view content : {"first", "second", "third"}) {
         const auto file = createRecordingFile(folder / "a.m4a", tell);
         ASSERT_TRUE(file.ok()) << file.error().description.toStdString();
-        ASSERT_TRUE((*file)->writeAt(0, text(content)).ok());
+        ASSERT_TRUE((*file)->writeAt(0, bytesOf(content)).ok());
     }
     umask(022);
 
     EXPECT_EQ(folder.names(), (Names{"a (earlier 2).m4a", "a (earlier).m4a", "a.m4a"}));
     EXPECT_EQ(told, (Names{"a (earlier).m4a", "a (earlier 2).m4a"}));
-    EXPECT_EQ(readFile(folder / "a (earlier).m4a"), text("first"));
-    EXPECT_EQ(readFile(folder / "a (earlier 2).m4a"), text("second"));
+    EXPECT_EQ(readFile(folder / "a (earlier).m4a"), bytesOf("first"));
+    EXPECT_EQ(readFile(folder / "a (earlier 2).m4a"), bytesOf("second"));
     for (const std::string& name : folder.names())
         EXPECT_EQ(std::filesystem::status(folder / name).permissions(), kOwnersOnly);
 }
@@ -61,11 +56,11 @@ TEST(RecordingFilesTest, aFileMadeByALibraryIsProtectedTheSameWay) {
     const TemporaryFolder folder;
     ASSERT_TRUE(setAsideEarlierRecording(folder / "a.m4a").ok()) << "there is nothing to set aside";
     EXPECT_FALSE(markAsBeingWritten(folder / "a.m4a").ok());
-    writeFile(folder / "a.m4a", text("old"));
+    writeFile(folder / "a.m4a", bytesOf("old"));
     ASSERT_TRUE(setAsideEarlierRecording(folder / "a.m4a").ok());
     EXPECT_EQ(folder.names(), Names{"a (earlier).m4a"});
 
-    writeFile(folder / "a.m4a", text("new"));
+    writeFile(folder / "a.m4a", bytesOf("new"));
     auto mark = markAsBeingWritten(folder / "a.m4a");
     ASSERT_TRUE(mark.ok());
     EXPECT_EQ(std::filesystem::status(folder / "a.m4a").permissions(), kOwnersOnly);
@@ -106,7 +101,7 @@ TEST(RecordingFilesTest, reserveTakesSpaceUntilTheFileIsCut) {
     const TemporaryFolder folder;
     auto file = createRecordingFile(folder / "a.m4a");
     ASSERT_TRUE(file.ok());
-    ASSERT_TRUE((*file)->writeAt(0, text("sound")).ok());
+    ASSERT_TRUE((*file)->writeAt(0, bytesOf("sound")).ok());
     const auto look = [&folder] {
         struct stat status {};
         EXPECT_EQ(stat((folder / "a.m4a").c_str(), &status), 0);
@@ -125,18 +120,18 @@ TEST(RecordingFilesTest, olderFileSystemsLoseNothingEither) {
     const FailingCall noHardLinks{__NR_linkat, EPERM};
     for (const auto& lacking : {std::vector{noCarefulRename}, std::vector{noCarefulRename, noHardLinks}}) {
         const TemporaryFolder folder;
-        writeFile(folder / "a.m4a", text("old"));
-        writeFile(folder / "a (earlier).m4a", text("older"));
+        writeFile(folder / "a.m4a", bytesOf("old"));
+        writeFile(folder / "a (earlier).m4a", bytesOf("older"));
         const std::string failure = runWithFailingCalls(lacking, [&folder] {
             const auto file = createRecordingFile(folder / "a.m4a");
-            EXPECT_TRUE(file.ok() && (*file)->writeAt(0, text("new")).ok());
+            EXPECT_TRUE(file.ok() && (*file)->writeAt(0, bytesOf("new")).ok());
             EXPECT_FALSE(createRecordingFile(folder / "a.m4a").ok()) << "it is being written";
         });
         if (!failure.empty()) GTEST_SKIP() << failure;
         EXPECT_EQ(folder.names(), (Names{"a (earlier 2).m4a", "a (earlier).m4a", "a.m4a"}));
-        EXPECT_EQ(readFile(folder / "a (earlier 2).m4a"), text("old"));
-        EXPECT_EQ(readFile(folder / "a (earlier).m4a"), text("older"));
-        EXPECT_EQ(readFile(folder / "a.m4a"), text("new"));
+        EXPECT_EQ(readFile(folder / "a (earlier 2).m4a"), bytesOf("old"));
+        EXPECT_EQ(readFile(folder / "a (earlier).m4a"), bytesOf("older"));
+        EXPECT_EQ(readFile(folder / "a.m4a"), bytesOf("new"));
     }
 }
 

@@ -85,11 +85,12 @@ Demuxed demux(const ByteVector& file) {
     return result;
 }
 
-ByteVector readFile(const std::filesystem::path& file) {
-    const QByteArray content = contentsOf(file);
-    const auto bytes = std::as_bytes(std::span(content));
+ByteVector bytesOf(std::string_view characters) {
+    const auto bytes = std::as_bytes(std::span(characters));
     return {bytes.begin(), bytes.end()};
 }
+
+ByteVector readFile(const std::filesystem::path& file) { return bytesOf(contentsOf(file).toStdString()); }
 
 void writeFile(const std::filesystem::path& file, const ByteVector& bytes) {
     makeFile(file, {reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size())});

@@ -34,6 +34,7 @@ struct Demuxed {
 };
 Demuxed demux(const ByteVector& file);
 
+ByteVector bytesOf(std::string_view characters);
 ByteVector readFile(const std::filesystem::path& file);
 void writeFile(const std::filesystem::path& file, const ByteVector& bytes);
 
