@@ -28,18 +28,11 @@ protected:
     MemoryUserDefaults defaults;
 };
 
-TEST_F(TemplateManagerTest, TheFirstStartHasTheDefaultSelectedAndWritesNothing) {
-    const TemplateManager manager(defaults);
-    EXPECT_TRUE(manager.customTemplates.value().empty());
-    EXPECT_EQ(manager.selectedTemplateId.value(), builtInId(0));
-    EXPECT_EQ(manager.allTemplates(), MeetingTemplate::builtInTemplates());
-    EXPECT_TRUE(defaults.keys().isEmpty());
-}
-
 TEST_F(TemplateManagerTest, WhatWasStoredIsThereAtTheNextStart) {
     const MeetingTemplate first = custom("Erste ✓");
     const MeetingTemplate second = custom("");
     TemplateManager manager(defaults);
+    EXPECT_TRUE(defaults.keys().isEmpty());
     manager.addTemplate(first);
     manager.addTemplate(second);
     manager.addTemplate(first); // duplicates are accepted
@@ -134,14 +127,9 @@ TEST_F(TemplateManagerTest, BuiltInTemplatesAndThoseThatSayTheyAreOneStay) {
 }
 
 TEST_F(TemplateManagerTest, ThePreviewTellsOfTheSampleMeeting) {
-    const TemplateManager manager(defaults);
-    const auto preview = [&manager](const MeetingTemplate& each) { return manager.previewTemplate(each); };
-    const QStringList brief = preview(MeetingTemplate::builtInTemplates().at(1)).split(u'\n');
-    EXPECT_EQ(brief.at(1), u"title: \"Q1 Planning Meeting\""_s);
-    EXPECT_EQ(brief.at(8), u"**Date:** March 1, 2026 at 10:00 AM | **Duration:** 45 minutes"_s);
-    EXPECT_EQ(brief.size(), 21 + 4); // decisions and action items have three lines each
-    for (const MeetingTemplate& each : MeetingTemplate::builtInTemplates())
-        EXPECT_FALSE(preview(each).contains(u"{{"_s)) << each.name.toStdString();
+    const QString brief = TemplateManager(defaults).previewTemplate(MeetingTemplate::builtInTemplates().at(1));
+    EXPECT_TRUE(brief.startsWith(u"---\ntitle: \"Q1 Planning Meeting\"\ndate: March 1, 2026 at 10:00 AM\n"_s));
+    EXPECT_EQ(brief.count(u'\n'), 20 + 4) << "decisions and action items have three lines each";
 }
 
 } // namespace
