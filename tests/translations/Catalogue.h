@@ -2,7 +2,9 @@
 
 #include "support/Files.h"
 
+#include <QCoreApplication>
 #include <QString>
+#include <QTranslator>
 #include <QXmlStreamReader>
 
 #include <map>
@@ -47,5 +49,9 @@ struct Catalogue {
         return read(QStringLiteral(QUILLET_CATALOGUES "/quillet_%1.ts").arg(QLatin1String(name)));
     }
 };
+
+inline void removeTranslations() {
+    for (QTranslator* const translator : QCoreApplication::instance()->findChildren<QTranslator*>()) delete translator;
+}
 
 } // namespace quillet::test

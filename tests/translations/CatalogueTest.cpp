@@ -9,7 +9,6 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
-#include <QTranslator>
 
 namespace quillet::test {
 namespace {
@@ -127,10 +126,7 @@ TEST(CatalogueTest, theLanguageIsTheFirstInWhichThereAreTexts) {
 
 class InstalledTest : public testing::Test {
 protected:
-    ~InstalledTest() override {
-        for (QTranslator* const translator : QCoreApplication::instance()->findChildren<QTranslator*>())
-            delete translator;
-    }
+    ~InstalledTest() override { removeTranslations(); }
     static std::string shown(const char* text) { return shownText(QString::fromUtf8(text)).toStdString(); }
     static constexpr bool isLinux = sizeof(QUILLET_WORDING) > 1;
 };

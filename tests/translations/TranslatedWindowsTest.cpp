@@ -30,10 +30,6 @@ void expectTranslatable(const QStringList& data, const ShowAll& showAll) {
             << key.context.toStdString() << " asks for what is in no catalogue: " << key.source.toStdString();
 }
 
-void removeTranslations() {
-    for (QTranslator* const translator : QCoreApplication::instance()->findChildren<QTranslator*>()) delete translator;
-}
-
 /// Whether a window may scroll at the usual text size.
 enum class Page { Fits, MayScroll };
 
