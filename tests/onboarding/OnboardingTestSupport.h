@@ -2,20 +2,17 @@
 
 #include "onboarding/OnboardingModel.h"
 #include "support/FakeExternalPrograms.h"
-#include "support/FakeNotesApplication.h"
-#include "support/FakePermissionServices.h"
-#include "support/WaitFor.h"
-
-#include <gmock/gmock.h>
+#include "support/PermissionsFixture.h"
 
 namespace quillet::test {
 
 using namespace Qt::StringLiterals;
 
 /// The introduction with everything around it under the test's control. Nothing is allowed at first.
-class OnboardingFixture : public testing::Test {
+class OnboardingFixture : public PermissionsWindowFixture {
 protected:
     OnboardingFixture() {
+        permissions = PermissionManager::create(services, notes, defaults);
         services->screenCapture = false;
         services->microphone = AuthorizationStatus::NotDetermined;
         notifications.observe(Notifications::onboardingDidComplete, &context,
@@ -23,12 +20,6 @@ protected:
         notifications.observe(Notifications::openSettingsRequested, &context, [this](const QVariantMap& info) {
             requestedSection = info.value(u"section"_s).toString();
         });
-    }
-    ~OnboardingFixture() override {
-        model.reset();
-        // Whatever is still under way holds the application.
-        EXPECT_TRUE(waitFor([this] { return notes.use_count() == 3; }));
-        processEvents();
     }
     std::shared_ptr<OnboardingModel> make() {
         return std::make_shared<OnboardingModel>(
@@ -48,19 +39,13 @@ protected:
         return waitFor([this] { return !model->notesTestInProgress.value(); });
     }
 
-    MemoryUserDefaults defaults;
     NotificationCenter notifications;
     QObject context;
     int completed = 0;
     std::optional<QString> requestedSection;
     std::optional<bool> launches;
     bool modelIsReady = false;
-    std::shared_ptr<FakePermissionServices> services = std::make_shared<FakePermissionServices>();
-    std::shared_ptr<FakeNotesApplication> notes = std::make_shared<FakeNotesApplication>();
     std::shared_ptr<FakeExternalPrograms> programs = std::make_shared<FakeExternalPrograms>();
-    std::shared_ptr<PermissionManager> permissions = PermissionManager::create(services, notes, defaults);
-    NoteIntegrator integrator{notes, defaults,
-                              [this] { return permissions->automationStatus.value() == PermissionStatus::Granted; }};
     std::shared_ptr<OnboardingModel> model;
 };
 

@@ -82,6 +82,8 @@ TEST_F(OnboardingViewTest, TheWholeWay) {
     EXPECT_TRUE(says("Page 6 of 6"));
     press("Start Recording");
     EXPECT_EQ(completed, 1);
+    EXPECT_EQ(launches, std::optional(true));
+    EXPECT_TRUE(defaults.boolean(DefaultsKeys::hasCompletedOnboarding));
 }
 
 TEST_F(OnboardingViewTest, ReturnGoesOnAndASecondPressOnTheWayIsNotForTheNextPage) {

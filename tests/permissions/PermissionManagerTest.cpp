@@ -1,30 +1,21 @@
 #include "permissions/PermissionManager.h"
 
-#include "support/FakeNotesApplication.h"
-#include "support/FakePermissionServices.h"
-#include "support/WaitFor.h"
+#include "support/PermissionsFixture.h"
 
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 
-#include <gmock/gmock.h>
-#include <semaphore>
 #include <thread>
 
 namespace quillet {
 namespace {
 
 using Status = PermissionStatus;
-using test::FakePermissionServices;
+using Call = test::FakeNotesApplication::Call;
 using testing::ElementsAre;
 
-class PermissionManagerTest : public testing::Test {
+class PermissionManagerTest : public test::PermissionsFixture {
 protected:
-    ~PermissionManagerTest() override {
-        // Whatever is still under way holds the application, and writes to the defaults afterwards.
-        EXPECT_TRUE(test::waitFor([this] { return notes.use_count() == 1; }));
-        test::processEvents();
-    }
     std::shared_ptr<PermissionManager> make() { return PermissionManager::create(services, notes, defaults); }
     void arrange(bool attempted, std::optional<bool> cached) {
         defaults.remove(DefaultsKeys::automationPromptAttempted);
@@ -32,22 +23,7 @@ protected:
         if (attempted) defaults.set(DefaultsKeys::automationPromptAttempted, true);
         if (cached) defaults.set(DefaultsKeys::automationGrantedCached, *cached);
     }
-    /// Makes the application's first call take until goOn is released.
-    void holdFirstCall() {
-        notes->duringCall = [this] {
-            if (!isFirstCall.exchange(false)) return;
-            entered.release();
-            goOn.acquire();
-        };
-    }
     bool cached() const { return defaults.boolean(DefaultsKeys::automationGrantedCached); }
-
-    std::shared_ptr<FakePermissionServices> services = std::make_shared<FakePermissionServices>();
-    std::shared_ptr<test::FakeNotesApplication> notes = std::make_shared<test::FakeNotesApplication>();
-    MemoryUserDefaults defaults; // one thread only: whoever writes elsewhere than on the main thread is found out
-    std::binary_semaphore entered{0};
-    std::binary_semaphore goOn{0};
-    std::atomic<bool> isFirstCall = true;
 };
 
 TEST_F(PermissionManagerTest, TheSystemsAnswersAreTranslated) {
@@ -67,11 +43,6 @@ TEST_F(PermissionManagerTest, TheSystemsAnswersAreTranslated) {
             EXPECT_EQ(manager->hasRequiredPermissions(), screen && expected == Status::Granted);
         }
     }
-    manager->openAutomationPreferences();
-    manager->openScreenCapturePreferences();
-    manager->openMicrophonePreferences();
-    EXPECT_THAT(services->opened,
-                ElementsAre(SettingsPlace::Automation, SettingsPlace::ScreenCapture, SettingsPlace::Microphone));
 }
 
 TEST_F(PermissionManagerTest, WhatWasKnownIsPublishedFirstAndTheLiveAnswerAMomentLater) {
@@ -148,16 +119,15 @@ TEST_F(PermissionManagerTest, AQuestionThatIsOpenIsNotPutASecondTime) {
         notes->asksOnce = asksOnce;
         notes->answer = false;
         notes->requests = 0;
-        isFirstCall = true;
-        holdFirstCall();
+        notes->hold(Call::Request);
         const auto manager = make();
         std::vector<bool> told;
         const auto ask = [&] { manager->requestAutomationAccess([&](bool granted) { told.push_back(granted); }); };
         ask();
-        entered.acquire();
+        notes->entered.acquire();
         ask();
         EXPECT_TRUE(manager->isAskingForAutomation.value());
-        goOn.release();
+        notes->goOn.release();
         ASSERT_TRUE(test::waitFor([&] { return told.size() == 2; }));
         EXPECT_THAT(told, ElementsAre(false, false));
         EXPECT_FALSE(manager->isAskingForAutomation.value());
@@ -194,24 +164,24 @@ TEST_F(PermissionManagerTest, AnAnswerThatIsNoNewsLeavesTheFileOfTheSettingsAlon
 
 TEST_F(PermissionManagerTest, ATestThatTakesItsTimeDoesNotReplaceANewerAnswer) {
     arrange(true, false);
-    holdFirstCall();
+    notes->hold(Call::Probe);
     const auto manager = make();
-    entered.acquire();
+    notes->entered.acquire();
     bool told = false;
     manager->requestAutomationAccess([&](bool) { told = true; });
     EXPECT_FALSE(test::waitFor([&] { return told; }, 100)) << "a newer test overtook the older one";
     EXPECT_EQ(notes->requests, 0);
-    goOn.release();
+    notes->goOn.release();
     ASSERT_TRUE(test::waitFor([&] { return told; }));
     EXPECT_EQ(manager->automationStatus.value(), Status::Granted);
 }
 
 TEST_F(PermissionManagerTest, WhatConcernsTheApplicationBeforeIsNeitherKeptNorPublishedNorWaitedFor) {
     arrange(true, true);
-    holdFirstCall();
-    notes->onCancel = [this] { goOn.release(); };
+    notes->hold(Call::Probe);
+    notes->onCancel = [this] { notes->goOn.release(); };
     const auto manager = make();
-    entered.acquire(); // a quiet test, which will say yes
+    notes->entered.acquire(); // a quiet test, which will say yes
     std::vector<bool> told;
     const unsigned asked = manager->notesGeneration();
     manager->requestAutomationAccess([&](bool granted) { told.push_back(granted); });
@@ -229,38 +199,38 @@ TEST_F(PermissionManagerTest, WhatConcernsTheApplicationBeforeIsNeitherKeptNorPu
 
 TEST_F(PermissionManagerTest, AnApplicationThatNeverAnswersDoesNotHoldUpTheOneChosenAfterIt) {
     arrange(true, false);
-    holdFirstCall();
+    notes->hold(Call::Probe);
     const auto manager = make();
-    entered.acquire();
+    notes->entered.acquire();
     manager->forgetNotesAccess();
     bool granted = false;
     manager->requestAutomationAccess([&](bool yes) { granted = yes; });
     EXPECT_TRUE(test::waitFor([&] { return granted; }));
     EXPECT_EQ(manager->automationStatus.value(), Status::Granted);
-    goOn.release();
+    notes->goOn.release();
 }
 
 TEST_F(PermissionManagerTest, AQuietTestKeepsItsAnswerWithoutTheManagerAndARequestHoldsIt) {
     arrange(true, false);
-    holdFirstCall();
+    notes->hold(Call::Probe);
     auto manager = make();
     std::weak_ptr<PermissionManager> weak = manager;
-    entered.acquire();
+    notes->entered.acquire();
     manager.reset();
     EXPECT_TRUE(weak.expired());
-    goOn.release();
+    notes->goOn.release();
     ASSERT_TRUE(test::waitFor([&] { return cached(); }));
 
     arrange(false, {});
-    isFirstCall = true;
+    notes->hold(Call::Request);
     manager = make();
     weak = manager;
     bool told = false;
     manager->requestAutomationAccess([&](bool) { told = true; });
-    entered.acquire();
+    notes->entered.acquire();
     manager.reset();
     EXPECT_FALSE(weak.expired());
-    goOn.release();
+    notes->goOn.release();
     ASSERT_TRUE(test::waitFor([&] { return told && weak.expired(); }));
     EXPECT_TRUE(cached());
 }

@@ -1,7 +1,6 @@
 #include "SettingsTestSupport.h"
 
 #include <QElapsedTimer>
-#include <QThread>
 
 namespace quillet::test {
 namespace {
@@ -40,18 +39,15 @@ TEST_F(SettingsStoreTest, ABurstOfRequestsMakesOneListingThreeTenthsOfASecondAft
 }
 
 TEST_F(SettingsStoreTest, AListingUnderWayNeitherKeepsTheStoreNorFindsIt) {
-    const auto goOn = std::make_shared<std::atomic<bool>>(false);
     notes->folders = {QStringLiteral("A")};
-    notes->duringCall = [goOn] {
-        while (!*goOn) QThread::msleep(1);
-    };
+    notes->hold(FakeNotesApplication::Call::Folders);
     makeStore();
     EXPECT_TRUE(store->isLoadingFolders.value()) << "let in from the start, the folders are listed at once";
     ASSERT_TRUE(waitFor([this] { return notes->folderCalls == 1; }));
     const std::weak_ptr<SettingsStore> weak = store;
     store.reset();
     EXPECT_TRUE(weak.expired());
-    *goOn = true;
+    notes->goOn.release();
 }
 
 TEST_F(SettingsStoreTest, TheRecordingsFolderIsTheOneChosenAndACancelledChoiceChangesNothing) {

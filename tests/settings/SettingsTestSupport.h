@@ -1,20 +1,14 @@
 #pragma once
 
-#include "notes/NoteIntegrator.h"
-#include "permissions/PermissionManager.h"
 #include "settings/NotesChoiceModel.h"
 #include "settings/SettingsModel.h"
 #include "settings/SoundChoiceModel.h"
-#include "storage/RecordingFileManager.h"
-#include "support/FakeNotesApplication.h"
-#include "support/FakePermissionServices.h"
 #include "support/FakeSystemModel.h"
-#include "support/WaitFor.h"
+#include "support/PermissionsFixture.h"
 
 #include <QTemporaryDir>
 
 #include <atomic>
-#include <gmock/gmock.h>
 
 namespace quillet::test {
 
@@ -47,24 +41,12 @@ struct FakeChooser {
 };
 
 /// The settings with everything around them under the test's control. Notes is a fresh vault unless told otherwise.
-class SettingsFixture : public testing::Test {
+class SettingsFixture : public PermissionsWindowFixture {
 protected:
-    SettingsFixture() {
-        notes->asks = false;
-        files = std::make_unique<RecordingFileManager>(FileServices::standard(), defaults);
-        integrator = std::make_unique<NoteIntegrator>(notes, defaults, [this] {
-            return permissions && permissions->automationStatus.value() == PermissionStatus::Granted;
-        });
-    }
-    ~SettingsFixture() override {
-        // Whatever is still under way holds the application, and writes to the defaults afterwards.
-        model.reset();
-        EXPECT_TRUE(waitFor([this] { return notes.use_count() == 2 + (permissions ? 1 : 0); }));
-        processEvents();
-    }
+    SettingsFixture() { notes->asks = false; }
     void makeStore() {
         if (!permissions) permissions = PermissionManager::create(services, notes, defaults);
-        store = SettingsStore::create(*files, *integrator, *permissions, defaults, chooser.function());
+        store = SettingsStore::create(*files, integrator, *permissions, defaults, chooser.function());
     }
     void makeModel() {
         makeStore();
@@ -74,7 +56,7 @@ protected:
                              .store = store,
                              .summarisation = summarisation,
                              .notesApplication = notes,
-                             .notes = *integrator,
+                             .notes = integrator,
                              .files = *files,
                              .defaults = *kept,
                              .isLaunchedAtLogin = [this] { return launches; },
@@ -90,19 +72,13 @@ protected:
     }
 
     const QString kDefaultVault = QStringLiteral("/home/ada/Documents/Quillet Notes");
-    MemoryUserDefaults defaults;
     FileUserDefaults unwritable{QStringLiteral("/dev/null/settings.conf")};
     UserDefaults* kept = &defaults; ///< where the window keeps what is chosen in it
-    std::shared_ptr<FakePermissionServices> services = std::make_shared<FakePermissionServices>();
-    std::shared_ptr<FakeNotesApplication> notes = std::make_shared<FakeNotesApplication>();
     FakeChooser chooser;
     FakeSystemModel systemModel;
     bool launches = false;
     std::vector<bool> launchChanges;
     int quits = 0;
-    std::unique_ptr<RecordingFileManager> files;
-    std::unique_ptr<NoteIntegrator> integrator;
-    std::shared_ptr<PermissionManager> permissions;
     std::shared_ptr<SettingsStore> store;
     std::shared_ptr<SummarisationManager> summarisation;
     std::shared_ptr<SettingsModel> model;

@@ -160,14 +160,11 @@ TEST_F(SettingsViewTest, WithoutAccessTheWayToItIsShown) {
     notes->access = NotesAccess::NotDetermined;
     open();
     EXPECT_EQ(notes->requests, 0) << "opening the settings asks nobody";
-    std::atomic<bool> isAnswered = false;
-    notes->duringCall = [&] {
-        while (notes->requests > 0 && !isAnswered) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    };
+    notes->hold(FakeNotesApplication::Call::Request);
     click("Allow");
     reopen();
     EXPECT_FALSE(find<QPushButton>(*view, u"Allow"_s)->isEnabled()) << "the question is still open";
-    isAnswered = true;
+    notes->goOn.release();
     ASSERT_TRUE(waitFor([this] { return !permissions->isAskingForAutomation.value(); }));
     EXPECT_THAT(services->opened, ElementsAre(SettingsPlace::Automation));
     EXPECT_TRUE(model->accessWasRefused.value());

@@ -5,12 +5,19 @@
 
 #include <atomic>
 #include <functional>
+#include <semaphore>
 
 namespace quillet::test {
 
 /// A notes application that answers as told, from whichever thread, and counts what it is asked.
 class FakeNotesApplication final : public NotesApplication {
 public:
+    enum class Call { None, Probe, Request, Folders };
+    /// The next such call enters, and stays until it may go on.
+    void hold(Call call) { m_held = call; }
+    std::counting_semaphore<> entered{0};
+    std::counting_semaphore<> goOn{0};
+
     std::atomic<bool> available = true;
     std::atomic<bool> asks = true;
     std::atomic<bool> asksOnce = true;
@@ -19,7 +26,6 @@ public:
     std::vector<QString> folders;
     NoteOutcome outcome{true, false, {}};
     std::function<void()> onCancel;
-    std::function<void()> duringCall; ///< on the caller's thread, within each call that may block
 
     std::atomic<int> probes = 0;
     std::atomic<int> requests = 0;
@@ -33,12 +39,12 @@ public:
     bool canNameFolder(const QString& name) const override { return !name.startsWith(QLatin1Char('.')); }
     NotesAccess probeAccess() override {
         ++probes;
-        blocks();
+        blocks(Call::Probe);
         return access;
     }
     bool requestAccess() override {
         ++requests;
-        blocks();
+        blocks(Call::Request);
         return answer;
     }
     void cancelRequest() override {
@@ -47,12 +53,12 @@ public:
     std::vector<QString> fetchFolders() override {
         std::vector<QString> found = folders; // before the call is known of: the test may change them then
         ++folderCalls;
-        blocks();
+        blocks(Call::Folders);
         return found;
     }
     bool testFolderConnection(const QString& folderName) override {
         ++folderCalls;
-        blocks();
+        blocks(Call::Folders);
         return folderName == QLatin1String("Work");
     }
     NoteOutcome createNoteWithAttachment(const NoteDraft& draft) override {
@@ -61,10 +67,13 @@ public:
     }
 
 private:
-    void blocks() {
+    void blocks(Call call) {
         if (MainThread::isCurrent()) wasAskedOnTheMainThread = true;
-        if (duringCall) duringCall();
+        if (!m_held.compare_exchange_strong(call, Call::None)) return;
+        entered.release();
+        goOn.acquire();
     }
+    std::atomic<Call> m_held = Call::None;
 };
 
 } // namespace quillet::test
