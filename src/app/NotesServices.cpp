@@ -18,9 +18,10 @@ std::shared_ptr<NotesApplication> makeJoplin(const UserDefaults& defaults) {
     JoplinOptions options;
     options.lockFolder = dataFolder();
     options.ports = [&defaults]() -> std::vector<quint16> {
-        const int port = defaults.string(DefaultsKeys::joplinPort).value_or(QString()).toInt();
-        if (port < 1 || port > 65535) return {};
-        return {static_cast<quint16>(port)};
+        const auto port =
+            numberFrom(defaults.string(DefaultsKeys::joplinPort).value_or(QString()), DefaultsValues::kPorts);
+        if (!port) return {};
+        return {static_cast<quint16>(*port)};
     };
     return std::make_shared<JoplinNotesApplication>(
         std::make_shared<FileJoplinSecrets>(dataFolder() / "joplin-access.json", givenToken), std::move(options));
@@ -68,8 +69,8 @@ public:
 private:
     NotesApplication& chosen() const {
         const auto choice = m_defaults.string(DefaultsKeys::notesApplication);
-        if (choice == QStringLiteral("joplin")) return *m_joplin;
-        return m_unlessChosen && choice != QStringLiteral("vault") ? *m_unlessChosen : *m_vault;
+        if (choice == DefaultsValues::joplin) return *m_joplin;
+        return m_unlessChosen && choice != DefaultsValues::vault ? *m_unlessChosen : *m_vault;
     }
 
     const UserDefaults& m_defaults;

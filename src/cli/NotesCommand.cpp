@@ -23,8 +23,8 @@ constexpr auto kUsage =
     "                                 [--summarise]\n"
     "       quillet notes authorise";
 
-QString settingNow(const char* key) {
-    return settingText(*findSetting(QString::fromLatin1(key)), UserDefaults::standard(), FileServices::standard());
+QString settingNow(const QString& key) {
+    return settingText(*findSetting(key), UserDefaults::standard(), FileServices::standard());
 }
 
 QString accessText(NotesAccess access) {
@@ -41,10 +41,10 @@ QString accessText(NotesAccess access) {
 
 int status(NotesServices& notes) {
     const NotesAccess access = notes.application->probeAccess();
-    const QString application = settingNow("corvane.notesApplication");
+    const QString application = settingNow(DefaultsKeys::notesApplication);
     print(QStringLiteral("application   %1").arg(application));
-    if (const QString vault = settingNow("corvane.notesVaultFolder");
-        application == QLatin1String("vault") && !vault.isEmpty())
+    if (const QString vault = settingNow(DefaultsKeys::notesVaultFolder);
+        application == DefaultsValues::vault && !vault.isEmpty())
         print(QStringLiteral("vault         %1").arg(vault));
     print(QStringLiteral("available     %1")
               .arg(notes.application->isAvailable() ? QStringLiteral("yes") : QStringLiteral("no")));

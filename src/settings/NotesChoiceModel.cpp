@@ -29,7 +29,7 @@ NotesChoiceModel::NotesChoiceModel(UserDefaults& defaults, std::filesystem::path
 }
 
 void NotesChoiceModel::refresh() {
-    const bool isJoplin = m_defaults.string(DefaultsKeys::notesApplication) == QStringLiteral("joplin");
+    const bool isJoplin = m_defaults.string(DefaultsKeys::notesApplication) == DefaultsValues::joplin;
     application.set(isJoplin ? Application::Joplin : Application::Vault);
     vaultPath.set(displayPath(vaultFolder(), homeDirectory()));
 }
@@ -47,7 +47,7 @@ void NotesChoiceModel::setApplication(Application chosen) {
     if (chosen == application.value()) return;
     change([&] {
         m_defaults.set(DefaultsKeys::notesApplication,
-                       chosen == Application::Joplin ? QStringLiteral("joplin") : QStringLiteral("vault"));
+                       chosen == Application::Joplin ? DefaultsValues::joplin : DefaultsValues::vault);
     });
 }
 

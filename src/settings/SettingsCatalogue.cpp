@@ -17,46 +17,43 @@ using Type = SettingInfo::Type;
 
 const std::vector<SettingInfo>& catalogue() {
     static const std::vector<SettingInfo> settings = [] {
-        const auto entry = [](const char* key, Type type, const char* absent, const char* summary,
+        using namespace DefaultsKeys;
+        using namespace DefaultsValues;
+        const auto entry = [](const QString& key, Type type, const QByteArray& absent, const char* summary,
                               QStringList choices = {}) {
-            return SettingInfo{QString::fromLatin1(key), type, QString::fromUtf8(absent), QString::fromUtf8(summary),
-                               std::move(choices)};
+            return SettingInfo{key, type, QString::fromUtf8(absent), QString::fromUtf8(summary), std::move(choices)};
         };
         return std::vector<SettingInfo>{
-            entry("corvane.autoCreateNote", Type::Bool, "false", "make a note of every recording"),
-            entry("corvane.recordingsFolderBookmark", Type::Bookmark, "",
-                  "where recordings go; absent: the default folder"),
-            entry("corvane.systemAudioDevice", Type::Text, "",
+            entry(autoCreateNote, Type::Bool, "false", "make a note of every recording"),
+            entry(recordingsFolderBookmark, Type::Bookmark, "", "where recordings go; absent: the default folder"),
+            entry(systemAudioDevice, Type::Text, "",
                   "the output that the tray application records, by its name; absent: the default"),
-            entry("corvane.microphoneDevice", Type::Text, "",
+            entry(microphoneDevice, Type::Text, "",
                   "the microphone that the tray application records, by its name; absent: the default"),
-            entry("corvane.notesApplication", Type::Choice, systemNotes() ? "Apple Notes" : "vault",
-                  "the notes application", {QStringLiteral("vault"), QStringLiteral("joplin")}),
-            entry("corvane.notesVaultFolder", Type::Folder, "",
+            entry(notesApplication, Type::Choice, systemNotes() ? "Apple Notes" : vault.toUtf8(),
+                  "the notes application", {vault, joplin}),
+            entry(notesVaultFolder, Type::Folder, "",
                   "the Markdown vault; absent: “Quillet Notes” in the documents folder"),
-            entry("corvane.notesFolderName", Type::Text, "", "folder for new notes; empty: the application's default"),
-            entry("corvane.joplinPort", Type::Port, "",
-                  "port of Joplin's Web Clipper service; absent: it is looked for"),
-            entry("corvane.joplinToken", Type::Secret, "",
-                  "Joplin's authorisation token, for a Joplin without a screen"),
-            entry("corvane.includeConsentTimestamp", Type::Bool, "false", "end notes with the participants' consent"),
-            entry("corvane.customTemplates", Type::Templates, "", "note templates of your own"),
-            entry("corvane.selectedTemplateId", Type::Uuid, "", "the template in use"),
-            entry("useLocalSummarisation", Type::Bool, "true", "summarise on this device"),
-            entry("cloudFallbackEnabled", Type::Bool, "true", "summarise in the cloud where the device cannot"),
-            entry("corvane.localModelAddress", Type::LocalAddress, "",
+            entry(notesFolderName, Type::Text, "", "folder for new notes; empty: the application's default"),
+            entry(joplinPort, Type::Port, "", "port of Joplin's Web Clipper service; absent: it is looked for"),
+            entry(joplinToken, Type::Secret, "", "Joplin's authorisation token, for a Joplin without a screen"),
+            entry(includeConsentTimestamp, Type::Bool, "false", "end notes with the participants' consent"),
+            entry(customTemplates, Type::Templates, "", "note templates of your own"),
+            entry(selectedTemplateId, Type::Uuid, "", "the template in use"),
+            entry(useLocalSummarisation, Type::Bool, "true", "summarise on this device"),
+            entry(cloudFallbackEnabled, Type::Bool, "true", "summarise in the cloud where the device cannot"),
+            entry(localModelAddress, Type::LocalAddress, "",
                   "server of a language model on this machine, such as http://127.0.0.1:11434/v1"),
-            entry("corvane.localModelName", Type::Text, "", "its model"),
-            entry("corvane.localModelContext", Type::Tokens, "4096", "how many tokens it takes"),
-            entry("corvane.cloudModelAddress", Type::CloudAddress, "",
+            entry(localModelName, Type::Text, "", "its model"),
+            entry(localModelContext, Type::Tokens, QByteArray::number(kUsualLocalContext), "how many tokens it takes"),
+            entry(cloudModelAddress, Type::CloudAddress, "",
                   "server of a language model elsewhere, which is sent transcripts; its key is no setting"),
-            entry("corvane.cloudModelName", Type::Text, "", "its model"),
-            entry("corvane.cloudModelContext", Type::Tokens, "32768", "how many tokens it takes"),
-            entry("corvane.automationPromptAttempted", Type::Bool, "false",
-                  "the notes application has been asked for access"),
-            entry("corvane.automationGrantedCached", Type::Bool, "false", "its last answer"),
-            entry("hasCompletedOnboarding", Type::Bool, "false", "the introduction has been seen"),
-            entry("onboardingAIShown", Type::Bool, "false", "its page on summaries has been seen"),
+            entry(cloudModelName, Type::Text, "", "its model"),
+            entry(cloudModelContext, Type::Tokens, QByteArray::number(kUsualCloudContext), "how many tokens it takes"),
+            entry(automationPromptAttempted, Type::Bool, "false", "the notes application has been asked for access"),
+            entry(automationGrantedCached, Type::Bool, "false", "its last answer"),
+            entry(hasCompletedOnboarding, Type::Bool, "false", "the introduction has been seen"),
+            entry(onboardingAIShown, Type::Bool, "false", "its page on summaries has been seen"),
         };
     }();
     return settings;
@@ -65,6 +62,14 @@ const std::vector<SettingInfo>& catalogue() {
 Result<QVariant, QString> parseBool(const QString& key, const QString& text) {
     if (const auto value = booleanFrom(text)) return QVariant(*value);
     return Failure{QStringLiteral("%1 is either true or false.").arg(key)};
+}
+
+Result<QVariant, QString> parseNumber(const QString& key, const QString& text, const char* what, NumberBounds bounds) {
+    if (numberFrom(text, bounds)) return QVariant(text);
+    return Failure{QStringLiteral("%1 is a %2 from %3 to %4.")
+                       .arg(key, QString::fromLatin1(what))
+                       .arg(bounds.least)
+                       .arg(bounds.largest)};
 }
 
 Result<QVariant, QString> parseFolder(const SettingInfo& setting, const QString& text, FileServices& files) {
@@ -105,9 +110,7 @@ Result<QVariant, QString> parseSetting(const SettingInfo& setting, const QString
     case Type::Secret:
         return QVariant(text);
     case Type::Port:
-        if (const int port = text.toInt(); port < 1 || port > 65535)
-            return Failure{QStringLiteral("%1 is a port number from 1 to 65535.").arg(setting.key)};
-        return QVariant(text);
+        return parseNumber(setting.key, text, "port number", DefaultsValues::kPorts);
     case Type::LocalAddress:
     case Type::CloudAddress: {
         const auto address = setting.type == Type::LocalAddress ? localServiceAddress(text) : cloudServiceAddress(text);
@@ -115,9 +118,7 @@ Result<QVariant, QString> parseSetting(const SettingInfo& setting, const QString
         return QVariant(text.trimmed());
     }
     case Type::Tokens:
-        if (const int tokens = text.toInt(); tokens < 1024 || tokens > 4'000'000)
-            return Failure{QStringLiteral("%1 is a number of tokens, at least 1024.").arg(setting.key)};
-        return QVariant(text);
+        return parseNumber(setting.key, text, "number of tokens", DefaultsValues::kContextTokens);
     case Type::Choice:
         if (setting.choices.contains(text)) return QVariant(text);
         return Failure{QStringLiteral("%1 is one of: %2.").arg(setting.key, setting.choices.join(QLatin1String(", ")))};

@@ -27,7 +27,6 @@ const QString kMergePrompt = QStringLiteral(
 /// Beside instructions, prompt and schema a server adds marks of its own between the messages, and a reply that is to
 /// be mended goes along in part.
 constexpr int kServerMarks = 400;
-constexpr int kLargestReply = 2'000;
 constexpr int kLeastPiece = 200;
 
 /// How many tokens of a transcript, or of summaries, one request can take.
@@ -37,7 +36,7 @@ int roomForText(const LanguageModel& model) {
     // The schema goes along twice: as such and in words.
     const auto fixed = estimatedTokens(kInstructions) + estimatedTokens(kMergePrompt) +
                        2 * estimatedTokens(QString::fromUtf8(schema.json())) + kServerMarks;
-    return context - static_cast<int>(fixed) - std::min(context / 4, kLargestReply);
+    return context - static_cast<int>(fixed) - longestReply(context);
 }
 
 /// The failures that say that the model cannot do this, rather than that nobody can be asked.
@@ -155,6 +154,8 @@ private:
 };
 
 } // namespace
+
+int longestReply(int contextTokens) { return std::min(contextTokens / 4, 2'000); }
 
 SummaryResult summariseTranscript(LanguageModel& model, const QString& transcript, const SummaryObserver& observer,
                                   const StopToken& stop) {

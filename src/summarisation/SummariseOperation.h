@@ -24,6 +24,9 @@ using SummaryObserver = std::function<void(const SummaryProgress& progress)>;
 
 using SummaryResult = Result<MeetingSummary, ModelError>;
 
+/// How many tokens of a model's context are left for its reply, which may be cut off beyond them.
+[[nodiscard]] int longestReply(int contextTokens);
+
 /// Has a language model summarise a meeting. A transcript longer than its context is cut where speakers or sentences
 /// end, its pieces overlap, and the model merges their summaries, group by group where they are many; a model that
 /// cannot merge them still leaves what it wrote, joined. With an observer the model's replies are streamed. Blocks.

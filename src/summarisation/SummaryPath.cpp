@@ -1,17 +1,10 @@
 #include "summarisation/SummaryPath.h"
 
+#include "summarisation/SummariseOperation.h"
 #include "support/ServiceAddress.h"
-
-#include <algorithm>
 
 namespace quillet {
 namespace {
-
-/// What local servers allow when they are told nothing else; some drop what is beyond without a word.
-constexpr int kUsualLocalContext = 4096;
-constexpr int kUsualCloudContext = 32'768;
-constexpr int kLeastContext = 1024;
-constexpr int kLargestContext = 4'000'000;
 
 struct Keys {
     const QString& address;
@@ -27,9 +20,8 @@ Result<ChatEndpoint, QString> endpoint(const UserDefaults& defaults, const Keys&
         return Failure{QStringLiteral("No %1 is set up (%2 and %3).").arg(what, keys.address, keys.model)};
     const auto url = check(address);
     if (!url) return Failure{QStringLiteral("The %1 cannot be used: %2 (%3)").arg(what, url.error(), keys.address)};
-    const int stated = defaults.string(keys.context).value_or(QString()).toInt();
-    const int context = stated > 0 ? std::clamp(stated, kLeastContext, kLargestContext) : usualContext;
-    return ChatEndpoint{.address = *url, .model = model, .contextTokens = context};
+    const auto context = numberFrom(defaults.string(keys.context).value_or(QString()), DefaultsValues::kContextTokens);
+    return ChatEndpoint{.address = *url, .model = model, .contextTokens = context.value_or(usualContext)};
 }
 
 bool mayUseCloud(const SummaryChoice& choice) { return !choice.useLocal || choice.cloudFallback; }
@@ -57,16 +49,16 @@ SummaryPath summaryPath(const SummaryChoice& choice) {
 Result<ChatEndpoint, QString> localEndpoint(const UserDefaults& defaults) {
     auto found = endpoint(
         defaults, {DefaultsKeys::localModelAddress, DefaultsKeys::localModelName, DefaultsKeys::localModelContext},
-        QStringLiteral("local language model"), localServiceAddress, kUsualLocalContext);
+        QStringLiteral("local language model"), localServiceAddress, DefaultsValues::kUsualLocalContext);
     // A small model that loses itself would go on for as long as its context lasts.
-    if (found) found->replyTokens = std::min(found->contextTokens / 4, 2000);
+    if (found) found->replyTokens = longestReply(found->contextTokens);
     return found;
 }
 
 Result<ChatEndpoint, QString> cloudEndpoint(const UserDefaults& defaults) {
     auto found = endpoint(
         defaults, {DefaultsKeys::cloudModelAddress, DefaultsKeys::cloudModelName, DefaultsKeys::cloudModelContext},
-        QStringLiteral("cloud language model"), cloudServiceAddress, kUsualCloudContext);
+        QStringLiteral("cloud language model"), cloudServiceAddress, DefaultsValues::kUsualCloudContext);
     // A proxy would carry what is meant for this machine out of it.
     if (found && !localServiceAddress(found->address.toString())) found->proxy = ChatEndpoint::Proxy::AsTheSystemSays;
     return found;

@@ -36,6 +36,12 @@ std::optional<bool> booleanFrom(const QString& text) {
     return std::nullopt;
 }
 
+std::optional<int> numberFrom(const QString& text, NumberBounds bounds) {
+    bool isNumber = false;
+    const int number = text.toInt(&isNumber);
+    return isNumber && number >= bounds.least && number <= bounds.largest ? std::optional(number) : std::nullopt;
+}
+
 bool UserDefaults::boolean(const QString& key, bool absent) const {
     const QVariant stored = value(key);
     if (stored.typeId() == QMetaType::Bool) return stored.toBool();

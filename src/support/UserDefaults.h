@@ -12,6 +12,13 @@ namespace quillet {
 /// The words for yes and no that people write into settings, whatever their case; absent for any other.
 [[nodiscard]] std::optional<bool> booleanFrom(const QString& text);
 
+struct NumberBounds {
+    int least;
+    int largest;
+};
+/// The number that a setting holds as text; absent for any other text, and for a number outside the bounds.
+[[nodiscard]] std::optional<int> numberFrom(const QString& text, NumberBounds bounds);
+
 /// The program's persistent settings: typed values under text keys. Any thread; nothing is cached, so that a change
 /// made by another process is seen by the next read. A stored value of another type reads as absent.
 class UserDefaults {
@@ -45,7 +52,7 @@ inline const QString includeConsentTimestamp = QStringLiteral("corvane.includeCo
 inline const QString notesFolderName = QStringLiteral("corvane.notesFolderName");                     ///< text
 inline const QString joplinPort = QStringLiteral("corvane.joplinPort");               ///< text: a port number
 inline const QString joplinToken = QStringLiteral("corvane.joplinToken");             ///< text, secret
-inline const QString notesApplication = QStringLiteral("corvane.notesApplication");   ///< text: "vault" or "joplin"
+inline const QString notesApplication = QStringLiteral("corvane.notesApplication");   ///< text: of DefaultsValues
 inline const QString notesVaultFolder = QStringLiteral("corvane.notesVaultFolder");   ///< data: absolute path
 inline const QString localModelAddress = QStringLiteral("corvane.localModelAddress"); ///< text: a loopback address
 inline const QString localModelName = QStringLiteral("corvane.localModelName");       ///< text
@@ -61,6 +68,17 @@ inline const QString systemAudioDevice = QStringLiteral("corvane.systemAudioDevi
 inline const QString microphoneDevice = QStringLiteral("corvane.microphoneDevice");     ///< text: a device's name
 inline const QString selectedTemplateId = QStringLiteral("corvane.selectedTemplateId"); ///< text: a UUID
 } // namespace DefaultsKeys
+
+/// What some of them hold.
+namespace DefaultsValues {
+inline const QString vault = QStringLiteral("vault");   ///< a notes application
+inline const QString joplin = QStringLiteral("joplin"); ///< a notes application
+inline constexpr NumberBounds kPorts{1, 65'535};
+inline constexpr NumberBounds kContextTokens{1024, 4'000'000};
+/// What local servers allow when they are told nothing else; some drop what is beyond without a word.
+inline constexpr int kUsualLocalContext = 4096;
+inline constexpr int kUsualCloudContext = 32'768;
+} // namespace DefaultsValues
 
 /// A settings file in INI form, created with its folder (0700) on the first write.
 class FileUserDefaults final : public UserDefaults {

@@ -42,6 +42,7 @@ TEST(SettingsCatalogueTest, ValuesAreCheckedByTheirType) {
         {"corvane.localModelContext", "8192", "8192"},
         {"corvane.localModelContext", "8k", nullptr},
         {"corvane.localModelContext", "512", nullptr},
+        {"corvane.cloudModelContext", "4000001", nullptr},
     };
     test::FakeFileServices files;
     for (const auto& row : rows) {
@@ -69,6 +70,7 @@ TEST(SettingsCatalogueTest, WhatMakesNoSenseCountsAsAbsent) {
         {DefaultsKeys::recordingsFolderBookmark, QByteArray("no bookmark"), u""_s},
         {DefaultsKeys::notesApplication, u"paper"_s, systemNotes() ? u"Apple Notes"_s : u"vault"_s},
         {u"useLocalSummarisation"_s, u"mostly"_s, u"true"_s},
+        {DefaultsKeys::cloudModelContext, u"512"_s, u"32768"_s},
         {DefaultsKeys::selectedTemplateId, 17, u""_s},
         {DefaultsKeys::customTemplates, QByteArray(R"([{"name":"x")"), uR"([{"name":"x")"_s}, // shown to be mended
     };

@@ -91,6 +91,10 @@ TEST(SummaryPathTest, AServerOfThisMachineIsOnThisMachine) {
         if (!cloud) {
             EXPECT_FALSE(cloud.error().contains(u"secret"_s));
         }
+        defaults.set(DefaultsKeys::cloudModelContext, u"512"_s);
+        if (const auto odd = cloudEndpoint(defaults)) {
+            EXPECT_EQ(odd->contextTokens, 32'768) << "what makes no sense counts as absent";
+        }
         defaults.remove(DefaultsKeys::localModelName);
         EXPECT_FALSE(localEndpoint(defaults).ok()) << "off until it is set up";
     }
