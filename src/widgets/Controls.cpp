@@ -14,7 +14,6 @@ namespace {
 constexpr char kRole[] = "quilletRole";
 constexpr char kTint[] = "quilletTint";
 constexpr char kPadding[] = "quilletPadding";
-constexpr char kLeading[] = "quilletLeading";
 constexpr char kSwitch[] = "quilletSwitch";
 
 constexpr int kSpokes = 8;
@@ -72,8 +71,6 @@ void setButtonTint(QPushButton& button, Tint tint) {
 
 void setVerticalPadding(QPushButton& button, double pixels) { button.setProperty(kPadding, pixels); }
 
-void setLeadingAligned(QPushButton& button) { button.setProperty(kLeading, true); }
-
 void setTextStyle(QWidget& widget, TextStyle style) {
     const auto apply = [&widget, style] { widget.setFont(theme().font(style)); };
     apply();
@@ -91,8 +88,6 @@ std::optional<ButtonRole> buttonRoleOrNone(const QWidget* widget) {
 Tint buttonTint(const QWidget* button) {
     return button ? static_cast<Tint>(button->property(kTint).toInt()) : Tint::Accent;
 }
-
-bool isLeadingAligned(const QWidget* button) { return button && button->property(kLeading).toBool(); }
 
 std::optional<double> verticalPadding(const QWidget* button) {
     const QVariant padding = button ? button->property(kPadding) : QVariant();
@@ -127,8 +122,7 @@ void TextLabel::applyTheme() {
     setPalette(colors);
 }
 
-ElidedLabel::ElidedLabel(const QString& text, TextStyle style, Ink ink, Qt::TextElideMode mode, QWidget* parent)
-    : QWidget(parent), m_ink(ink), m_mode(mode) {
+ElidedLabel::ElidedLabel(const QString& text, TextStyle style, Ink ink, QWidget* parent) : QWidget(parent), m_ink(ink) {
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     setTextStyle(*this, style);
     setText(text);
@@ -163,7 +157,8 @@ void ElidedLabel::paintEvent(QPaintEvent*) {
     painter.setPen(theme().ink(m_ink));
     QString line = m_text;
     line.replace(QLatin1Char('\n'), QLatin1Char(' '));
-    painter.drawText(rect(), Qt::AlignVCenter | Qt::AlignLeading, fontMetrics().elidedText(line, m_mode, width()));
+    painter.drawText(rect(), Qt::AlignVCenter | Qt::AlignLeading,
+                     fontMetrics().elidedText(line, Qt::ElideMiddle, width()));
 }
 
 Group::Group(const QString& title, QWidget* parent) : QWidget(parent) {
@@ -171,15 +166,13 @@ Group::Group(const QString& title, QWidget* parent) : QWidget(parent) {
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(6);
     if (!title.isEmpty()) column->addWidget(new TextLabel(title, TextStyle::SubheadlineMedium, Ink::Secondary, this));
-    m_card = new Surface(10, this);
-    column->addWidget(m_card);
-    m_contents = new QVBoxLayout(m_card);
+    auto* const card = new Surface(10, this);
+    column->addWidget(card);
+    m_contents = new QVBoxLayout(card);
     m_contents->setContentsMargins(14, 13, 14, 13);
     m_contents->setSpacing(12);
     setAccessibleName(title);
 }
-
-void Group::paintEvent(QPaintEvent*) {}
 
 Badge::Badge(const QString& text, QWidget* parent) : QWidget(parent), m_text(text) {
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);

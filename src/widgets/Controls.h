@@ -29,15 +29,12 @@ enum class Tint { Accent, Record };
 void setButtonTint(QPushButton& button, Tint tint);
 /// The room above and below the button's text, in pixels at the normal text size, instead of what its role has.
 void setVerticalPadding(QPushButton& button, double pixels);
-/// Text at the leading edge instead of the middle.
-void setLeadingAligned(QPushButton& button);
 /// Keeps the button's text in a style as the text size changes.
 void setTextStyle(QWidget& widget, TextStyle style);
 
 [[nodiscard]] ButtonRole buttonRole(const QWidget* button);
 [[nodiscard]] std::optional<ButtonRole> buttonRoleOrNone(const QWidget* widget);
 [[nodiscard]] Tint buttonTint(const QWidget* button);
-[[nodiscard]] bool isLeadingAligned(const QWidget* button);
 [[nodiscard]] std::optional<double> verticalPadding(const QWidget* button);
 
 /// A check box that looks like a switch.
@@ -64,7 +61,7 @@ private:
 class ElidedLabel final : public QWidget {
 public:
     explicit ElidedLabel(const QString& text, TextStyle style = TextStyle::Body, Ink ink = Ink::Label,
-                         Qt::TextElideMode mode = Qt::ElideMiddle, QWidget* parent = nullptr);
+                         QWidget* parent = nullptr);
     void setText(const QString& text);
     [[nodiscard]] const QString& text() const { return m_text; }
     [[nodiscard]] QSize sizeHint() const override;
@@ -79,7 +76,6 @@ private:
 
     QString m_text;
     const Ink m_ink;
-    const Qt::TextElideMode m_mode;
 };
 
 /// A titled card: the title above a rounded ground with the contents one below the other.
@@ -89,11 +85,7 @@ public:
     /// Where the contents go.
     [[nodiscard]] QVBoxLayout* contents() const { return m_contents; }
 
-protected:
-    void paintEvent(QPaintEvent* event) override;
-
 private:
-    QWidget* m_card;
     QVBoxLayout* m_contents;
 };
 

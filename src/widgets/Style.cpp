@@ -17,6 +17,8 @@
 namespace quillet {
 namespace {
 
+constexpr int kLeastMargin = 2; ///< beside a button's text, which is cut before
+
 Theme& theme() { return Theme::shared(); }
 
 /// What a button's role means for its form; lengths at the normal text size.
@@ -141,12 +143,10 @@ void Style::drawButtonLabel(const QStyleOptionButton& option, QPainter& painter,
 
     const int side = iconSide(option);
     const int gap = iconGap(option);
-    const int padding = theme().scaled(form(role).horizontalPadding);
-    const int available = std::max(0, option.rect.width() - 2 * std::min(padding, 2) - side - gap);
+    const int available = std::max(0, option.rect.width() - 2 * kLeastMargin - side - gap);
     const QString text = option.fontMetrics.elidedText(option.text, Qt::ElideRight, available, Qt::TextShowMnemonic);
     const int textWidth = option.fontMetrics.size(Qt::TextShowMnemonic, text).width();
     int x = option.rect.x() + (option.rect.width() - side - gap - textWidth) / 2;
-    if (isLeadingAligned(widget)) x = option.rect.x() + padding;
     painter.save();
     if (side > 0) {
         const int y = option.rect.y() + (option.rect.height() - side) / 2;

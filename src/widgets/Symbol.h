@@ -26,7 +26,6 @@ public:
 
     void setSymbol(const QString& name);
     void setInk(Ink ink);
-    [[nodiscard]] const QString& symbol() const { return m_name; }
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
 

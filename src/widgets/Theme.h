@@ -60,7 +60,6 @@ public:
     void setAnimations(bool animations) { m_animations = animations; }
 
     [[nodiscard]] ColorScheme colorScheme() const { return m_scheme; }
-    [[nodiscard]] double textScale() const { return m_textScale; }
     [[nodiscard]] bool animations() const { return m_animations; }
     [[nodiscard]] QColor ink(Ink ink) const;
     [[nodiscard]] QColor fill(Fill fill) const;

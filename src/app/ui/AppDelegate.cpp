@@ -220,11 +220,10 @@ void AppDelegate::statusItemViewTogglePopover(const ActivationHint& hint) {
     popover().toggle({.item = hint.itemGeometry, .point = hint.point, .cursor = pointer()});
 }
 
-void AppDelegate::showPopover(const ActivationHint& hint) {
+void AppDelegate::showPopover() {
     if (!m_statusItem || !m_statusItem->isShown()) return showWindowWithoutTray();
-    if (!hint.activationToken.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", hint.activationToken);
     if (popover().isShown()) return bringToFront(popover());
-    popover().showBeside({.item = hint.itemGeometry, .point = hint.point, .cursor = std::nullopt});
+    popover().showBeside({});
 }
 
 void AppDelegate::presenceChanged(StatusItem::Presence presence) {

@@ -56,7 +56,7 @@ public:
     void menuCheckForUpdates();
     void menuQuit();
     /// Somebody started the program once more, or asks for its window.
-    void showPopover(const ActivationHint& hint = {});
+    void showPopover();
 
     [[nodiscard]] std::vector<MenuEntry> makeContextMenu();
     void statusItemViewTogglePopover(const ActivationHint& hint);

@@ -159,7 +159,7 @@ QWidget* MenuView::makeLatestBlock() {
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(3);
     column->addWidget(new TextLabel(tr("Latest"), TextStyle::Caption2, Ink::Secondary, block));
-    m_latestName = new ElidedLabel({}, TextStyle::Caption, Ink::Label, Qt::ElideMiddle, block);
+    m_latestName = new ElidedLabel({}, TextStyle::Caption, Ink::Label, block);
     column->addWidget(m_latestName);
     QPushButton* const show = makeButton(tr("Show Last Recording in Finder"), ButtonRole::Bordered, {}, block);
     setTextStyle(*show, TextStyle::Caption);
