@@ -2,6 +2,7 @@
 
 #include <QAbstractItemView>
 #include <QAccessibleWidget>
+#include <QStyleOptionComboBox>
 #include <QWheelEvent>
 
 namespace quillet {
@@ -66,6 +67,12 @@ ComboBox::ComboBox(QWidget* parent) : QComboBox(parent) {
         return true;
     }();
     static_cast<void>(installed);
+}
+
+void ComboBox::initStyleOption(QStyleOptionComboBox* option) const {
+    QComboBox::initStyleOption(option);
+    const QRect field = style()->subControlRect(QStyle::CC_ComboBox, option, QStyle::SC_ComboBoxEditField, this);
+    option->currentText = fontMetrics().elidedText(option->currentText, Qt::ElideRight, field.width() - 2);
 }
 
 void ComboBox::wheelEvent(QWheelEvent* event) { event->ignore(); }

@@ -50,12 +50,6 @@ QSize Picker::minimumSizeHint() const {
     return style()->sizeFromContents(QStyle::CT_ComboBox, &option, {widest + 4, fontMetrics().height()}, this);
 }
 
-void Picker::initStyleOption(QStyleOptionComboBox* option) const {
-    QComboBox::initStyleOption(option);
-    const QRect field = style()->subControlRect(QStyle::CC_ComboBox, option, QStyle::SC_ComboBoxEditField, this);
-    option->currentText = fontMetrics().elidedText(option->currentText, Qt::ElideRight, field.width() - 4);
-}
-
 void alignLabels(std::initializer_list<QLabel*> labels) {
     const auto align = [all = std::vector<QLabel*>(labels)] {
         int widest = 0;

@@ -26,9 +26,6 @@ public:
     [[nodiscard]] QSize sizeHint() const override { return minimumSizeHint(); }
     /// Wide enough for its values, up to a point.
     [[nodiscard]] QSize minimumSizeHint() const override;
-
-protected:
-    void initStyleOption(QStyleOptionComboBox* option) const override;
 };
 
 /// Keeps labels as wide as the widest of them, so that what follows them stands in one column.

@@ -6,7 +6,6 @@
 #include <QAbstractListModel>
 #include <QListView>
 #include <QPainter>
-#include <QStylePainter>
 #include <QStyledItemDelegate>
 
 #include <algorithm>
@@ -95,17 +94,6 @@ void TemplatePicker::setTemplates(const std::vector<MeetingTemplate>& templates)
 void TemplatePicker::setSelectedId(const std::optional<QUuid>& id) {
     m_selectedId = id;
     showSelection();
-}
-
-void TemplatePicker::paintEvent(QPaintEvent*) {
-    QStylePainter painter(this);
-    QStyleOptionComboBox option;
-    initStyleOption(&option);
-    const int room =
-        style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, this).width() - 2;
-    option.currentText = fontMetrics().elidedText(option.currentText, Qt::ElideRight, room);
-    painter.drawComplexControl(QStyle::CC_ComboBox, option);
-    painter.drawControl(QStyle::CE_ComboBoxLabel, option);
 }
 
 void TemplatePicker::showSelection() {

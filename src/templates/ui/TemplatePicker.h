@@ -20,9 +20,6 @@ public:
     void setTemplates(const std::vector<MeetingTemplate>& templates);
     void setSelectedId(const std::optional<QUuid>& id);
 
-protected:
-    void paintEvent(QPaintEvent* event) override;
-
 private:
     class Entries;
     void showSelection();
