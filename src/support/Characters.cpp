@@ -26,4 +26,10 @@ QString firstCharacters(const QString& text, int count) {
     return end == icu::BreakIterator::DONE ? text : text.left(end);
 }
 
+QString firstCharactersWithin(const QString& text, int count, qsizetype bytes) {
+    QString first = firstCharacters(text, count);
+    while (count > 0 && first.toUtf8().size() > bytes) first = firstCharacters(first, --count);
+    return first;
+}
+
 } // namespace quillet

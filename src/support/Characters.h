@@ -8,5 +8,7 @@ namespace quillet {
 /// with its accents, a family emoji and the pair of carriage return and line feed are one each. The whole text when it
 /// is no longer than that. Takes no longer for a long text than for the part that is returned. Any thread.
 [[nodiscard]] QString firstCharacters(const QString& text, int count);
+/// The same with no more bytes in UTF-8 either, as for names of files.
+[[nodiscard]] QString firstCharactersWithin(const QString& text, int count, qsizetype bytes);
 
 } // namespace quillet

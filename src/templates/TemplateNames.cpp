@@ -22,20 +22,15 @@ QString templateNameForOneLine(const QString& name, int characters) {
 }
 
 QString templateFileName(const QString& proposed) {
-    constexpr qsizetype kLongestName = 248; // bytes; of 255, what saving beside the file under a longer name leaves
+    constexpr int kLongestName = 248; // bytes; of 255, what saving beside the file under a longer name leaves
     QString name = proposed;
     for (QChar& c : name) {
         if (c == QLatin1Char('/') || breaksALine(c)) c = QLatin1Char('-');
     }
     const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
     const QString extension = dot < 0 ? QString() : name.mid(dot);
-    QString stem = dot < 0 ? name : name.left(dot);
-    const auto bytes = [&] { return (stem + extension).toUtf8().size(); };
-    // At first roughly, as a character has at most a few bytes more than one; then one by one.
-    stem = firstCharacters(stem, static_cast<int>(kLongestName));
-    for (int characters = static_cast<int>(kLongestName); bytes() > kLongestName && characters > 0; --characters)
-        stem = firstCharacters(stem, characters);
-    return stem + extension;
+    const QString stem = dot < 0 ? name : name.left(dot);
+    return firstCharactersWithin(stem, kLongestName, kLongestName - extension.toUtf8().size()) + extension;
 }
 
 } // namespace quillet

@@ -1,12 +1,13 @@
 #include "notes/vault/VaultNames.h"
 
+#include "support/Characters.h"
+
 #include <QRegularExpression>
-#include <QTextBoundaryFinder>
 
 namespace quillet::vault {
 namespace {
 
-constexpr qsizetype kMaxCharacters = 100;
+constexpr int kMaxCharacters = 100;
 constexpr qsizetype kMaxSuffixBytes = 8;
 constexpr qsizetype kMaxNumberBytes = 8; ///< " (10000)"
 constexpr qsizetype kMaxNameBytes = 255; ///< that file systems take
@@ -30,18 +31,6 @@ bool isReservedElsewhere(const QString& name) {
     return kDevices.match(name).hasMatch();
 }
 
-/// The longest beginning that is within both limits and does not cut through what is seen as one character.
-QString beginning(const QString& text) {
-    if (text.size() <= kMaxCharacters && text.toUtf8().size() <= kMaxBytes) return text;
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
-    qsizetype end = 0;
-    for (qsizetype next = finder.toNextBoundary(); next > 0; next = finder.toNextBoundary()) {
-        if (next > kMaxCharacters || text.left(next).toUtf8().size() > kMaxBytes) break;
-        end = next;
-    }
-    return text.left(end);
-}
-
 } // namespace
 
 QString fileBaseName(const QString& title) {
@@ -58,7 +47,7 @@ QString fileBaseName(const QString& title) {
     name = name.simplified();
     while (name.startsWith(QLatin1Char('.')) || name.startsWith(QLatin1Char(' '))) name.remove(0, 1);
     if (isReservedElsewhere(name)) name.prepend(QLatin1Char('_'));
-    name = beginning(name);
+    name = firstCharactersWithin(name, kMaxCharacters, kMaxBytes);
     while (name.endsWith(QLatin1Char('.')) || name.endsWith(QLatin1Char(' '))) name.chop(1);
     return name.isEmpty() ? QStringLiteral("Recording") : name;
 }
