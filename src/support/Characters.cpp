@@ -9,27 +9,65 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
+#include <optional>
 
 namespace quillet {
 
+namespace {
+
+/// The characters of a text that outlives it, one after the other; looks no further than it is asked to.
+class Characters {
+public:
+    explicit Characters(const QString& text)
+        : m_text(false, reinterpret_cast<const char16_t*>(text.utf16()),
+                 static_cast<int32_t>(std::min<qsizetype>(text.size(), std::numeric_limits<int32_t>::max()))) {
+        UErrorCode status = U_ZERO_ERROR;
+        m_breaks.reset(icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+        require(U_SUCCESS(status), "the break rules of ICU are missing");
+        m_breaks->setText(m_text);
+    }
+
+    /// Where the next so many end; absent when there are fewer.
+    std::optional<qsizetype> next(int count = 1) {
+        const int32_t end = m_breaks->next(count);
+        return end == icu::BreakIterator::DONE ? std::nullopt : std::optional<qsizetype>(end);
+    }
+
+private:
+    const icu::UnicodeString m_text; ///< ICU counts in 32 bits; the alias copies nothing
+    std::unique_ptr<icu::BreakIterator> m_breaks;
+};
+
+} // namespace
+
 QString firstCharacters(const QString& text, int count) {
     if (text.size() <= count) return text;
-    UErrorCode status = U_ZERO_ERROR;
-    const std::unique_ptr<icu::BreakIterator> characters(
-        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
-    require(U_SUCCESS(status), "the break rules of ICU are missing");
-    // ICU counts in 32 bits; the alias copies nothing.
-    const auto size = static_cast<int32_t>(std::min<qsizetype>(text.size(), std::numeric_limits<int32_t>::max()));
-    const icu::UnicodeString alias(false, reinterpret_cast<const char16_t*>(text.utf16()), size);
-    characters->setText(alias);
-    const int32_t end = characters->next(count);
-    return end == icu::BreakIterator::DONE ? text : text.left(end);
+    return text.left(Characters(text).next(count).value_or(text.size()));
 }
 
 QString firstCharactersWithin(const QString& text, int count, qsizetype bytes) {
-    QString first = firstCharacters(text, count);
-    while (count > 0 && first.toUtf8().size() > bytes) first = firstCharacters(first, --count);
-    return first;
+    const QString first = firstCharacters(text, count);
+    Characters characters(first);
+    qsizetype end = 0;
+    for (auto next = characters.next(); next && first.left(*next).toUtf8().size() <= bytes; next = characters.next())
+        end = *next;
+    return first.left(end);
+}
+
+QString breakable(const QString& text, int every) {
+    QString broken;
+    Characters characters(text);
+    int inWord = 0;
+    qsizetype begin = 0;
+    for (auto end = characters.next(); end; begin = *end, end = characters.next()) {
+        inWord = text.at(begin).isSpace() ? 0 : inWord + 1;
+        if (inWord > every) {
+            broken += QChar(0x200B);
+            inWord = 1;
+        }
+        broken += QStringView(text).mid(begin, *end - begin);
+    }
+    return broken;
 }
 
 } // namespace quillet

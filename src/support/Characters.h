@@ -11,4 +11,8 @@ namespace quillet {
 /// The same with no more bytes in UTF-8 either, as for names of files.
 [[nodiscard]] QString firstCharactersWithin(const QString& text, int count, qsizetype bytes);
 
+/// The text with a place to break (U+200B) after every so many characters of a word: names and addresses may be one
+/// long word, which would widen what it is shown in. Any thread.
+[[nodiscard]] QString breakable(const QString& text, int every = 30);
+
 } // namespace quillet

@@ -183,7 +183,8 @@ protected:
         again();
         look(*view, "settings-ai-cloud-meanwhile");
         defaults.set(DefaultsKeys::localModelAddress, u"http://127.0.0.1:11434/v1"_s);
-        defaults.set(DefaultsKeys::localModelName, u"small"_s);
+        defaults.set(DefaultsKeys::localModelName,
+                     u"a_model_whose_name_is_one_word_and_as_long_as_some_are_8b_q4_k_m"_s);
         again();
         look(*view, "settings-ai-local");
         model->setUseLocal(false);

@@ -1,11 +1,11 @@
 #include "app/ui/MenuView.h"
 
 #include "app/ui/MenuParts.h"
+#include "support/Characters.h"
 #include "support/ShownText.h"
 #include "widgets/Symbol.h"
 
 #include <QFile>
-#include <QRegularExpression>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTimerEvent>
@@ -22,12 +22,6 @@ constexpr int kRecordHeight = 52; ///< of the one button that matters, at least
 constexpr int kTallestRecord = 84;
 
 QString nameOf(const std::filesystem::path& file) { return QFile::decodeName(file.filename().c_str()); }
-
-/// Names of devices may be one long word: every 30 characters of one its line may break.
-QString breakable(const QString& text) {
-    static const QRegularExpression kLongWord(QStringLiteral(R"(((?:(?!\s)\X){30})(?=\S))"));
-    return QString(text).replace(kLongWord, QStringLiteral("\\1\u200B"));
-}
 
 QVBoxLayout* makeColumn(QWidget* section) {
     auto* const column = new QVBoxLayout(section);

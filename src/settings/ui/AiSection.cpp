@@ -1,6 +1,7 @@
 #include "settings/ui/AiSection.h"
 
 #include "settings/ui/SwitchRow.h"
+#include "support/Characters.h"
 #include "support/ShownText.h"
 #include "widgets/Symbol.h"
 
@@ -11,6 +12,8 @@
 
 namespace quillet {
 namespace {
+
+constexpr int kLongestWord = 16; ///< that the smallest window has room for with the largest text
 
 /// A symbol and, beside it, texts one below the other.
 struct SymbolRow {
@@ -96,7 +99,7 @@ void AiSection::showSummaries() {
     m_fallback->setText(
         status.meanwhile == Meanwhile::CloudService
             ? tr("Until on-device AI becomes available, your transcript text is sent to %1, a cloud service.")
-                  .arg(status.host)
+                  .arg(breakable(status.host, kLongestWord))
             : tr("Summaries will automatically use Gemini EU as fallback until on-device AI becomes available."));
 }
 
@@ -111,7 +114,9 @@ void AiSection::showMaker(const SettingsModel::SummaryStatus& status) {
     switch (status.maker) {
     case Maker::LocalServer:
         return show("checkmark.circle.fill", Ink::Green,
-                    tr("Summaries are made on this computer by %1 at %2.").arg(status.model, status.host), Ink::Green);
+                    tr("Summaries are made on this computer by %1 at %2.")
+                        .arg(breakable(status.model, kLongestWord), breakable(status.host, kLongestWord)),
+                    Ink::Green);
     case Maker::SystemModel:
         return show("checkmark.circle.fill", Ink::Green, tr("Apple Intelligence is available"), Ink::Green);
     case Maker::Unavailable:
@@ -119,7 +124,8 @@ void AiSection::showMaker(const SettingsModel::SummaryStatus& status) {
                     shownText(m_model->services().summarisation->localAvailabilityStatus.value()), Ink::Orange);
     case Maker::CloudService:
         return show("cloud.fill", Ink::Blue,
-                    tr("Using %1 — your transcript text is sent to this cloud service.").arg(status.host),
+                    tr("Using %1 — your transcript text is sent to this cloud service.")
+                        .arg(breakable(status.host, kLongestWord)),
                     Ink::Secondary);
     case Maker::SystemCloud:
         return show("cloud.fill", Ink::Blue,

@@ -4,6 +4,7 @@
 #include "settings/ui/PathBox.h"
 #include "settings/ui/Picker.h"
 #include "settings/ui/SwitchRow.h"
+#include "support/Characters.h"
 #include "support/ShownText.h"
 #include "widgets/FlowRow.h"
 
@@ -73,7 +74,7 @@ QWidget* GeneralSection::makeSound() {
     auto* const problem = new TextLabel({}, TextStyle::Caption, Ink::Orange, group);
     group->contents()->addWidget(problem);
     m_soundChoice->problem.subscribe(this, [problem](const QString& reason) {
-        problem->setText(tr("The sound devices cannot be listed: %1.").arg(shownText(reason)));
+        problem->setText(tr("The sound devices cannot be listed: %1.").arg(breakable(shownText(reason))));
         problem->setVisible(!reason.isEmpty());
     });
     group->contents()->addWidget(makeNotStored(m_soundChoice->wasNotStored));
