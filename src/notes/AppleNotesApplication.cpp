@@ -11,13 +11,10 @@ NotesAccess AppleNotesApplication::probeAccess() {
 NoteOutcome AppleNotesApplication::createNoteWithAttachment(const NoteDraft& draft) {
     const QString path = QFile::decodeName(draft.attachment.c_str());
     const CreateNoteResult result = m_runner.createNoteWithAttachment(path, draft.title, draft.body, draft.folderName);
-    NoteOutcome outcome{result.success, result.isAutomationDenied, {}};
-    if (result.isAutomationDenied) {
-        outcome.reason = QStringLiteral("Notes does not let this program create notes.");
-    } else if (!result.success) {
-        outcome.reason = QStringLiteral("Notes could not create the note.");
-    }
-    return outcome;
+    if (result.success) return NoteOutcome::made();
+    return result.isAutomationDenied
+               ? NoteOutcome::refused(QStringLiteral("Notes does not let this program create notes."))
+               : NoteOutcome::failed(QStringLiteral("Notes could not create the note."));
 }
 
 } // namespace quillet

@@ -17,11 +17,16 @@ struct NoteDraft {
     QString identity{};                ///< what was asked for: the same at a repeat, whose texts may read differently
 };
 
-/// What became of it. success and isAutomationDenied are never both true.
+/// What became of it. success and isAutomationDenied are never both true. A reason is a sentence for the user, without
+/// secrets.
 struct NoteOutcome {
     bool success = false;
     bool isAutomationDenied = false; ///< the user, or the application for the user, refuses us
-    QString reason;                  ///< without success: a sentence for the user, without secrets
+    QString reason;                  ///< without success
+
+    static NoteOutcome made() { return {true, false, {}}; }
+    static NoteOutcome failed(const QString& reason) { return {false, false, reason}; }
+    static NoteOutcome refused(const QString& reason) { return {false, true, reason}; }
 };
 
 /// Whether the notes application lets us in.

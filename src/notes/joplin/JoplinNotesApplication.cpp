@@ -43,7 +43,8 @@ const JoplinFolder* find(const std::vector<JoplinFolder>& folders, const QString
 }
 
 NoteOutcome failed(Fault fault) {
-    return {.success = false, .isAutomationDenied = fault == Fault::Refused, .reason = joplin::describe(fault)};
+    return fault == Fault::Refused ? NoteOutcome::refused(joplin::describe(fault))
+                                   : NoteOutcome::failed(joplin::describe(fault));
 }
 
 } // namespace
@@ -185,16 +186,16 @@ bool JoplinNotesApplication::canNameFolder(const QString& name) const { return !
 NoteOutcome JoplinNotesApplication::createNoteWithAttachment(const NoteDraft& draft) {
     joplin::Recording recording(draft.attachment);
     if (!recording.isOpen())
-        return {false, false, QStringLiteral("The recording %1 cannot be read.").arg(recording.file.fileName())};
+        return NoteOutcome::failed(QStringLiteral("The recording %1 cannot be read.").arg(recording.file.fileName()));
     const QString folderName = draft.folderName.value_or(QString()).trimmed();
     if (!folderName.isEmpty() && !canNameFolder(folderName))
-        return {false, false, QStringLiteral("A folder in Joplin cannot be called “%1”.").arg(folderName)};
+        return NoteOutcome::failed(QStringLiteral("A folder in Joplin cannot be called “%1”.").arg(folderName));
     const auto client = connect();
     if (!client) return failed(client.error());
     const auto folder = findOrMakeFolder(**client, folderName);
     if (!folder) return failed(folder.error());
     const auto made = joplin::makeNote(**client, draft, recording, *folder, m_options.lockFolder);
-    return made ? NoteOutcome{.success = true, .isAutomationDenied = false, .reason = {}} : failed(made.error());
+    return made ? NoteOutcome::made() : failed(made.error());
 }
 
 } // namespace quillet

@@ -21,9 +21,8 @@ QString shown(const std::filesystem::path& path) { return QString::fromStdString
 bool isRefusal(int error) { return error == EACCES || error == EROFS || error == EPERM; }
 
 NoteOutcome failed(const QString& what, const PlatformError& error) {
-    return {.success = false,
-            .isAutomationDenied = isRefusal(error.code),
-            .reason = QStringLiteral("%1: %2.").arg(what, error.description)};
+    const QString reason = QStringLiteral("%1: %2.").arg(what, error.description);
+    return isRefusal(error.code) ? NoteOutcome::refused(reason) : NoteOutcome::failed(reason);
 }
 
 std::vector<std::string> encoded(const QStringList& names) {
@@ -113,12 +112,12 @@ bool VaultNotesApplication::testFolderConnection(const QString& folderName) {
 NoteOutcome VaultNotesApplication::createNoteWithAttachment(const NoteDraft& draft) {
     const QString folderName = draft.folderName.value_or(QString()).trimmed();
     if (!folderName.isEmpty() && !vault::isFolderName(folderName))
-        return {false, false, QStringLiteral("A folder of the notes cannot be called “%1”.").arg(folderName)};
+        return NoteOutcome::failed(QStringLiteral("A folder of the notes cannot be called “%1”.").arg(folderName));
     const QFileInfo recording(shown(draft.attachment));
     // The vault's volume may keep us waiting, and another recording may take the name of this one meanwhile.
     QFile recordingFile(recording.filePath());
     if (!recording.isFile() || !recordingFile.open(QFile::ReadOnly))
-        return {false, false, QStringLiteral("The recording %1 cannot be read.").arg(recording.filePath())};
+        return NoteOutcome::failed(QStringLiteral("The recording %1 cannot be read.").arg(recording.filePath()));
     const QDateTime recordedAt = recording.lastModified();
 
     const auto vault = openVault();
@@ -154,7 +153,7 @@ NoteOutcome VaultNotesApplication::createNoteWithAttachment(const NoteDraft& dra
                                   return vault::fileName(baseName, number - 1 + attempt, QStringLiteral(".md"));
                               },
                               text.toUtf8());
-    if (note) return {.success = true, .isAutomationDenied = false, .reason = {}};
+    if (note) return NoteOutcome::made();
     (*recordingFolder)->remove(*added);
     return failed(QStringLiteral("The note could not be written"), note.error());
 }
