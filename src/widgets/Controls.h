@@ -29,7 +29,7 @@ enum class Tint { Accent, Record };
 void setButtonTint(QPushButton& button, Tint tint);
 /// The room above and below the button's text, in pixels at the normal text size, instead of what its role has.
 void setVerticalPadding(QPushButton& button, double pixels);
-/// Keeps the button's text in a style as the text size changes.
+/// Keeps a widget's text in a style as the text size changes.
 void setTextStyle(QWidget& widget, TextStyle style);
 
 [[nodiscard]] ButtonRole buttonRole(const QWidget* button);

@@ -61,7 +61,7 @@ private:
 class AlertCard final : public QWidget {
     Q_OBJECT
 public:
-    /// The answers run after the card has been told to go.
+    /// Every answer ends with dismiss, after which the card may be gone.
     struct Actions {
         std::function<void()> dismiss;
         std::function<void()> openSettings; ///< used for a refusal of automation only
