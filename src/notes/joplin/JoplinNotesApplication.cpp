@@ -16,6 +16,7 @@ using joplin::JoplinFolder;
 
 constexpr quint16 kFirstPort = 41184;
 constexpr std::size_t kPortCount = 10;
+constexpr const char* kJoplinsOwnFolder = "Conflicts"; ///< in English; it refuses to make another of that name
 constexpr const char* kFolderOfLastResort = "Quillet Notes";
 
 std::vector<quint16> usualPorts() {
@@ -181,7 +182,10 @@ Result<QString, Fault> JoplinNotesApplication::findOrMakeFolder(joplin::Client& 
     return client.makeFolder(titleAsKept(wanted));
 }
 
-bool JoplinNotesApplication::canNameFolder(const QString& name) const { return !titleAsKept(name).isEmpty(); }
+bool JoplinNotesApplication::canNameFolder(const QString& name) const {
+    const QString title = titleAsKept(name);
+    return !title.isEmpty() && title != QLatin1String(kJoplinsOwnFolder);
+}
 
 NoteOutcome JoplinNotesApplication::createNoteWithAttachment(const NoteDraft& draft) {
     joplin::Recording recording(draft.attachment);
