@@ -36,6 +36,11 @@ public:
         std::erase_if(m_subscribers, [](const Subscriber& subscriber) { return !subscriber.context; });
     }
 
+    /// Tells nobody what they know.
+    void setIfChanged(T value) {
+        if (value != m_value) set(std::move(value));
+    }
+
     /// Calls tell with the present value now and at each set(), for as long as the context object lives.
     void subscribe(QObject* context, std::function<void(const T&)> tell) {
         tell(m_value);

@@ -46,11 +46,6 @@ std::optional<bool> animationsOf(const QVariant& value) {
     return value.metaType() == QMetaType::fromType<bool>() ? std::optional(value.toBool()) : std::nullopt;
 }
 
-template <typename T>
-void publish(Published<T>& published, const T& value) {
-    if (published.value() != value) published.set(value);
-}
-
 } // namespace
 
 LinuxAppearance::LinuxAppearance(const QDBusConnection& bus) : m_bus(bus) {
@@ -77,9 +72,9 @@ void LinuxAppearance::take(const QString& group, const QString& key, const QVari
     const auto is = [&](const Setting& setting) {
         return group == QLatin1String(setting.group) && key == QLatin1String(setting.key);
     };
-    if (is(kScheme)) publish(m_scheme, schemeOf(value));
-    if (is(kTextScale)) publish(m_textScale, scaleOf(value));
-    if (is(kAnimations)) publish(m_animations, animationsOf(value));
+    if (is(kScheme)) m_scheme.setIfChanged(schemeOf(value));
+    if (is(kTextScale)) m_textScale.setIfChanged(scaleOf(value));
+    if (is(kAnimations)) m_animations.setIfChanged(animationsOf(value));
 }
 
 } // namespace quillet

@@ -72,25 +72,21 @@ void LinuxStatusItem::update() {
         m_olderTrays.reset();
         m_olderTray.reset();
         m_menu.refresh(); // this panel may need the last entry, the one before may not have
-        publish(m_host.state() == NotifierHost::State::Shown ? Presence::Shown : Presence::Absent);
+        m_presence.setIfChanged(m_host.state() == NotifierHost::State::Shown ? Presence::Shown : Presence::Absent);
     }
 }
 
 void LinuxStatusItem::lookForOlderTray() {
     if (!XembedTray::isAvailable()) {
         m_olderTray.reset();
-        publish(Presence::Absent);
+        m_presence.setIfChanged(Presence::Absent);
         return;
     }
     if (!m_olderTray) {
         m_olderTray = std::make_unique<XembedTray>(m_handlers.activate, [this] { return entries(); });
         m_olderTray->setImages(imagesFor(m_image), m_image.description);
     }
-    publish(Presence::Shown);
-}
-
-void LinuxStatusItem::publish(Presence presence) {
-    if (m_presence.value() != presence) m_presence.set(presence);
+    m_presence.setIfChanged(Presence::Shown);
 }
 
 void LinuxStatusItem::refreshMenu() { m_menu.refresh(); }

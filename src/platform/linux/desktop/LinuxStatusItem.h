@@ -39,7 +39,6 @@ private:
     void start();
     void update();
     void lookForOlderTray();
-    void publish(Presence presence);
     void openMenuAt(QPoint reported);
     [[nodiscard]] std::vector<MenuEntry> entries() const;
     [[nodiscard]] const std::vector<QImage>& imagesFor(const StatusImage& image);
