@@ -1,10 +1,11 @@
 #include "templates/ui/TextArea.h"
 
 #include "widgets/Controls.h"
-#include "widgets/Theme.h"
 
 #include <QEvent>
 #include <QPainter>
+#include <QStyle>
+#include <QStyleOption>
 #include <QTextDocument>
 
 namespace quillet {
@@ -22,13 +23,9 @@ TextArea::TextArea(const QString& accessibleName, QWidget* parent) : QPlainTextE
 bool TextArea::event(QEvent* event) {
     if (event->type() != QEvent::Paint) return QPlainTextEdit::event(event);
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setBrush(Theme::shared().fill(Fill::Card));
-    painter.setPen(hasFocus() ? QPen(Theme::shared().ink(Ink::Accent), 2)
-                              : QPen(Theme::shared().fill(Fill::Border), 1));
-    const double radius = Theme::shared().scaled(6);
-    const double inset = hasFocus() ? 1 : 0.5;
-    painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), radius, radius);
+    QStyleOption field;
+    field.initFrom(this);
+    style()->drawPrimitive(QStyle::PE_PanelLineEdit, &field, &painter, this);
     return true;
 }
 
