@@ -74,6 +74,8 @@ protected:
     const QString kDefaultVault = QStringLiteral("/home/ada/Documents/Quillet Notes");
     FileUserDefaults unwritable{QStringLiteral("/dev/null/settings.conf")};
     UserDefaults* kept = &defaults; ///< where the window keeps what is chosen in it
+    std::unique_ptr<RecordingFileManager> files =
+        std::make_unique<RecordingFileManager>(FileServices::standard(), defaults);
     FakeChooser chooser;
     FakeSystemModel systemModel;
     bool launches = false;

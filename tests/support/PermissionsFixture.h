@@ -2,7 +2,6 @@
 
 #include "notes/NoteIntegrator.h"
 #include "permissions/PermissionManager.h"
-#include "storage/RecordingFileManager.h"
 #include "support/FakeNotesApplication.h"
 #include "support/FakePermissionServices.h"
 #include "support/WaitFor.h"
@@ -29,8 +28,6 @@ protected:
 class PermissionsWindowFixture : public PermissionsFixture {
 protected:
     std::shared_ptr<PermissionManager> permissions;
-    std::unique_ptr<RecordingFileManager> files =
-        std::make_unique<RecordingFileManager>(FileServices::standard(), defaults);
     NoteIntegrator integrator{notes, defaults, [this] {
                                   return permissions &&
                                          permissions->automationStatus.value() == PermissionStatus::Granted;
