@@ -57,7 +57,7 @@ class Bench:
         return sides
 
     def record(self, sides, folder):
-        """The command for a recording of two files into an empty folder."""
+        """The command for a recording of two files; repeated, it sets the earlier ones aside."""
         return [self.quillet, "record", "--system", f"file:{sides[0]}", "--microphone", f"file:{sides[1]}",
                 "--as-fast-as-possible", "--json", "--folder", str(folder)]
 
@@ -405,8 +405,8 @@ class Bench:
 EXPLANATION = """\
 Processor time is user and system time of the whole process over two {minutes}-minute WAV files of speech: medians of
 {rounds} rounds in which both programs ran side by side on one processor, which makes each dearer than alone, and the
-shorter again and again until the longer had ended. "Theirs" does the same work: a gain that adapts per source, mixing, AAC at
-256 kbit/s in an MP4 file. Coding noise is compared with what the encoder was given, by a simple model of masking
+shorter again and again until the longer had ended. "Theirs" does the same work: a gain that adapts per source, mixing,
+AAC at 256 kbit/s in an MP4 file. Coding noise is compared with what the encoder was given, by a simple model of masking
 (bench/Quality.cpp says which); nobody listened. Live, both record at once from one server, in {live_rounds} rounds;
 beside the default encoder options in one. Wake-ups are voluntary context switches of all threads. The tray application
 runs on an X server without a window manager, beside a panel that answers at once (bench/TrayMeter.cpp); "its share" of

@@ -70,6 +70,8 @@ std::filesystem::path ownProgram() {
 
 void replaceProgram(const char* program, char** arguments) { ::execv(program, arguments); }
 
+void prepareEventLoop() {} // there is no other
+
 int makePipe(int (&ends)[2]) { return answer(pipe2(ends, O_CLOEXEC | O_NONBLOCK)); }
 
 } // namespace quillet::SystemCalls

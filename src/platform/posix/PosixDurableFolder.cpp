@@ -260,7 +260,9 @@ private:
             });
             if (!renamed && isUnsupported(renamed.error().code)) return addInPlace(names, fd.get());
             if (!renamed) return Failure{renamed.error()};
-            return described(fd.get(), *renamed);
+            // Looked at under its new name: some network file systems number files by their paths.
+            const UniqueFd file(openat(m_fd.get(), renamed->c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+            return described(file.get(), *renamed);
         }();
         unlinkat(m_fd.get(), hidden.c_str(), 0);
         if (auto synced = syncFolder(m_fd.get()); added && !synced) {

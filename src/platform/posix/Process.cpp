@@ -67,11 +67,7 @@ void prepareProcess() {
     while (number >= 0 && number <= STDERR_FILENO);
     if (number >= 0) close(number);
     handle(SIGXFSZ, letPass);
-#if defined(__APPLE__)
-    // Else a program without windows has an event loop of the toolkit's that serves neither the system's run loop nor
-    // its main queue, through which frameworks tell of their devices.
-    setenv("QT_EVENT_DISPATCHER_CORE_FOUNDATION", "1", 0);
-#endif
+    SystemCalls::prepareEventLoop();
 }
 
 // In Qt 6.4 QProcess::startDetached() takes no notice of a modifier, so the second fork is made here. What keeps the
