@@ -104,7 +104,7 @@ double clocksToRender(int size) {
 
 TEST(MeetingTemplateTest, MegabytesAreRenderedInLinearTime) {
     const double small = clocksToRender(1 << 20);
-    EXPECT_LT(clocksToRender(8 << 20), 16 * small) << small; // 8 when linear, 64 when quadratic
+    EXPECT_LT(clocksToRender(8 << 20), 32 * small) << small; // 8 when linear, 64 when quadratic
 }
 
 TEST(MeetingContextTest, ShortTranscriptEndsAfterFiveHundredCharactersAsPerceived) {
