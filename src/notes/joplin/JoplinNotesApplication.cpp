@@ -192,11 +192,14 @@ NoteOutcome JoplinNotesApplication::createNoteWithAttachment(const NoteDraft& dr
     if (!recording.isOpen())
         return NoteOutcome::failed(QStringLiteral("The recording %1 cannot be read.").arg(recording.file.fileName()));
     const QString folderName = draft.folderName.value_or(QString()).trimmed();
-    if (!folderName.isEmpty() && !canNameFolder(folderName))
-        return NoteOutcome::failed(QStringLiteral("A folder in Joplin cannot be called “%1”.").arg(folderName));
+    const QString unnamable = QStringLiteral("A folder in Joplin cannot be called “%1”.").arg(folderName);
+    if (!folderName.isEmpty() && titleAsKept(folderName).isEmpty()) return NoteOutcome::failed(unnamable);
     const auto client = connect();
     if (!client) return failed(client.error());
     const auto folder = findOrMakeFolder(**client, folderName);
+    // In another language than English it is an ordinary name, which a folder may have.
+    const bool isUnnamable = !folder && folder.error() == Fault::ServerError && !canNameFolder(folderName);
+    if (isUnnamable) return NoteOutcome::failed(unnamable);
     if (!folder) return failed(folder.error());
     const auto made = joplin::makeNote(**client, draft, recording, *folder, m_options.lockFolder);
     return made ? NoteOutcome::made() : failed(made.error());

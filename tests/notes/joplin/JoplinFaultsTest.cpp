@@ -104,6 +104,16 @@ TEST_F(JoplinFaultsTest, everyBadAnswerToEveryStepEndsInASentenceAndATidyService
     }
 }
 
+TEST_F(JoplinFaultsTest, inAnotherLanguageTheNameOfItsOwnFolderIsAnOrdinaryOne) {
+    service.script = [](const Request& request) {
+        if (request.path != u"/folders") return FakeService::asJoplin(request);
+        return reply(200, R"({"items":[{"id":"g","title":"Conflicts","parent_id":""}],"has_more":false})");
+    };
+    NoteDraft draft = user.draft();
+    draft.folderName = u("Conflicts");
+    EXPECT_TRUE(create(draft).success);
+}
+
 TEST_F(JoplinFaultsTest, theTokenGoesToJoplinOnly) {
     limits.ping = milliseconds(1'000); // one of the strangers never answers
     FakeService joplin(FakeService::asJoplin);

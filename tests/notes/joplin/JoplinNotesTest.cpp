@@ -112,6 +112,7 @@ TEST_F(JoplinTest, aFolderIsFoundByItsExactTitleAndMadeOnce) {
             draft.folderName = row.name;
             const NoteOutcome outcome = create(draft);
             EXPECT_EQ(outcome.success, row.usable) << qPrintable(outcome.reason);
+            EXPECT_EQ(outcome.reason.contains(u("cannot be called")), !row.usable) << qPrintable(outcome.reason);
             EXPECT_FALSE(outcome.isAutomationDenied);
         }
         EXPECT_EQ(joplin.list(u("/folders")).size() - before, row.usable && !row.exists ? 1 : 0);
