@@ -11,8 +11,8 @@ namespace quillet {
 namespace {
 
 /// How far sources that can be held back may run ahead of the encoder before the next second of theirs is asked for:
-/// 1 s keeps it busy at little memory.
-constexpr std::int64_t kMostBlocksAhead = 48;
+/// 0.7 s keeps it busy at little memory.
+constexpr std::int64_t kMostBlocksAhead = 32;
 
 } // namespace
 
