@@ -14,7 +14,7 @@ class BlockRecorder {
 public:
     virtual ~BlockRecorder() = default;
 
-    /// An empty span is a block of silence. What was written goes to the disk at the latest with the next 3 s of sound.
+    /// An empty span is a block of silence. What was written goes to the disk at the latest with the next 5 s of sound.
     [[nodiscard]] virtual Result<void> write(std::span<const float> interleaved) = 0;
     /// What was written is on the disk afterwards, but for what an encoder holds. Follows when nothing more is waiting
     /// to be written.

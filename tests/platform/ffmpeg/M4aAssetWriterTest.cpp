@@ -270,7 +270,7 @@ TEST(M4aAssetWriterTest, aStuckDiskFillsTheQueueAndLosesNothing) {
     ASSERT_EQ(finish(*memory.writer), Status::Completed);
     const std::vector<float> decoded = decode(memory.disk->bytes);
     EXPECT_EQ(decoded.size(), (kBatch + kQueue) * kBlockSamples);
-    EXPECT_LT(memory.disk->syncs, 13) << "of 22 fragments that were waiting, four go to the disk at a time";
+    EXPECT_LT(memory.disk->syncs, 10) << "of 22 fragments that were waiting, eight go to the disk at a time";
     EXPECT_LT(worstBlockDb(decoded, sound), -15);
     EXPECT_EQ(memory.interruptions, 0);
 }

@@ -10,7 +10,7 @@ namespace quillet {
 namespace {
 
 constexpr int kStagingBytes = 32 * 1024;
-constexpr std::size_t kUsualBytes = 96 * 1024; ///< four fragments of 0.68 s at 256 kbit/s
+constexpr std::size_t kUsualBytes = 192 * 1024; ///< eight fragments of 0.68 s at 256 kbit/s
 
 } // namespace
 

@@ -32,8 +32,8 @@ public:
     /// second of sound is not on the disk at any time. Each fragment costs four switches to other threads.
     static constexpr int kBlocksPerFragment = 32;
     /// A disk takes longer for its promise to have stored something than for storing it: so many share one while more
-    /// sound is waiting in memory anyway. 2.7 s.
-    static constexpr int kMostFragmentsWaiting = 4;
+    /// sound is waiting in memory anyway. 5 s.
+    static constexpr int kMostFragmentsWaiting = 8;
 
 private:
     RecordingPipeline(std::unique_ptr<RecordingFile> file, const m4a::Retries& retries,
