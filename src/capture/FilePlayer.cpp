@@ -173,7 +173,11 @@ void FilePlayer::runBatch() {
         deliverTicks();
     }
     if (m_ended && m_callbacks.didEnd) m_callbacks.didEnd();
-    if (!m_ended && m_pace == Pace::AsFastAsPossible) return postBatch();
+    if (!m_ended && m_pace == Pace::AsFastAsPossible) {
+        // Asked before posting: the writer's thread, which has just posted this batch, may still be holding the mutex.
+        if (writerTakesMore()) postBatch();
+        return;
+    }
     const std::lock_guard lock(m_mutex);
     m_batchIsOut = false;
     if (m_ended) m_queue = nullptr;

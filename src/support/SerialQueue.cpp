@@ -42,10 +42,13 @@ SerialQueue::~SerialQueue() {
 }
 
 void SerialQueue::post(Item& item) {
-    State& state = *m_state;
-    const std::lock_guard lock(state.mutex); // to the end: the item may be what ends the queue
-    state.append(item);
-    if (!std::exchange(state.hurried, true)) state.wake.notify_one();
+    std::shared_ptr<State> toWake; // held, for the item may be what ends the queue
+    {
+        const std::lock_guard lock(m_state->mutex);
+        m_state->append(item);
+        if (!std::exchange(m_state->hurried, true)) toWake = m_state;
+    }
+    if (toWake) toWake->wake.notify_one(); // under the mutex the thread would wake only to wait for that
 }
 
 void SerialQueue::postUnhurried(Item& item) {
