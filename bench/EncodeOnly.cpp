@@ -29,14 +29,16 @@ int main(int argc, char** argv) {
     const auto encoder = AacEncoder::create(kBitsPerSecond);
     if (!encoder) fail("the AAC encoder cannot be opened");
 
-    std::array<float, static_cast<std::size_t>(2 * kBlockFrames)> block{};
+    std::array<float, kBlockSamples> interleaved{};
+    StereoBlock block{};
     long long frames = 0;
     long long bytes = 0;
     const AacEncoder::PacketSink count = [&bytes](const AVPacket& packet) {
         bytes += packet.size;
         return Result<void>();
     };
-    for (; std::fread(block.data(), sizeof block, 1, in.get()) == 1; frames += kBlockFrames) {
+    for (; std::fread(interleaved.data(), sizeof interleaved, 1, in.get()) == 1; frames += kBlockFrames) {
+        separateChannels(interleaved, block);
         if (!(*encoder)->encode(block, count)) fail("the encoder refused a block");
     }
     if (!(*encoder)->drain(count)) fail("the encoder cannot be drained");

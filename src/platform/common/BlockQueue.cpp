@@ -7,7 +7,7 @@
 namespace quillet {
 
 BlockQueue::BlockQueue(std::size_t capacity, std::size_t batch)
-    : m_batch(batch), m_slots(std::make_unique_for_overwrite<Samples[]>(capacity)), m_entries(capacity) {
+    : m_batch(batch), m_slots(std::make_unique_for_overwrite<StereoBlock[]>(capacity)), m_entries(capacity) {
     m_freeSlots.reserve(capacity);
     for (std::size_t slot = capacity; slot-- > 0;) m_freeSlots.push_back(static_cast<std::uint32_t>(slot));
 }
@@ -17,7 +17,7 @@ std::size_t BlockQueue::freeBlocks() const {
     return m_closed ? 0 : m_freeSlots.size();
 }
 
-bool BlockQueue::append(std::int64_t firstFrame, std::span<const float, kBlockSamples> samples) {
+bool BlockQueue::append(std::int64_t firstFrame, std::span<const float, kBlockSamples> interleaved) {
     std::uint32_t slot = 0;
     {
         const std::lock_guard lock(m_mutex);
@@ -25,7 +25,7 @@ bool BlockQueue::append(std::int64_t firstFrame, std::span<const float, kBlockSa
         slot = m_freeSlots.back();
         m_freeSlots.pop_back();
     }
-    std::ranges::copy(samples, m_slots[slot].begin());
+    separateChannels(interleaved, m_slots[slot]);
     bool batchFilled = false;
     {
         const std::lock_guard lock(m_mutex);
@@ -67,7 +67,7 @@ bool BlockQueue::holdsBatch() const {
     return m_count >= m_batch;
 }
 
-BlockQueue::Block BlockQueue::front() const {
+BlockQueue::Front BlockQueue::front() const {
     const std::lock_guard lock(m_mutex);
     const Entry& entry = m_entries[m_first];
     return {entry.firstFrame, m_slots[entry.slot]};

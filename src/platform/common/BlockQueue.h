@@ -1,8 +1,7 @@
 #pragma once
 
-#include "capture/MediaTime.h"
+#include "platform/common/StereoBlock.h"
 
-#include <array>
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
@@ -12,8 +11,6 @@
 #include <vector>
 
 namespace quillet {
-
-constexpr std::size_t kBlockSamples = 2 * kBlockFrames; ///< interleaved stereo
 
 /// Blocks of sound on their way from the capture queue, which must not wait, to a writer's thread, which waits for the
 /// encoder and the disk. All memory is set aside at creation. The taker is woken for whole batches only: encoding
@@ -25,7 +22,7 @@ public:
     // The giver's side.
     [[nodiscard]] std::size_t freeBlocks() const; ///< 0 once closed
     /// False, and nothing happens, when the queue is full or closed.
-    bool append(std::int64_t firstFrame, std::span<const float, kBlockSamples> samples);
+    bool append(std::int64_t firstFrame, std::span<const float, kBlockSamples> interleaved);
     /// Whether at most that many blocks, at least a batch less one, are inside and the queue is open. If not, whenSo is
     /// called once, as soon as it is so, on the taker's thread. A new request replaces the last; closing withdraws it.
     bool request(std::size_t mostBlocks, const std::function<void()>& whenSo);
@@ -39,23 +36,22 @@ public:
     [[nodiscard]] std::size_t waitForBatch();
     /// Whether there is a batch to take without waiting.
     [[nodiscard]] bool holdsBatch() const;
-    struct Block {
-        std::int64_t firstFrame = 0;
-        std::span<const float> samples;
+    struct Front {
+        std::int64_t firstFrame;
+        const StereoBlock& block;
     };
     /// The oldest block, which stays in the queue, and counts, until pop().
-    [[nodiscard]] Block front() const;
+    [[nodiscard]] Front front() const;
     void pop();
 
 private:
-    using Samples = std::array<float, kBlockSamples>;
     struct Entry {
         std::int64_t firstFrame;
         std::uint32_t slot;
     };
 
     const std::size_t m_batch;
-    const std::unique_ptr<Samples[]> m_slots;
+    const std::unique_ptr<StereoBlock[]> m_slots;
     mutable std::mutex m_mutex; ///< never held while samples are copied
     std::condition_variable m_batchReady;
     std::vector<Entry> m_entries; ///< a ring

@@ -14,6 +14,7 @@ namespace quillet {
 namespace {
 
 constexpr std::size_t kQueuedBlocks = 704; ///< 15 s: longer than a busy disk keeps one waiting
+constexpr StereoBlock kSilence{};
 /// More silence than that between two blocks is no gap but a broken clock, and would fill the disk.
 constexpr std::int64_t kLongestGapFrames = std::int64_t{24} * 3600 * kSampleRateHz;
 
@@ -46,7 +47,7 @@ public:
 private:
     using Ending = WriterState::Ending;
     Result<void> record();
-    Result<void> recordBlock(const BlockQueue::Block& block);
+    Result<void> recordBlock(const BlockQueue::Front& front);
     void closeFinished(const Result<void>& recorded);
     Ending waitForEnding();
     [[nodiscard]] bool isCancelled() const { return m_state.ending.load() == Ending::Cancel; }
@@ -92,12 +93,12 @@ Result<void> WriterThread::record() {
     return recorder.framesWritten() > 0 && !isCancelled() ? recorder.drain() : Result<void>();
 }
 
-Result<void> WriterThread::recordBlock(const BlockQueue::Block& block) {
+Result<void> WriterThread::recordBlock(const BlockQueue::Front& front) {
     BlockRecorder& recorder = *m_state.recorder;
-    while (recorder.framesWritten() < block.firstFrame && !isCancelled()) {
-        if (auto done = recorder.write({}); !done) return done;
+    while (recorder.framesWritten() < front.firstFrame && !isCancelled()) {
+        if (auto done = recorder.write(kSilence); !done) return done;
     }
-    return recorder.write(block.samples);
+    return recorder.write(front.block);
 }
 
 /// Makes the file what it will be, closes it, sets the status and tells what went wrong.

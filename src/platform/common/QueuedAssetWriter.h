@@ -1,10 +1,10 @@
 #pragma once
 
 #include "platform/AssetWriter.h"
+#include "platform/common/StereoBlock.h"
 
 #include <cstdint>
 #include <memory>
-#include <span>
 
 namespace quillet {
 
@@ -14,8 +14,8 @@ class BlockRecorder {
 public:
     virtual ~BlockRecorder() = default;
 
-    /// An empty span is a block of silence. What was written goes to the disk at the latest with the next 5 s of sound.
-    [[nodiscard]] virtual Result<void> write(std::span<const float> interleaved) = 0;
+    /// What was written goes to the disk at the latest with the next 5 s of sound.
+    [[nodiscard]] virtual Result<void> write(const StereoBlock& block) = 0;
     /// What was written is on the disk afterwards, but for what an encoder holds. Follows when nothing more is waiting
     /// to be written.
     [[nodiscard]] virtual Result<void> flush() = 0;

@@ -6,10 +6,10 @@
 #import "platform/macos/SampleBuffers.h"
 
 #import <AVFoundation/AVFoundation.h>
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <thread>
-#include <vector>
 
 namespace quillet {
 namespace {
@@ -62,11 +62,14 @@ public:
             new AssetRecorder(writer, input, std::move(format), mark ? std::move(*mark) : nullptr));
     }
 
-    Result<void> write(std::span<const float> interleaved) override {
+    Result<void> write(const StereoBlock& block) override {
         @autoreleasepool {
-            const auto block = interleaved.empty() ? std::span<const float>(m_silence) : interleaved;
             if (auto ready = waitUntilReady(); !ready) return ready;
-            const auto buffer = makePCMSampleBuffer(block, m_frames, m_format.get());
+            for (std::size_t i = 0; i < block.left.size(); ++i) {
+                m_interleaved[2 * i] = block.left[i];
+                m_interleaved[2 * i + 1] = block.right[i];
+            }
+            const auto buffer = makePCMSampleBuffer(m_interleaved, m_frames, m_format.get());
             m_frames += kBlockFrames; // what cannot be built is left out, and what follows keeps its place
             if (buffer && ![m_input appendSampleBuffer:buffer.get()] && m_writer.status == AVAssetWriterStatusFailed)
                 return fail(toPlatformError(m_writer.error));
@@ -123,8 +126,8 @@ private:
     AVAssetWriter* const m_writer;
     AVAssetWriterInput* const m_input;
     const Owned<CMAudioFormatDescriptionRef> m_format;
-    const std::unique_ptr<RecordingFile> m_mark; ///< null where the volume has no locks
-    const std::vector<float> m_silence = std::vector<float>(2 * kBlockFrames, 0.0F);
+    const std::unique_ptr<RecordingFile> m_mark;      ///< null where the volume has no locks
+    std::array<float, kBlockSamples> m_interleaved{}; ///< of the latest block
     std::int64_t m_frames = 0;
     bool m_failed = false;
 };

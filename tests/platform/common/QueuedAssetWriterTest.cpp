@@ -13,7 +13,7 @@ namespace {
 class FragileRecorder final : public BlockRecorder {
 public:
     FragileRecorder(std::int64_t room, int& removes) : m_room(room), m_removes(removes) {}
-    Result<void> write(std::span<const float>) override {
+    Result<void> write(const StereoBlock&) override {
         if (m_blocks == m_room) return fail();
         ++m_blocks;
         return {};

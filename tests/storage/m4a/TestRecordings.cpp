@@ -49,8 +49,9 @@ ByteVector unfinishedRecording(std::int64_t blocks) {
     auto pipeline = RecordingPipeline::create(std::move(file), 256000, {});
     EXPECT_TRUE(pipeline.ok());
     const std::vector<float> sound = testSound(blocks);
-    for (std::int64_t i = 0; i < blocks; ++i) {
-        const auto block = std::span(sound).subspan(static_cast<std::size_t>(i) * 2 * kBlockFrames, 2 * kBlockFrames);
+    StereoBlock block{};
+    for (std::size_t i = 0; i < sound.size(); i += kBlockSamples) {
+        separateChannels(std::span(sound).subspan(i).first<kBlockSamples>(), block);
         EXPECT_TRUE((*pipeline)->write(block).ok());
     }
     EXPECT_TRUE((*pipeline)->drain().ok());

@@ -4,7 +4,7 @@
 #include "capture/MediaTime.h"
 
 #include <algorithm>
-#include <cstring>
+#include <array>
 
 extern "C" {
 #include <libavutil/opt.h>
@@ -14,7 +14,6 @@ namespace quillet {
 namespace {
 
 constexpr int kChannels = 2;
-constexpr float kLargestEncoded = 16.0F; ///< +24 dBFS; nothing that a mix produces comes near
 /// What lies above is next to inaudible; the bits that it would take lower the noise where there is something to hear
 /// (by 2 dB for speech), and coding it takes a tenth of the time.
 constexpr int kBandwidthHz = 18000;
@@ -25,27 +24,22 @@ constexpr float kFaintDifference = 4e-6F * kBlockFrames;
 /// the latest as well.
 constexpr int kBlocksPerPacket = 3;
 
-FourSamples usable(FourSamples samples) { // NaN compares false
-    return magnitude(samples) < allFour(kLargestEncoded) ? samples : FourSamples{};
-}
-
 float sum(FourSamples four) { return four[0] + four[1] + four[2] + four[3]; }
 
-/// Says whether the channels are nearly the same.
-bool deinterleave(std::span<const float> interleaved, float* left, float* right) {
-    static_assert(kBlockFrames % 4 == 0);
-    FourSamples sumEnergy{}, differenceEnergy{};
-    for (std::size_t i = 0; i < static_cast<std::size_t>(kBlockFrames); i += 4) {
-        const FourSamples a = usable(loadFour(interleaved.data() + 2 * i));
-        const FourSamples b = usable(loadFour(interleaved.data() + 2 * i + 4));
-        const FourSamples l = __builtin_shufflevector(a, b, 0, 2, 4, 6);
-        const FourSamples r = __builtin_shufflevector(a, b, 1, 3, 5, 7);
-        sumEnergy += (l + r) * (l + r);
-        differenceEnergy += (l - r) * (l - r);
-        storeFour(left + i, l);
-        storeFour(right + i, r);
+bool areAlike(const StereoBlock& block) {
+    constexpr std::size_t kLanes = 8;
+    static_assert(kBlockFrames % kLanes == 0);
+    std::array<FourSamples, 2> sumEnergy{}, differenceEnergy{};
+    for (std::size_t i = 0; i < block.left.size(); i += kLanes) {
+        for (std::size_t v = 0; v < 2; ++v) {
+            const FourSamples l = loadFour(block.left.data() + i + 4 * v);
+            const FourSamples r = loadFour(block.right.data() + i + 4 * v);
+            sumEnergy[v] += (l + r) * (l + r);
+            differenceEnergy[v] += (l - r) * (l - r);
+        }
     }
-    return sum(differenceEnergy) <= std::max(kAlikeDifference * sum(sumEnergy), kFaintDifference);
+    const float difference = sum(differenceEnergy[0] + differenceEnergy[1]);
+    return difference <= std::max(kAlikeDifference * sum(sumEnergy[0] + sumEnergy[1]), kFaintDifference);
 }
 
 } // namespace
@@ -78,27 +72,25 @@ Result<std::unique_ptr<AacEncoder>> AacEncoder::create(int bitsPerSecond) {
     frame->nb_samples = kBlockFrames;
     frame->sample_rate = kSampleRateHz;
     av_channel_layout_default(&frame->ch_layout, kChannels);
-    if (const int error = av_frame_get_buffer(frame.get(), 0); error < 0)
-        return libav::failure("no memory for the AAC encoder", error);
+    frame->linesize[0] = static_cast<int>(sizeof(StereoBlock::Channel));
+    // With a reference of its own, though to nothing, the frame passes for one whose samples need not be copied.
+    frame->buf[0] = av_buffer_create(
+        nullptr, 0, [](void*, std::uint8_t*) {}, nullptr, AV_BUFFER_FLAG_READONLY);
+    if (!frame->buf[0]) return libav::failure("no memory for the AAC encoder", AVERROR(ENOMEM));
     return std::unique_ptr<AacEncoder>(new AacEncoder(std::move(context), std::move(frame), std::move(packet)));
 }
 
-Result<void> AacEncoder::encode(std::span<const float> interleaved, const PacketSink& sink) {
-    if (const int error = av_frame_make_writable(m_frame.get()); error < 0)
-        return libav::failure("no memory for the AAC encoder", error);
-    auto* const left = reinterpret_cast<float*>(m_frame->data[0]);
-    auto* const right = reinterpret_cast<float*>(m_frame->data[1]);
-    bool alike = true;
-    if (interleaved.empty()) {
-        std::memset(left, 0, kBlockFrames * sizeof(float));
-        std::memset(right, 0, kBlockFrames * sizeof(float));
-    } else {
-        alike = deinterleave(interleaved, left, right);
-    }
-    chooseStereoCoding(alike);
+Result<void> AacEncoder::encode(const StereoBlock& block, const PacketSink& sink) {
+    m_frame->data[0] = reinterpret_cast<std::uint8_t*>(const_cast<float*>(block.left.data()));
+    m_frame->data[1] = reinterpret_cast<std::uint8_t*>(const_cast<float*>(block.right.data()));
+    chooseStereoCoding(areAlike(block));
     m_frame->pts = m_nextFrame;
     m_nextFrame += kBlockFrames;
-    return send(m_frame.get(), sink);
+    auto done = send(m_frame.get(), sink);
+    // The block is the caller's again from here on: the encoder has copied what it still needs.
+    if (done && av_buffer_get_ref_count(m_frame->buf[0]) != 1)
+        return libav::failure("this AAC encoder keeps its input", AVERROR(ENOSYS));
+    return done;
 }
 
 /// Whether to code the channels' sum and difference, or each by itself, the encoder finds out for every band of every

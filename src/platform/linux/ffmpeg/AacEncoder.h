@@ -1,25 +1,23 @@
 #pragma once
 
+#include "platform/common/StereoBlock.h"
 #include "platform/linux/ffmpeg/Libav.h"
 #include "support/Result.h"
 
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <span>
 
 namespace quillet {
 
 /// AAC-LC, 48 kHz stereo, up to 18 kHz, by libavcodec. Takes blocks of 1,024 frames and hands out packets, the first
-/// of which is priming: N blocks make N + 1 packets. One thread at a time. Samples that are not finite, or so large
-/// that the encoder would give up on the whole block, count as silence.
+/// of which is priming: N blocks make N + 1 packets. One thread at a time.
 class AacEncoder {
 public:
     [[nodiscard]] static Result<std::unique_ptr<AacEncoder>> create(int bitsPerSecond);
 
     using PacketSink = std::function<Result<void>(AVPacket&)>;
-    /// A block of interleaved stereo; an empty span is a block of silence.
-    [[nodiscard]] Result<void> encode(std::span<const float> interleaved, const PacketSink& sink);
+    [[nodiscard]] Result<void> encode(const StereoBlock& block, const PacketSink& sink);
     /// After the last block: hands out what the encoder still holds.
     [[nodiscard]] Result<void> drain(const PacketSink& sink);
 

@@ -17,8 +17,8 @@ Result<std::unique_ptr<RecordingPipeline>> RecordingPipeline::create(std::unique
         new RecordingPipeline(std::move(file), retries, std::move(*encoder), std::move(*muxer)));
 }
 
-Result<void> RecordingPipeline::write(std::span<const float> interleaved) {
-    auto done = m_encoder->encode(interleaved, m_toMuxer);
+Result<void> RecordingPipeline::write(const StereoBlock& block) {
+    auto done = m_encoder->encode(block, m_toMuxer);
     if (!done) return done;
     m_frames += kBlockFrames;
     if (++m_blocksInFragment < kBlocksPerFragment) return {};

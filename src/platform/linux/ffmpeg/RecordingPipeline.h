@@ -8,7 +8,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <span>
 
 namespace quillet {
 
@@ -18,7 +17,7 @@ public:
     [[nodiscard]] static Result<std::unique_ptr<RecordingPipeline>>
     create(std::unique_ptr<RecordingFile> file, int bitsPerSecond, const m4a::Retries& retries);
 
-    [[nodiscard]] Result<void> write(std::span<const float> interleaved) override;
+    [[nodiscard]] Result<void> write(const StereoBlock& block) override;
     /// Nothing is left in memory afterwards but what the encoder holds: one block.
     [[nodiscard]] Result<void> flush() override;
     [[nodiscard]] Result<void> drain() override;
