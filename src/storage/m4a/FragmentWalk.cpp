@@ -19,9 +19,8 @@ constexpr std::uint32_t kLongestPacket = 2 * 2 * 768;
 static_assert(kLongestPacket <= std::numeric_limits<std::uint16_t>::max());
 /// A month of sound: bounds the memory that a made-up file can ask for.
 constexpr std::size_t kMostPackets = std::size_t{31} * 24 * 3600 * 48000 / kPacketFrames;
-/// Several times what one fragment can leave behind when it is cut off.
+/// Several times what the fragments of one sync can leave behind.
 constexpr std::int64_t kMostRubbish = 1 << 20;
-constexpr std::size_t kCleanFragmentsAtEnd = 2;
 
 Failure<PlatformError> refusal(const QString& why) { return Failure{PlatformError{0, why}}; }
 
@@ -210,13 +209,13 @@ Result<std::uint32_t> Walker::writtenPackets(std::size_t chunk, std::size_t firs
     return packets;
 }
 
-/// Only the last fragments can be affected, everything before them was on the disk before they were begun.
+/// Only the fragments of the last sync can be affected, everything before them was on the disk before they were begun.
 Result<void> Walker::dropUnwrittenEnd() {
     SampleTable& samples = m_walk.samples;
     std::size_t firstPacket = samples.packetBytes.size();
     std::size_t clean = 0;
     std::size_t chunk = samples.chunks.size();
-    while (chunk > 0 && clean < kCleanFragmentsAtEnd) {
+    while (chunk > 0 && clean < kMostFragmentsPerSync) {
         --chunk;
         firstPacket -= samples.chunks[chunk].packets;
         const auto written = writtenPackets(chunk, firstPacket);
@@ -245,13 +244,15 @@ Result<bool> Walker::endsInZeros(std::int64_t from, std::int64_t atMost) {
     return true;
 }
 
-/// Looks for a fragment that continues more sound than has been found. The one that was cut off continues just that.
+/// Whether more fragments lie behind the sound that was found than the first of a sync, torn by a power cut, can have
+/// behind it. A torn one continues just that sound; those after it continue more.
 Result<bool> Walker::restHoldsLaterSound() {
     const std::int64_t rest = std::min(m_walk.fileSize - m_walk.soundEnd, kMostRubbish);
     const auto bytes = window(m_walk.soundEnd, static_cast<std::size_t>(rest));
     if (!bytes) return Failure{bytes.error()};
     static constexpr std::array kType = {std::byte{'m'}, std::byte{'o'}, std::byte{'o'}, std::byte{'f'}};
     const std::uint64_t foundFrames = m_collectedPackets * std::uint64_t{kPacketFrames};
+    std::size_t later = 0;
     for (auto at = bytes->begin(); at != bytes->end(); ++at) {
         at = std::search(at, bytes->end(), kType.begin(), kType.end());
         const auto offset = static_cast<std::size_t>(at - bytes->begin());
@@ -261,12 +262,12 @@ Result<bool> Walker::restHoldsLaterSound() {
         const Bytes payload = bytes->subspan(offset + kType.size());
         if (length < kBoxHeaderBytes || length - kBoxHeaderBytes > payload.size()) continue;
         const auto fragment = parseFragment(payload.first(length - kBoxHeaderBytes), m_defaults);
-        if (fragment && fragment->firstFrame > foundFrames) return true;
+        if (fragment && fragment->firstFrame > foundFrames) ++later;
     }
-    return false;
+    return later >= kMostFragmentsPerSync;
 }
 
-/// What follows the sound is given up when finishing. That must be the remains of one fragment, zeros, or an earlier
+/// What follows the sound is given up when finishing. That must be the remains of one sync, zeros, or an earlier
 /// attempt at finishing; more than that means that a damaged spot hides a part of the recording.
 Result<void> Walker::judgeRest() {
     const auto bytes = window(m_walk.soundEnd, kBoxHeaderBytes);

@@ -33,8 +33,12 @@ struct Walk {
     std::int64_t lastDataBox = 0; ///< the mdat that the last packet is in
 };
 
+/// So many fragments at most reach the disk by one sync: all of them, in any order and state, are what a power cut
+/// finds.
+constexpr std::size_t kMostFragmentsPerSync = 8;
+
 /// Goes through the fragments of an unfinished recording, at the cost of one small read for each, and stops where they
-/// stop making sense: at a fragment that is cut off or that never reached the disk. Fails without having changed
+/// stop making sense: at the first that is cut off or that did not wholly reach the disk. Fails without having changed
 /// anything when the file is not ours, holds no sound, or is damaged in the middle rather than at its end.
 /// Safe on hostile files: it reads no byte beyond the file and takes memory in proportion to its size.
 [[nodiscard]] Result<Walk> walkFragments(DurableFile& file);

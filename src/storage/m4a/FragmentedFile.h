@@ -28,7 +28,8 @@ public:
     FragmentedFile(std::unique_ptr<RecordingFile> file, const Retries& retries)
         : m_file(std::move(file)), m_retries(retries) {}
 
-    /// After a failure the file ends with the last fragment that it has room for, and nothing more should be appended.
+    /// kMostFragmentsPerSync at most: recovery does not look further back for what a power cut has torn. After a
+    /// failure the file ends with the last fragment that it has room for, and nothing more should be appended.
     [[nodiscard]] Result<void> append(const Fragments& fragments);
     /// A plain .m4a from here on. After a failure it is what it was.
     [[nodiscard]] Result<FinishedRecording> finish();

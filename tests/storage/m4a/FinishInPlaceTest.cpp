@@ -196,8 +196,8 @@ TEST_F(FinishInPlaceTest, damageLosesNothingThatPrecedesIt) {
         ++repaired;
         EXPECT_LE(finished->blocks, kBlocks + 24);
         if (first < edges[2]) continue;
-        if (isPage && first >= edges[4]) {
-            EXPECT_EQ(finished->blocks, packetsBefore(first) - 1) << "exact within the last two fragments";
+        if (isPage) {
+            EXPECT_EQ(finished->blocks, packetsBefore(first) - 1) << "exact within the last sync";
         }
         // Fragments wholly in front of the first change are kept.
         const auto after = std::ranges::upper_bound(edges, first);
@@ -205,6 +205,43 @@ TEST_F(FinishInPlaceTest, damageLosesNothingThatPrecedesIt) {
         EXPECT_GE(finished->blocks, packetsBefore(edges[fragment]) - 1 - 1);
     }
     EXPECT_GT(repaired, 500);
+}
+
+/// Fragments that shared a sync can have arrived in any order, and any page of them not at all.
+TEST_F(FinishInPlaceTest, aPowerCutWithinASyncOfManyFragmentsLosesOnlyThose) {
+    constexpr std::size_t kPage = 4096;
+    const ByteVector leftBehind = unfinishedRecording(640);
+    const auto edges = boxEdges(leftBehind);
+    const auto packetEnds = demux(leftBehind).packetEnds;
+    const std::vector<float> sound = testSound(640);
+    for (unsigned seed = 0; seed < 300; ++seed) {
+        SCOPED_TRACE(seed);
+        const std::size_t fragments = 1 + seed % (edges.size() / 2 - 9); // that were on the disk before
+        MemoryDisk disk;
+        disk.durable.assign(leftBehind.begin(),
+                            leftBehind.begin() + static_cast<std::ptrdiff_t>(edges[2 + 2 * fragments]));
+        disk.bytes.assign(leftBehind.begin(),
+                          leftBehind.begin() + static_cast<std::ptrdiff_t>(edges[2 + 2 * (fragments + 8)]));
+        ByteVector leftover = disk.bytes; // but for one page, in every other round, or for half of them
+        const std::size_t pages = (disk.bytes.size() - disk.durable.size()) / kPage - 1;
+        const std::size_t lost = (disk.durable.size() / kPage + 1 + seed / 2 % pages) * kPage;
+        std::fill_n(leftover.begin() + static_cast<std::ptrdiff_t>(lost), kPage, std::byte{0});
+        if (seed % 2 == 0) leftover = disk.afterPowerCut(seed, kPage);
+        const auto torn = std::ranges::mismatch(leftover, disk.bytes).in1 - leftover.begin();
+        MemoryFile file(leftover);
+
+        const auto finished = finishInPlace(file, {});
+
+        ASSERT_TRUE(finished.ok()) << finished.error().description.toStdString();
+        const std::size_t onDisk = std::max(disk.durable.size(), static_cast<std::size_t>(torn) / kPage * kPage);
+        const auto whole = std::ranges::upper_bound(packetEnds, static_cast<std::int64_t>(onDisk));
+        EXPECT_EQ(finished->blocks, whole - packetEnds.begin() - 1);
+        if (seed % 10 != 0) continue;
+        const std::vector<float> decoded = decode(file.disk().bytes);
+        ASSERT_EQ(decoded.size(), static_cast<std::size_t>(finished->blocks * 2 * kBlockFrames));
+        EXPECT_LT(worstBlockDb(decoded, {sound.begin(), sound.begin() + static_cast<std::ptrdiff_t>(decoded.size())}),
+                  -15);
+    }
 }
 
 ByteVector replaced(ByteVector bytes, std::string_view what, std::string_view by) {
@@ -216,10 +253,10 @@ ByteVector replaced(ByteVector bytes, std::string_view what, std::string_view by
 }
 
 TEST_F(FinishInPlaceTest, whatIsNotAnUnfinishedRecordingOfOursStaysUntouched) {
-    ByteVector damaged[] = {unfinishedRecording(200), unfinishedRecording(3000)};
+    ByteVector damaged[] = {unfinishedRecording(450), unfinishedRecording(3000)};
     ASSERT_GT(damaged[1].size(), 1400U << 10);
     for (ByteVector& file : damaged) file[boxEdges(file)[10] + 5] = std::byte{'x'}; // near the beginning, no fragment
-    ByteVector incomplete = s_leftover;
+    ByteVector incomplete = unfinishedRecording(450);
     const auto edges = boxEdges(incomplete);
     incomplete.erase(incomplete.begin() + static_cast<std::ptrdiff_t>(edges[4]),
                      incomplete.begin() + static_cast<std::ptrdiff_t>(edges[6]));
@@ -281,7 +318,7 @@ TEST_F(FinishInPlaceTest, recordingsOfManyHoursGetWideOffsetsAndTimes) {
         ByteVector bytes = madeUpFragmentStart(i, packetBytes(i));
         const std::size_t sound = kMadeUpPackets * packetBytes(i);
         const auto end = position + static_cast<std::int64_t>(bytes.size() + sound);
-        if (i + 2 >= kFragments) bytes.resize(bytes.size() + sound, std::byte{0x55});
+        if (i + m4a::kMostFragmentsPerSync >= kFragments) bytes.resize(bytes.size() + sound, std::byte{0x55});
         ASSERT_TRUE(file.writeAt(position, bytes).ok());
         position = end;
     }

@@ -39,14 +39,13 @@ struct MemoryDisk {
     int syncsWaiting = 0;
     int syncs = 0; ///< begun
 
-    /// What may be on the disk after a power cut: each sector written since the last sync has arrived or has not.
-    [[nodiscard]] ByteVector afterPowerCut(unsigned seed) const {
-        constexpr auto kSector = static_cast<std::size_t>(kSectorBytes);
+    /// What may be on the disk after a power cut: each piece written since the last sync has arrived or has not.
+    [[nodiscard]] ByteVector afterPowerCut(unsigned seed, std::size_t piece = kSectorBytes) const {
         std::mt19937 random(seed);
         ByteVector image = durable;
         image.resize(random() % 2 ? bytes.size() : durable.size());
-        for (std::size_t at = 0; at < std::min(image.size(), bytes.size()); at += kSector) {
-            const std::size_t length = std::min({kSector, image.size() - at, bytes.size() - at});
+        for (std::size_t at = 0; at < std::min(image.size(), bytes.size()); at += piece) {
+            const std::size_t length = std::min({piece, image.size() - at, bytes.size() - at});
             if (random() % 2) std::memcpy(image.data() + at, bytes.data() + at, length);
         }
         return image;

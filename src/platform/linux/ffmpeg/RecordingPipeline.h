@@ -4,6 +4,7 @@
 #include "platform/common/QueuedAssetWriter.h"
 #include "platform/linux/ffmpeg/AacEncoder.h"
 #include "platform/linux/ffmpeg/FragmentMuxer.h"
+#include "storage/m4a/FragmentWalk.h"
 #include "storage/m4a/FragmentedFile.h"
 
 #include <cstdint>
@@ -32,7 +33,7 @@ public:
     static constexpr int kBlocksPerFragment = 32;
     /// A disk takes longer for its promise to have stored something than for storing it: so many share one while more
     /// sound is waiting in memory anyway. 5 s.
-    static constexpr int kMostFragmentsWaiting = 8;
+    static constexpr int kMostFragmentsWaiting = m4a::kMostFragmentsPerSync;
 
 private:
     RecordingPipeline(std::unique_ptr<RecordingFile> file, const m4a::Retries& retries,
