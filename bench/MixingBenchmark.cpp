@@ -1,4 +1,4 @@
-// What recording costs besides encoding: one 20 ms delivery of each source through the rings, gains and mix, the same
+// What mixing costs: one 20 ms delivery of each source through the rings, gains and mix, the same
 // from a source's thread through the delivery pool, and a plain copy of the same samples for comparison. The counter
 // "hours_per_s" says how many hours of audio a second of processor time carries.
 #include "capture/AudioMixer.h"

@@ -50,7 +50,7 @@ public:
         virtual void recordingStartsIn(const std::filesystem::path& folder) = 0;
         /// What had the new recording's name has another one from here on. Capture queue; must not wait for the disk.
         virtual void earlierRecordingSetAside(const std::filesystem::path& from, const std::filesystem::path& to) = 0;
-        /// The recording's own finishing thread, as the three below.
+        /// The recording's own finishing thread, as the two below.
         virtual void appendToTestLog(WallTime timestamp, const std::filesystem::path& recording) = 0;
         virtual void recordingDidComplete(const std::filesystem::path& recording) = 0;
         /// Absent when no note was attempted. May take as long as the notes application does.

@@ -28,8 +28,8 @@ public:
 /// with a slowly adapting gain per source and handed on.
 ///
 /// Placement reconciles nothing: what a source leaves out keeps the ring's content of 1.5 s before, so the sources
-/// deliver without holes. A source more than 1.5 s behind the other is read too late. Capture queue only; standard C++
-/// only; nothing here allocates once reset() has run.
+/// deliver without holes. A source more than 1.5 s behind the other is read too late. Capture queue only; no Qt;
+/// nothing here allocates once reset() has run.
 class AudioMixer {
 public:
     static constexpr std::int64_t kRingFrames = 72000; ///< 1.5 s

@@ -40,7 +40,9 @@ Result<std::variant<RecordOptions, HelpRequest>, QString> parseRecordOptions(con
         {duration, QStringLiteral("Stop after so many seconds."), QStringLiteral("SECONDS")},
         {fast, QStringLiteral("Take files at full speed instead of real time; both sources must be files.")},
         {note, QStringLiteral("Make a note of this recording, whatever the settings say.")},
-        {json, QStringLiteral("Print one JSON object: path, frames, durationSeconds, peaks, blocksDropped, warnings.")},
+        {json, QStringLiteral(
+                   "Print one JSON object: path, frames, durationSeconds, peaks, seconds of silence, blocksDropped, "
+                   "noteMade, warnings.")},
         {{QStringLiteral("h"), help}, QStringLiteral("Show this help.")},
     });
     if (!parser.parse(arguments)) return Failure{parser.errorText()};

@@ -44,13 +44,13 @@ _quillet() {
             [ "$verb" = create ] || return
             case $cur in
                 -*) _quillet_words "--title --folder --attendees --summary --decisions --actions --follow-ups
-                    --transcript" ;;
+                    --transcript --summarise" ;;
                 *) _quillet_files ;;
             esac ;;
         templates:*) [[ $verb:$COMP_CWORD =~ ^(import:3|export:4|add:4)$ ]] && _quillet_files ;;
         summarise:*)
             case $cur in
-                -*) _quillet_words "--json --help" ;;
+                -*) _quillet_words "--json --check --help" ;;
                 *) _quillet_files ;;
             esac ;;
     esac

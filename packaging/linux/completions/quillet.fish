@@ -43,6 +43,7 @@ for option in title folder attendees summary decisions actions follow-ups
     complete -c quillet -n "__quillet_verb notes create" -l $option -x
 end
 complete -c quillet -n "__quillet_verb notes create" -l transcript -r -F
+complete -c quillet -n "__quillet_verb notes create" -l summarise -d "Let a language model fill the sections"
 
 complete -c quillet -n "__quillet_needs_verb settings" -a "list get set unset"
 complete -c quillet -n "__quillet_verb settings get set unset" -a "(quillet settings list 2>/dev/null | string replace -r ' = .*' '')"
@@ -50,3 +51,4 @@ complete -c quillet -n "__quillet_verb settings get set unset" -a "(quillet sett
 complete -c quillet -n "__quillet_needs_verb templates" -a "list show preview export import add delete"
 complete -c quillet -n "__quillet_verb templates import export add" -F
 complete -c quillet -n "__fish_seen_subcommand_from summarise" -F
+complete -c quillet -n "__fish_seen_subcommand_from summarise" -l check -d "Tell whether the model answers"

@@ -8,7 +8,7 @@
 namespace quillet {
 
 // Each of these has a connection to the sound server of its own, made when it is first used: when two streams share
-// one, PipeWire hands over the audio of one of them in bursts of up to a second, and loses some of it.
+// one, PipeWire hands over the audio of one of them in bursts of up to 1.5 s, and loses some of it.
 
 /// Told on the server's thread when the named device has gone in the midst of a recording, which goes on with the
 /// default one until it returns.
