@@ -146,6 +146,25 @@ TEST_F(RecordCommandTest, ARecordingAlwaysFindsAFolder) {
     quillet.process.waitForFinished();
 }
 
+TEST_F(RecordCommandTest, ASecondOneInTheSameMinuteAndFolderLeavesTheFirstAlone) {
+    QuilletProcess second;
+    QFileInfo first, other;
+    for (int attempt = 0; attempt == 0 || first.fileName() != other.fileName(); ++attempt) {
+        ASSERT_LT(attempt, 3) << "a minute cannot end each time";
+        const QString folder = quillet.folder(QString::number(attempt));
+        quillet.start(recordFiles({u"--folder"_s, folder}));
+        first = QFileInfo(waitForFile(folder, 1000));
+        const QStringList fast{u"--as-fast-as-possible"_s, u"--folder"_s, folder};
+        ASSERT_EQ(second.run(recordFiles(fast)), 0) << second.errors.toStdString();
+        other = QFileInfo(second.output.trimmed());
+        ASSERT_EQ(quillet.finish(), 0);
+    }
+    EXPECT_EQ(other.path().toStdString(), second.defaultFolder().toStdString());
+    EXPECT_TRUE(second.errors.contains(u"could not be used"_s)) << second.errors.toStdString();
+    for (const QFileInfo& file : {first, other})
+        EXPECT_EQ(decode(file.filePath()).size(), 2U * 141 * 1024) << file.filePath().toStdString();
+}
+
 TEST_F(RecordCommandTest, AFolderWhoseNameIsNoTextIsAFolderToo) {
     quillet.startByShell(uR"sh(XDG_DATA_HOME=/$XDG_DATA_HOME/$(printf 'jos\351'); export XDG_DATA_HOME
                              out=$("$@") && test -f "$out" &&

@@ -4,6 +4,7 @@
 #include "storage/RecordingRecovery.h"
 #include "storage/m4a/FinishInPlace.h"
 #include "storage/m4a/TestRecordings.h"
+#include "support/ThreadConditions.h"
 #include "support/WaitFor.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +21,6 @@ namespace {
 using namespace std::chrono_literals;
 using Status = AssetWriterStatus;
 
-constexpr std::size_t kBlockSamples = 2 * kBlockFrames;
 const m4a::Retries kSoon = {1ms, 1ms, 1ms};
 
 bool eventually(const std::function<bool()>& condition) { return waitFor(condition, 20'000); }
@@ -331,6 +331,37 @@ TEST(M4aAssetWriterTest, whateverTheDiskDoesTheSoundInFrontOfItIsKept) {
         EXPECT_TRUE(row.file == File::Fragments || std::ssize(decoded) == 2 * frames) << frames;
         EXPECT_GE(decoded.size(), row.leastBlocks * kBlockSamples);
     }
+}
+
+TEST(M4aAssetWriterTest, aVolumeThatIsReallyFullLeavesAPlainFileOfWhatHadRoom) {
+    const TemporaryFolder folder;
+    const std::vector<float> sound = testSound(2000); // 1.3 MiB
+    std::atomic<int> interruptionCode = 0;
+    auto status = Status::Unknown;
+    std::int64_t frames = 0;
+    ByteVector file;
+    const std::string failure = runOnVolume(Volume::OfOneMebibyte, folder.path(), [&] {
+        M4aAssetWriterFactory factory;
+        const auto writer = factory.makeWriter(folder / "a.m4a");
+        ASSERT_TRUE(writer.ok()) << writer.error().description.toStdString();
+        (*writer)->setInterruptionHandler([&](const PlatformError& error) { interruptionCode = error.code; });
+        ASSERT_TRUE(begin(**writer));
+        std::int64_t taken = 0;
+        while (taken < 2000 && appendWhenReady(**writer, bufferOf(sound, taken, taken))) ++taken;
+        EXPECT_LT(taken, 2000);
+        status = finish(**writer);
+        frames = (*writer)->framesInFile();
+        file = readFile(folder / "a.m4a");
+    });
+    if (!failure.empty()) GTEST_SKIP() << failure;
+
+    EXPECT_EQ(interruptionCode, ENOSPC);
+    EXPECT_EQ(status, Status::Completed);
+    EXPECT_TRUE(demux(file).isPlain);
+    EXPECT_GT(file.size(), 512U << 10) << "not much room is kept free";
+    const std::vector<float> decoded = decode(file);
+    EXPECT_EQ(std::ssize(decoded), 2 * frames);
+    EXPECT_LT(worstBlockDb(decoded, sound), -15);
 }
 
 TEST(M4aAssetWriterTest, endingWithoutAFinishedFile) {
