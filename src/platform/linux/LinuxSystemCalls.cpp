@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <malloc.h>
 #include <sys/random.h>
 #include <unistd.h>
 
@@ -70,7 +71,9 @@ std::filesystem::path ownProgram() {
 
 void replaceProgram(const char* program, char** arguments) { ::execv(program, arguments); }
 
-void prepareEventLoop() {} // there is no other
+// libav frees many small blocks. Kept apart for quick reuse, all of them are merged, one by one, whenever a larger
+// block is asked for, as for each packet of an audio file: 0.2 to 0.6 % of what a recording costs.
+void prepareLibraries() { mallopt(M_MXFAST, 0); }
 
 int makePipe(int (&ends)[2]) { return answer(pipe2(ends, O_CLOEXEC | O_NONBLOCK)); }
 

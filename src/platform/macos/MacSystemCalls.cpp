@@ -76,6 +76,6 @@ int makePipe(int (&ends)[2]) {
 
 // Else a program without windows has an event loop of the toolkit's that serves neither the system's run loop nor its
 // main queue, through which frameworks tell of their devices.
-void prepareEventLoop() { setenv("QT_EVENT_DISPATCHER_CORE_FOUNDATION", "1", 0); }
+void prepareLibraries() { setenv("QT_EVENT_DISPATCHER_CORE_FOUNDATION", "1", 0); }
 
 } // namespace quillet::SystemCalls

@@ -67,7 +67,7 @@ void prepareProcess() {
     while (number >= 0 && number <= STDERR_FILENO);
     if (number >= 0) close(number);
     handle(SIGXFSZ, letPass);
-    SystemCalls::prepareEventLoop();
+    SystemCalls::prepareLibraries();
 }
 
 // In Qt 6.4 QProcess::startDetached() takes no notice of a modifier, so the second fork is made here. What keeps the

@@ -46,8 +46,8 @@ void giveBackSpace(int fd, off_t from, off_t to);
 /// Becomes that program, or has the system open it where none may become another; returns only when there is none.
 void replaceProgram(const char* program, char** arguments);
 
-/// Has the toolkit's event loop serve the system's own as well. Before the application object is made.
-void prepareEventLoop();
+/// Tells the system's and the toolkit's libraries what they must know before anything uses them. First thing in main().
+void prepareLibraries();
 
 /// A pipe that a child process does not inherit and that never blocks.
 [[nodiscard]] int makePipe(int (&ends)[2]);
