@@ -335,7 +335,7 @@ TEST(M4aAssetWriterTest, whateverTheDiskDoesTheSoundInFrontOfItIsKept) {
 
 TEST(M4aAssetWriterTest, aVolumeThatIsReallyFullLeavesAPlainFileOfWhatHadRoom) {
     const TemporaryFolder folder;
-    const std::vector<float> sound = testSound(2000); // 1.3 MiB
+    const std::vector<float> sound = testSound(2400); // 1.6 MiB
     std::atomic<int> interruptionCode = 0;
     auto status = Status::Unknown;
     std::int64_t frames = 0;
@@ -347,8 +347,8 @@ TEST(M4aAssetWriterTest, aVolumeThatIsReallyFullLeavesAPlainFileOfWhatHadRoom) {
         (*writer)->setInterruptionHandler([&](const PlatformError& error) { interruptionCode = error.code; });
         ASSERT_TRUE(begin(**writer));
         std::int64_t taken = 0;
-        while (taken < 2000 && appendWhenReady(**writer, bufferOf(sound, taken, taken))) ++taken;
-        EXPECT_LT(taken, 2000);
+        while (taken < 2400 && appendWhenReady(**writer, bufferOf(sound, taken, taken))) ++taken;
+        EXPECT_LT(taken, 2400);
         status = finish(**writer);
         frames = (*writer)->framesInFile();
         file = readFile(folder / "a.m4a");
