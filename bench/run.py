@@ -261,9 +261,12 @@ class Bench:
         found = json.loads(self.tool("quillet-bench-mixing", "--benchmark_format=json").output)["benchmarks"]
         per_hour = {entry["name"]: 1 / entry["hours_per_s"] for entry in found}
         mixing, copying = per_hour["mixOneTick"], per_hour["copyOneTick"]
-        share = 100 * mixing / self.ours_per_hour if self.ours_per_hour else 0
         self.row("CPU s per hour of audio: rings, gains and mixing; memcpy of the same samples", f"{mixing:.3f}",
                  f"{copying:.3f}", mixing / copying)
+        if self.ours_per_hour is None:
+            self.failed("Mixing, share of the whole, %", "the whole was not measured (step: processor time)")
+            return
+        share = 100 * mixing / self.ours_per_hour
         self.row("Mixing, share of the whole, %", f"{share:.1f}", "", None, "< 3", share < 3)
 
     # -- e) live ------------------------------------------------------------------------------------------------------
@@ -368,7 +371,7 @@ class Bench:
     # -- all of it ----------------------------------------------------------------------------------------------------
 
     def run_all(self):
-        self.ours_per_hour = 0.0
+        self.ours_per_hour = None
         steps = {"processor time": self.processor_time, "quality": self.quality,
                  "memory and finishing": self.memory_and_finishing, "mixing": self.mixing, "live": self.live,
                  "tray": self.tray, "notes": self.notes_made}
