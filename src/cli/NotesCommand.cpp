@@ -1,5 +1,6 @@
 #include "app/NotesServices.h"
 #include "cli/Commands.h"
+#include "cli/Options.h"
 #include "cli/Summarising.h"
 #include "cli/Worker.h"
 #include "platform/Process.h"
@@ -172,7 +173,7 @@ int create(NotesServices& notes, CreateRequest request, const StopToken& stop) {
 
 int notes(const QStringList& arguments) {
     const QString verb = arguments.value(1);
-    if (verb == QLatin1String("--help") || verb == QLatin1String("-h")) {
+    if (asksForHelp(arguments)) {
         print(QString::fromLatin1(kUsage));
         return Done;
     }

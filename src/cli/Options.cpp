@@ -4,6 +4,10 @@
 
 namespace quillet::cli {
 
+bool asksForHelp(const QStringList& arguments) {
+    return arguments.contains(QLatin1String("--help")) || arguments.contains(QLatin1String("-h"));
+}
+
 std::optional<int> parseOptions(QCommandLineParser& parser, const QStringList& arguments) {
     const QString& command = arguments.constFirst();
     const QString help = QStringLiteral("help");

@@ -1,5 +1,6 @@
 #include "app/NotesServices.h"
 #include "cli/Commands.h"
+#include "cli/Options.h"
 #include "settings/SettingsCatalogue.h"
 #include "templates/TemplateNames.h"
 
@@ -45,7 +46,7 @@ int set(UserDefaults& defaults, const SettingInfo& setting, const QString& text)
 int settings(const QStringList& arguments) {
     const QString verb = arguments.value(1);
     const auto size = arguments.size();
-    if (verb == QLatin1String("--help") || verb == QLatin1String("-h")) {
+    if (asksForHelp(arguments)) {
         print(QString::fromLatin1(kUsage));
         return Done;
     }

@@ -1,4 +1,5 @@
 #include "cli/Commands.h"
+#include "cli/Options.h"
 #include "platform/StandardFolders.h"
 #include "support/UserDefaults.h"
 #include "templates/TemplateFiles.h"
@@ -181,7 +182,7 @@ const Verb kVerbs[] = {
 
 int templates(const QStringList& arguments) {
     const QString name = arguments.value(1);
-    if (name == QLatin1String("--help") || name == QLatin1String("-h")) {
+    if (asksForHelp(arguments)) {
         print(QString::fromLatin1(kUsage));
         return Done;
     }

@@ -97,7 +97,9 @@ TEST_F(RecordCommandTest, WrongUsageIsToldApartFromFailure) {
         EXPECT_TRUE(quillet.output.isEmpty());
     }
     for (const QString& help :
-         {u"--help"_s, u"--version"_s, u"record --help"_s, u"devices --help"_s, u"recover --help"_s}) {
+         {u"--help"_s, u"--version"_s, u"record --help"_s, u"devices --help"_s, u"recover --help"_s,
+          u"notes create --help"_s, u"notes test -h"_s, u"settings set --help"_s, u"templates delete --help"_s}) {
+        SCOPED_TRACE(help.toStdString());
         EXPECT_EQ(quillet.run(help.split(u' ')), 0);
         EXPECT_TRUE(quillet.output.contains(u"quillet"_s));
     }
