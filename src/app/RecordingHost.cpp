@@ -19,7 +19,10 @@ void RecordingHost::recordingStartsIn(const std::filesystem::path& folder) {
 }
 
 void RecordingHost::earlierRecordingSetAside(const std::filesystem::path& from, const std::filesystem::path& to) {
-    m_repairs.async([this, from, to] { m_notes.renamed(from, to); });
+    m_repairs.async([this, from, to] {
+        m_notes.renamed(from, to);
+        static_cast<void>(recoverRecording(to)); // the look through the folder may have met it under neither name
+    });
 }
 
 void RecordingHost::appendToTestLog(WallTime timestamp, const std::filesystem::path& recording) {

@@ -3,6 +3,7 @@
 #include "platform/DurableFile.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -33,6 +34,13 @@ using TellSetAside = std::function<void(const std::filesystem::path& earlier)>;
 [[nodiscard]] Result<void> setAsideEarlierRecording(const std::filesystem::path& path, const TellSetAside& tell = {});
 [[nodiscard]] Result<std::unique_ptr<RecordingFile>> markAsBeingWritten(const std::filesystem::path& path);
 
+/// One state of a file's content, to find out later whether somebody has gone on writing.
+struct FileVersion {
+    std::int64_t bytes = 0;
+    std::int64_t changedNs = 0; ///< since 1970, by the clock of whoever keeps the volume
+    bool operator==(const FileVersion&) const = default;
+};
+
 /// What a glance at a file tells.
 struct RecordingGlance {
     enum class Kind {
@@ -42,17 +50,20 @@ struct RecordingGlance {
     };
     Kind kind = Kind::Readable;
     std::vector<std::byte> head; ///< Readable only: how the file begins
+    FileVersion version;         ///< Readable only: not newer than the head
 };
 
 /// Never waits for anybody and changes nothing. The error says why the file cannot be read.
 [[nodiscard]] Result<RecordingGlance> glanceAtRecording(const std::filesystem::path& path, std::size_t headBytes);
 
 /// A file opened for repair, kept from every other repair as long as `file` lives. When that goes, the file's
-/// modification time is what it was before.
+/// modification time is what it was before. The marks of who writes and who repairs are locks: on a volume that keeps
+/// them to one machine, or to none, neither is seen from elsewhere.
 struct RecordingForRepair {
     enum class Kind { Ready, BeingWritten, BeingRepaired };
     Kind kind = Kind::Ready;
     std::unique_ptr<DurableFile> file; ///< Ready only
+    FileVersion version;               ///< Ready only: as it was opened
 };
 
 [[nodiscard]] Result<RecordingForRepair> openRecordingForRepair(const std::filesystem::path& path);

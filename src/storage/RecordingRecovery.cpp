@@ -7,13 +7,18 @@
 
 #include <algorithm>
 #include <cctype>
+#include <chrono>
 #include <optional>
 #include <system_error>
+#include <thread>
 
 namespace quillet {
 namespace {
 
 using Kind = RecoveryOutcome::Kind;
+
+constexpr std::chrono::seconds kSettling{5}; ///< seven times what a recording needs to add the next piece to its file
+constexpr std::chrono::hours kLongAgo{1};    ///< more than the clocks of two machines differ by
 
 bool hasRecordingExtension(const std::filesystem::path& file) {
     std::string extension = file.extension().string();
@@ -25,6 +30,8 @@ RecoveryOutcome notRepaired(const std::filesystem::path& file, const QString& re
     return {file, Kind::NotRepaired, 0, reason};
 }
 
+RecoveryOutcome beingWritten(const std::filesystem::path& file) { return {file, Kind::BeingWritten, 0, {}}; }
+
 RecoveryOutcome repair(const std::filesystem::path& file, DurableFile& opened) {
     const auto finished = m4a::finishInPlace(opened);
     if (!finished) return notRepaired(file, finished.error().description);
@@ -32,40 +39,82 @@ RecoveryOutcome repair(const std::filesystem::path& file, DurableFile& opened) {
     return {file, Kind::Repaired, frames / kSampleRateHz, {}};
 }
 
-/// Nothing for files that need no attention.
-std::optional<RecoveryOutcome> examine(const std::filesystem::path& file) {
-    const auto glance = glanceAtRecording(file, m4a::kStartBytes);
-    if (!glance) return notRepaired(file, glance.error().description);
-    if (glance->kind == RecordingGlance::Kind::NotAFile) return std::nullopt;
-    if (glance->kind == RecordingGlance::Kind::BeingWritten) return RecoveryOutcome{file, Kind::BeingWritten, 0, {}};
-    if (m4a::inspectStart(glance->head).kind == m4a::StartKind::Other) return std::nullopt;
+/// An unfinished recording that nobody seems to be writing.
+struct Leftover {
+    std::filesystem::path file;
+    FileVersion seen;
+};
 
-    auto opened = openRecordingForRepair(file);
-    if (!opened) return notRepaired(file, opened.error().description);
-    if (opened->kind == RecordingForRepair::Kind::BeingWritten) return RecoveryOutcome{file, Kind::BeingWritten, 0, {}};
+bool changedLately(const Leftover& leftover) {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return leftover.seen.changedNs > std::chrono::nanoseconds(now - kLongAgo).count(); // or it is said to in the future
+}
+
+/// Nothing for what has been finished meanwhile.
+std::optional<RecoveryOutcome> repair(const Leftover& leftover) {
+    auto opened = openRecordingForRepair(leftover.file);
+    if (!opened) return notRepaired(leftover.file, opened.error().description);
     if (opened->kind == RecordingForRepair::Kind::BeingRepaired) return std::nullopt; // whoever repairs it reports it
+    if (opened->kind == RecordingForRepair::Kind::BeingWritten) return beingWritten(leftover.file);
     // Another recovery may have finished it between the glance and the lock.
     std::vector<std::byte> head(m4a::kStartBytes);
     const auto got = opened->file->readAt(0, head);
-    if (!got) return notRepaired(file, got.error().description);
+    if (!got) return notRepaired(leftover.file, got.error().description);
     head.resize(*got);
     if (m4a::inspectStart(head).kind == m4a::StartKind::Other) return std::nullopt;
-    return repair(file, *opened->file);
+    if (opened->version != leftover.seen) return beingWritten(leftover.file);
+    return repair(leftover.file, *opened->file);
+}
+
+/// Looks at one file after another, then finishes those that need it.
+class Recovery {
+public:
+    void lookAt(const std::filesystem::path& file);
+    [[nodiscard]] std::vector<RecoveryOutcome> finish();
+
+private:
+    std::vector<Leftover> m_leftovers;
+    std::vector<RecoveryOutcome> m_outcomes;
+};
+
+void Recovery::lookAt(const std::filesystem::path& file) {
+    if (!hasRecordingExtension(file)) return;
+    const auto glance = glanceAtRecording(file, m4a::kStartBytes);
+    if (!glance) {
+        m_outcomes.push_back(notRepaired(file, glance.error().description));
+    } else if (glance->kind == RecordingGlance::Kind::BeingWritten) {
+        m_outcomes.push_back(beingWritten(file));
+    } else if (glance->kind == RecordingGlance::Kind::Readable &&
+               m4a::inspectStart(glance->head).kind != m4a::StartKind::Other) {
+        m_leftovers.push_back({file, glance->version});
+    }
+}
+
+std::vector<RecoveryOutcome> Recovery::finish() {
+    // Some network volumes hide from one machine what another one has locked. Who records there adds to the file.
+    if (std::ranges::any_of(m_leftovers, changedLately)) std::this_thread::sleep_for(kSettling);
+    for (const Leftover& leftover : m_leftovers) {
+        if (auto outcome = repair(leftover)) m_outcomes.push_back(std::move(*outcome));
+    }
+    std::ranges::sort(m_outcomes, {}, &RecoveryOutcome::file);
+    return std::move(m_outcomes);
 }
 
 } // namespace
 
 std::vector<RecoveryOutcome> recoverRecordings(const std::filesystem::path& folder) {
-    std::vector<RecoveryOutcome> outcomes;
+    Recovery recovery;
     std::error_code error;
     std::filesystem::directory_iterator entries(folder, error);
-    for (const std::filesystem::directory_iterator end; !error && entries != end; entries.increment(error)) {
-        const std::filesystem::path& file = entries->path();
-        if (!hasRecordingExtension(file)) continue;
-        if (auto outcome = examine(file)) outcomes.push_back(std::move(*outcome));
-    }
-    std::ranges::sort(outcomes, {}, &RecoveryOutcome::file);
-    return outcomes;
+    for (const std::filesystem::directory_iterator end; !error && entries != end; entries.increment(error))
+        recovery.lookAt(entries->path());
+    return recovery.finish();
+}
+
+std::vector<RecoveryOutcome> recoverRecording(const std::filesystem::path& file) {
+    Recovery recovery;
+    recovery.lookAt(file);
+    return recovery.finish();
 }
 
 } // namespace quillet

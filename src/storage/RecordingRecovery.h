@@ -21,8 +21,13 @@ struct RecoveryOutcome {
 };
 
 /// Looks through a folder (not its sub-folders) for .m4a files that a killed process or a power cut left unfinished and
-/// finishes each in place. Finished files are not listed and not touched; nothing is ever deleted. Blocks on the disk:
-/// never on the main thread or the capture queue. Two recoveries of one folder at once do not disturb each other.
+/// finishes each in place. Finished files are not listed and not touched; nothing is ever deleted. One that was changed
+/// within the last hour is watched for 5 s first, because the lock of who writes it need not be visible here. Blocks on
+/// the disk: never on the main thread or the capture queue. Two recoveries of one folder at once do not disturb each
+/// other.
 [[nodiscard]] std::vector<RecoveryOutcome> recoverRecordings(const std::filesystem::path& folder);
+
+/// The same for one file; nothing is said of one that needs no attention.
+[[nodiscard]] std::vector<RecoveryOutcome> recoverRecording(const std::filesystem::path& file);
 
 } // namespace quillet

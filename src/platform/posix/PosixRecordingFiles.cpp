@@ -55,6 +55,11 @@ int setAside(int folder, const std::string& name, const std::function<void(const
     return EEXIST;
 }
 
+FileVersion versionOf(const struct stat& status) {
+    const timespec changed = SystemCalls::modificationTime(status);
+    return {status.st_size, std::int64_t{changed.tv_sec} * 1'000'000'000 + changed.tv_nsec};
+}
+
 std::string temporaryName(const std::string& name) {
     const std::uint64_t random = SystemCalls::randomBits();
     std::array<char, 17> digits{};
@@ -145,14 +150,15 @@ Result<std::unique_ptr<RecordingFile>> markAsBeingWritten(const std::filesystem:
 Result<RecordingGlance> glanceAtRecording(const std::filesystem::path& path, std::size_t headBytes) {
     struct stat status {};
     if (lstat(path.c_str(), &status) != 0) return failure(errno);
-    if (!S_ISREG(status.st_mode)) return RecordingGlance{RecordingGlance::Kind::NotAFile, {}};
+    if (!S_ISREG(status.st_mode)) return RecordingGlance{RecordingGlance::Kind::NotAFile, {}, {}};
     UniqueFd fd(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     if (!fd) return failure(errno);
     // Before reading: some network file systems forbid everybody else to read a locked byte.
-    if (isBeingWritten(fd.get())) return RecordingGlance{RecordingGlance::Kind::BeingWritten, {}};
+    if (isBeingWritten(fd.get())) return RecordingGlance{RecordingGlance::Kind::BeingWritten, {}, {}};
+    if (fstat(fd.get(), &status) != 0) return failure(errno); // a network's idea of it may be old until it is opened
 
     PosixFile file(std::move(fd), UniqueFd(), {});
-    RecordingGlance glance{RecordingGlance::Kind::Readable, std::vector<std::byte>(headBytes)};
+    RecordingGlance glance{RecordingGlance::Kind::Readable, std::vector<std::byte>(headBytes), versionOf(status)};
     const auto got = file.readAt(0, glance.head);
     if (!got) return Failure{got.error()};
     glance.head.resize(*got);
@@ -188,11 +194,11 @@ Result<RecordingForRepair> openRecordingForRepair(const std::filesystem::path& p
     struct stat before {};
     if (fstat(fd.get(), &before) != 0) return failure(errno);
     if (!S_ISREG(before.st_mode)) return failure(EINVAL);
-    if (isBeingWritten(fd.get())) return RecordingForRepair{RecordingForRepair::Kind::BeingWritten, nullptr};
+    if (isBeingWritten(fd.get())) return RecordingForRepair{RecordingForRepair::Kind::BeingWritten, nullptr, {}};
     if (takeLock(fd.get(), LockByte::BeingRepaired) == LockAnswer::Held)
-        return RecordingForRepair{RecordingForRepair::Kind::BeingRepaired, nullptr};
-    return RecordingForRepair{RecordingForRepair::Kind::Ready,
-                              std::make_unique<FileUnderRepair>(std::move(fd), before)};
+        return RecordingForRepair{RecordingForRepair::Kind::BeingRepaired, nullptr, {}};
+    return RecordingForRepair{RecordingForRepair::Kind::Ready, std::make_unique<FileUnderRepair>(std::move(fd), before),
+                              versionOf(before)};
 }
 
 } // namespace quillet

@@ -388,6 +388,7 @@ TEST(M4aAssetWriterTest, endingWithoutAFinishedFile) {
     EXPECT_FALSE(factory.makeWriter(folder / "dropped.m4a").ok()) << "taken while it is being written";
     for (std::int64_t i = 0; i < kBlocks; ++i) ASSERT_TRUE((*dropped)->append(bufferOf(sound, i, i)));
     *dropped = nullptr;
+    std::filesystem::last_write_time(folder / "dropped.m4a", {}); // what is recent is watched for a while first
     const auto recovered = recoverRecordings(folder.path());
     ASSERT_EQ(recovered.size(), 1U);
     EXPECT_EQ(recovered[0].kind, RecoveryOutcome::Kind::Repaired);

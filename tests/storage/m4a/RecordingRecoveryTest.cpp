@@ -15,6 +15,13 @@ namespace {
 using Kind = RecoveryOutcome::Kind;
 constexpr std::int64_t kBlocks = 60;
 
+/// As if they had been left behind yesterday.
+std::filesystem::file_time_type backdate(const TemporaryFolder& folder) {
+    const auto then = std::filesystem::file_time_type::clock::now() - std::chrono::hours(30);
+    for (const std::string& name : folder.names()) std::filesystem::last_write_time(folder / name, then);
+    return then;
+}
+
 TEST(RecordingRecoveryTest, everyLeftoverIsFinishedOrExplainedAndNothingElseIsTouched) {
     const TemporaryFolder folder;
     const ByteVector leftover = unfinishedRecording(kBlocks);
@@ -34,8 +41,7 @@ TEST(RecordingRecoveryTest, everyLeftoverIsFinishedOrExplainedAndNothingElseIsTo
     writeFile(folder / "folder.m4a/inside.m4a", leftover);
     writeFile(folder / "elsewhere", leftover);
     std::filesystem::create_symlink(folder / "elsewhere", folder / "link.m4a");
-    const auto then = std::filesystem::file_time_type::clock::now() - std::chrono::hours(30);
-    for (const char* name : {"killed.m4a", "empty.m4a"}) std::filesystem::last_write_time(folder / name, then);
+    const auto then = backdate(folder);
     const auto names = folder.names();
 
     const auto outcomes = recoverRecordings(folder.path());
@@ -72,6 +78,7 @@ TEST(RecordingRecoveryTest, recoveriesAtTheSameTimeDoNotDisturbEachOther) {
     const TemporaryFolder folder;
     const ByteVector leftover = unfinishedRecording(kBlocks);
     for (int i = 0; i < kFiles; ++i) writeFile(folder / (std::to_string(i) + ".m4a"), leftover);
+    backdate(folder);
 
     std::vector<std::future<std::vector<RecoveryOutcome>>> recoveries;
     for (int i = 0; i < 3; ++i)
@@ -89,6 +96,29 @@ TEST(RecordingRecoveryTest, recoveriesAtTheSameTimeDoNotDisturbEachOther) {
     const ByteVector one = readFile(repaired.front());
     EXPECT_TRUE(demux(one).isPlain);
     for (const auto& file : repaired) EXPECT_TRUE(readFile(file) == one);
+}
+
+TEST(RecordingRecoveryTest, whatStillGrowsIsNotTouchedThoughNoLockIsSeen) {
+    const TemporaryFolder folder;
+    const std::filesystem::path file = folder / "shared.m4a";
+    const ByteVector leftover = unfinishedRecording(kBlocks);
+    auto written = static_cast<std::ptrdiff_t>(leftover.size() / 2);
+    const auto upTo = [&](std::ptrdiff_t end) { return ByteVector(leftover.begin(), leftover.begin() + end); };
+    writeFile(file, upTo(written));
+
+    auto recovery = std::async(std::launch::async, [&] { return recoverRecording(file); });
+    while (recovery.wait_for(std::chrono::milliseconds(50)) != std::future_status::ready)
+        writeFile(file, upTo(++written));
+    const auto outcomes = recovery.get();
+
+    ASSERT_EQ(outcomes.size(), 1U);
+    EXPECT_EQ(outcomes[0].kind, Kind::BeingWritten);
+    EXPECT_TRUE(readFile(file) == upTo(written));
+    writeFile(file, leftover);
+    backdate(folder);
+    const auto later = recoverRecording(file);
+    ASSERT_EQ(later.size(), 1U);
+    EXPECT_EQ(later[0].kind, Kind::Repaired);
 }
 
 } // namespace
