@@ -15,6 +15,8 @@ using namespace std::chrono_literals;
 constexpr std::size_t kMostHeldFrames = 2 * kSampleRateHz;
 constexpr std::size_t kPieceFrames = 2048; ///< what one call of the converter gets, and one delivery
 constexpr HostTime::duration kFillInterval = 20ms;
+constexpr HostTime::duration kHeldUp = 10ms; ///< a timer that comes later than that was held up
+constexpr HostTime::duration kTimeToRead = 100ms;
 constexpr std::array<float, kPieceFrames * 2> kSilence{};
 
 /// A moment in host frames. As a double it is exact to a thousandth of a frame for years of uptime.
@@ -129,7 +131,9 @@ void LiveTimeLine::interrupted() {
     m_heldEnd = 0;
 }
 
-void LiveTimeLine::tick(HostTime now) {
+void LiveTimeLine::tick(HostTime due, HostTime now) {
+    m_wasHeldUp = !m_wasHeldUp && now - due > kHeldUp; // never twice in a row: it may be so for the whole meeting
+    if (m_wasHeldUp) return;
     if (m_state == State::Locked) {
         if (now - m_lastArrival < kPatience) return;
         interrupted();
@@ -143,6 +147,7 @@ void LiveTimeLine::tick(HostTime now) {
 }
 
 HostTime LiveTimeLine::nextTick(HostTime now) const {
+    if (m_wasHeldUp) return now + kTimeToRead;
     if (m_state == State::Anchoring || m_owed > 0) return now + kFillInterval;
     return m_lastArrival + std::chrono::duration_cast<HostTime::duration>(kPatience);
 }

@@ -45,8 +45,10 @@ public:
     /// What comes next does not continue what came before: another device, or a buffer that ran over.
     void interrupted();
 
-    /// Keeps the time line moving when nothing arrives. Call it at nextTick(); more often does no harm.
-    void tick(HostTime now);
+    /// Keeps the time line moving when nothing arrives. Call it at nextTick(), and say when it was due: one that comes
+    /// late does nothing, because the whole program was held up then, and what the device has delivered meanwhile has
+    /// yet to be read. The next one, a moment later, counts. More often does no harm.
+    void tick(HostTime due, HostTime now);
     /// The recording ends now: what is held back is delivered, and a device that is silent at this moment gets its
     /// silence up to here, because without it the last second of the other side would not be mixed.
     void finish(HostTime now);
@@ -73,6 +75,7 @@ private:
     State m_state = State::Anchoring;
     HostFramePos m_next;     ///< where the next frame belongs
     std::int64_t m_owed = 0; ///< frames before m_next that nobody has taken
+    bool m_wasHeldUp = false;
     HostTime m_lastArrival;
 
     std::vector<float> m_held; ///< while anchoring: what has arrived

@@ -59,9 +59,15 @@ public:
     void advance(double until) {
         while (m_nextTick <= at(until)) {
             if (began()) furthestBehind = std::max(furthestBehind, behind(m_nextTick));
-            line->tick(m_nextTick);
+            line->tick(m_nextTick, m_nextTick);
             m_nextTick = std::max(line->nextTick(m_nextTick), m_nextTick + 1ms);
         }
+    }
+
+    /// The program stands still until then, and its timers come before what waits to be read.
+    void oversleep(double until) {
+        line->tick(m_nextTick, at(until));
+        m_nextTick = line->nextTick(at(until));
     }
 
     void arrive(double moment, std::size_t fragments = 1) {
@@ -252,6 +258,21 @@ TEST_F(Break, AStallIsMadeUpForWithoutATrace) {
     play(10 * kPerSecond);
 
     expectInPlace(0);
+}
+
+TEST_F(Break, WhatTheDeviceDeliveredWhileTheProgramStoodStillIsNotLost) {
+    for (const std::size_t fragments : {kPerSecond + 2, 2 * kPerSecond, 8 * kPerSecond}) {
+        const double wakes = soundedAt(simulation.fragments() + fragments);
+        simulation.oversleep(wakes);
+        simulation.arrive(wakes + 0.005, fragments);
+        play(10 * kPerSecond);
+    }
+    expectInPlace(0);
+
+    // A device that has died meanwhile is followed all the same, however late the timers always come.
+    double now = soundedAt(simulation.fragments());
+    for (int i = 0; i < 20; ++i) simulation.oversleep(now += 1.1);
+    EXPECT_LT(simulation.behind(at(now)), 2.3);
 }
 
 TEST_F(Break, LostAudioIsReplacedByAsMuchSilence) {

@@ -15,7 +15,8 @@ StampedSource::StampedSource(SerialQueue& queue, SampleHandler handler, int chan
           [this](HostFramePos position, std::span<const float> interleaved) {
               return m_pool.deliver(position, interleaved);
           },
-          started) {}
+          started),
+      m_tickDue(started + kTickInterval) {}
 
 void StampedSource::deliver(const NativeAudio& audio, const NativeTime& time, HostTime now) {
     if (m_ended || !readInterleaved(audio, m_channels, m_samples) || m_samples.empty()) return;
@@ -29,7 +30,8 @@ void StampedSource::deliver(const NativeAudio& audio, const NativeTime& time, Ho
 }
 
 void StampedSource::tick(HostTime now) {
-    if (!m_ended) m_timeLine.tick(now);
+    const HostTime due = std::exchange(m_tickDue, now + kTickInterval);
+    if (!m_ended) m_timeLine.tick(due, now);
 }
 
 void StampedSource::end(HostTime now) {

@@ -10,6 +10,9 @@
 
 namespace quillet::apple {
 
+/// How often tick() is due.
+inline constexpr std::chrono::milliseconds kTickInterval{100};
+
 /// Between a capture service of the platform and the capture queue: reads what the service delivers, places it by its
 /// own stamps as one unbroken run of frames, and hands it on. Owned by a source; close() is called on the capture
 /// queue, all else on the service's queue. What cannot be read counts as not delivered, and is replaced by silence like
@@ -23,7 +26,7 @@ public:
     void deliver(const NativeAudio& audio, const NativeTime& time, HostTime now);
     /// Another device from here on.
     void interrupted() { m_timeLine.interrupted(); }
-    /// Several times a second, so that a silent source does not hold up the other one.
+    /// Every kTickInterval, so that a silent source does not hold up the other one.
     void tick(HostTime now);
     /// Nothing is captured any more; what has been goes to the capture queue, and nothing once this has returned.
     void end(HostTime now);
@@ -35,10 +38,8 @@ private:
     DeliveryPool m_pool;
     LiveTimeLine m_timeLine;
     std::vector<float> m_samples;
+    HostTime m_tickDue;
     bool m_ended = false;
 };
-
-/// How often tick() is due.
-inline constexpr std::chrono::milliseconds kTickInterval{100};
 
 } // namespace quillet::apple

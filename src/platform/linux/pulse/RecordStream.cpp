@@ -78,9 +78,7 @@ RecordStream::RecordStream(std::shared_ptr<SoundServer> server, DeviceChoice cho
       m_tellStandIn(std::move(tellStandIn)) {}
 
 RecordStream::~RecordStream() {
-    if (m_phase == Phase::Idle || m_phase == Phase::Stopped) return;
-    shut();
-    m_pool->close();
+    if (shut()) m_pool->close();
 }
 
 Result<void, RecordStream::StartFailure> RecordStream::start(Deadline deadline) {
@@ -101,14 +99,14 @@ Result<void, RecordStream::StartFailure> RecordStream::start(Deadline deadline) 
 }
 
 void RecordStream::stop() {
-    if (m_phase == Phase::Idle || m_phase == Phase::Stopped) return;
-    shut();
+    if (!shut()) return;
     if (m_line) m_line->finish(std::chrono::steady_clock::now());
     m_pool->closeBehindDeliveries();
 }
 
-void RecordStream::shut() {
+bool RecordStream::shut() {
     const SoundServer::Lock lock(*m_server);
+    if (m_phase == Phase::Idle || m_phase == Phase::Stopped) return false;
     m_phase = Phase::Stopped;
     close();
     m_lookup.reset();
@@ -116,6 +114,7 @@ void RecordStream::shut() {
     m_refreshTimer.reset();
     m_tickTimer.reset();
     m_server->remove(*this);
+    return true;
 }
 
 void RecordStream::serverReady() { refreshIn(0s); }
@@ -326,9 +325,9 @@ void RecordStream::scheduleTick(HostTime now) {
 }
 
 void RecordStream::tick() {
-    m_tickDue = HostTime::max();
+    const HostTime due = std::exchange(m_tickDue, HostTime::max());
     const HostTime now = std::chrono::steady_clock::now();
-    m_line->tick(now);
+    m_line->tick(due, now);
     doubtSilence(now);
     scheduleTick(now);
 }

@@ -53,7 +53,8 @@ private:
 
     void refresh();
     void refreshIn(HostTime::duration delay);
-    void shut();
+    /// False when it was not running.
+    bool shut();
     void lookUp(const DeviceChoice& choice, void (RecordStream::*ifMissing)());
     void chosenMissing();
     void record(const std::string& source, Role role);
