@@ -756,6 +756,14 @@
         <source>What plays through the system&apos;s default output is recorded instead.</source>
         <translation>Stattdessen wird aufgenommen, was über den Standardausgang des Systems zu hören ist.</translation>
     </message>
+    <message>
+        <source>Parts of the recording are missing</source>
+        <translation>In der Aufnahme fehlen Teile</translation>
+    </message>
+    <message>
+        <source>The disk of the recordings folder does not keep up. Choose another folder in the settings for the next recording.</source>
+        <translation>Der Datenträger des Aufnahmeordners kommt nicht mit. Wählen Sie für die nächste Aufnahme in den Einstellungen einen anderen Ordner.</translation>
+    </message>
 </context>
 <context>
     <name>quillet::SettingsView</name>

@@ -14,6 +14,9 @@ const QString kSaved = QStringLiteral("saved");
 const QString kProblem = QStringLiteral("problem");
 const QString kMissingOutput = QStringLiteral("missing-output");
 const QString kMissingMicrophone = QStringLiteral("missing-microphone");
+const QString kLoss = QStringLiteral("loss");
+
+constexpr std::int64_t kNoticeableLossBlocks = kSampleRateHz / kBlockFrames; ///< about a second
 
 } // namespace
 
@@ -52,6 +55,8 @@ void RecordingNotices::recordingChanged(bool recording) {
     if (recording == m_look.isActive()) return;
     if (recording) {
         m_services.notices->withdraw(kSaved);
+        m_services.notices->withdraw(kLoss); // of the recording before, where it was still true when that had ended
+        m_isLossTold = false;
         m_awake = m_services.sleep->hold(tr("Recording a meeting"));
         m_look.start();
         return;
@@ -96,6 +101,17 @@ void RecordingNotices::look() {
     const CaptureStatistics statistics = m_services.engine->statistics();
     lookAt(m_system, statistics.system.digitalSilence);
     lookAt(m_microphone, statistics.microphone.digitalSilence);
+    lookAtLoss(statistics.blocksDropped);
+}
+
+void RecordingNotices::lookAtLoss(std::int64_t blocksDropped) {
+    if (m_isLossTold || blocksDropped < kNoticeableLossBlocks) return;
+    m_isLossTold = true;
+    m_services.notices->show({.subject = kLoss,
+                              .title = tr("Parts of the recording are missing"),
+                              .body = tr("The disk of the recordings folder does not keep up. Choose another folder in "
+                                         "the settings for the next recording."),
+                              .urgency = UserNotice::Urgency::Critical});
 }
 
 void RecordingNotices::lookAt(Side& side, FrameCount silence) {

@@ -16,9 +16,9 @@
 namespace quillet {
 
 /// Looks after a recording on behalf of a user who looks elsewhere: tells by the desktop's notifications that one was
-/// saved or has failed, that another device than the chosen one is recorded, and that a source has been silent for so
-/// long that something may be unplugged, and keeps the machine awake meanwhile. Owned by the program; main thread. Its
-/// timer runs only while recording.
+/// saved or has failed, that another device than the chosen one is recorded, that a source has been silent for so long
+/// that something may be unplugged, and that sound is lost because the disk does not keep up; and keeps the machine
+/// awake meanwhile. Owned by the program; main thread. Its timer runs only while recording.
 class RecordingNotices final : public QObject {
     Q_OBJECT
 public:
@@ -49,12 +49,14 @@ private:
     void failed(const QString& title, const QString& message);
     void look();
     void lookAt(Side& side, FrameCount silence);
+    void lookAtLoss(std::int64_t blocksDropped);
 
     const Services m_services;
     std::unique_ptr<SleepInhibitor::Hold> m_awake;
     QTimer m_look;
     Side m_system;
     Side m_microphone;
+    bool m_isLossTold = false;
 };
 
 } // namespace quillet

@@ -214,6 +214,21 @@ TEST_F(RecordingNoticesTest, aSourceThatStaysSilentIsSaidOnceAndTakenBackWhenItI
     stop();
 }
 
+TEST_F(RecordingNoticesTest, soundThatTheDiskCostsIsSaidOnce) {
+    record();
+    desk.writers->freeBlocks = 0; // the disk hangs
+    desk.deliver(0, 2 * 48'000, 0.1F, 0.1F);
+    QTest::qWait(1200);
+    EXPECT_TRUE(told->shown.empty()) << "it may still go on in time";
+    desk.deliver(2 * 48'000, 2 * 48'000, 0.1F, 0.1F);
+    ASSERT_TRUE(waitFor([&] { return !told->shown.empty(); }));
+    desk.deliver(4 * 48'000, 20 * 48'000, 0.1F, 0.1F);
+    QTest::qWait(1200);
+    ASSERT_EQ(told->shown.size(), 1U);
+    EXPECT_EQ(told->shown[0].title, u"Parts of the recording are missing"_s);
+    stop();
+}
+
 TEST_F(RecordingNoticesTest, whoeverLooksElsewhereIsTold) {
     record();
     EXPECT_EQ(machine->holds, 1) << "the machine stays awake";

@@ -104,6 +104,7 @@ public:
     };
     std::vector<std::filesystem::path> unwritable;
     AssetWriterStatus finalStatus = AssetWriterStatus::Completed;
+    std::atomic<std::int64_t> freeBlocks = 700;
     std::function<bool(const std::function<void()>& whenReady)>
         isReady;                              ///< answers requests for media data; null: always
     std::vector<std::shared_ptr<File>> files; ///< capture queue, or when it is idle
@@ -134,7 +135,7 @@ private:
             return true;
         }
         void startSession(MediaTime at) override { EXPECT_EQ(at.value, 0); }
-        std::int64_t freeBlocks() const override { return 700; }
+        std::int64_t freeBlocks() const override { return owner.freeBlocks; }
         bool requestMediaData(std::int64_t, const std::function<void()>& whenReady) override {
             return !owner.isReady || owner.isReady(whenReady);
         }
