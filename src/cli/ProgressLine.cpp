@@ -2,13 +2,14 @@
 
 #include "platform/Process.h"
 
-#include <QTextStream>
-
 #include <cmath>
-#include <cstdio>
 
 namespace quillet::cli {
 namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::chrono::milliseconds kPatience = 2s; ///< more than a busy reader needs, and nobody's ruin
 
 QString elapsed(FrameCount frames) {
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(frames).count();
@@ -31,10 +32,7 @@ QString source(const QString& name, const SourceStatistics& side) {
 
 ProgressLine::ProgressLine() : m_rewrites(standardErrorIsTerminal()) {}
 
-std::chrono::milliseconds ProgressLine::interval() const {
-    using namespace std::chrono_literals;
-    return m_rewrites ? 200ms : 5000ms;
-}
+std::chrono::milliseconds ProgressLine::interval() const { return m_rewrites ? 200ms : 5000ms; }
 
 QString ProgressLine::text(const CaptureStatistics& statistics, std::optional<std::int64_t> freeBytes) {
     QString line = elapsed(statistics.mixed) + QStringLiteral("  ") +
@@ -47,16 +45,20 @@ QString ProgressLine::text(const CaptureStatistics& statistics, std::optional<st
 void ProgressLine::show(const CaptureStatistics& statistics, std::optional<std::int64_t> freeBytes) {
     const QString line = text(statistics, freeBytes);
     if (m_rewrites) {
-        QTextStream(stderr) << "\r\033[K" << line;
-        m_lineIsOpen = true;
+        m_lineIsOpen = writeToStandardError("\r\033[K" + line.toUtf8(), 0ms) || m_lineIsOpen;
     } else {
-        QTextStream(stderr) << line << '\n';
+        writeToStandardError(line.toUtf8() + '\n', 0ms);
     }
 }
 
 void ProgressLine::finish() {
-    if (m_lineIsOpen) QTextStream(stderr) << '\n';
+    if (m_lineIsOpen) writeToStandardError("\n", 0ms);
     m_lineIsOpen = false;
+}
+
+void ProgressLine::complain(const QString& sentence) {
+    finish();
+    m_someoneReads = writeToStandardError("quillet: " + sentence.toUtf8() + '\n', m_someoneReads ? kPatience : 0ms);
 }
 
 } // namespace quillet::cli

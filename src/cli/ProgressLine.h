@@ -11,7 +11,9 @@
 namespace quillet::cli {
 
 /// How a recording is going, on standard error: one line that is rewritten on a terminal, a plain line now and then
-/// elsewhere. Main thread.
+/// elsewhere, and sentences about what went wrong. The recording is stopped by the thread that tells all this, so
+/// nothing here waits long for a reader: a line that nobody takes at once is left out, a sentence after a moment. Main
+/// thread.
 class ProgressLine {
 public:
     ProgressLine();
@@ -21,6 +23,8 @@ public:
     void show(const CaptureStatistics& statistics, std::optional<std::int64_t> freeBytes);
     /// Leaves the last line standing.
     void finish();
+    /// A sentence of its own, below the line.
+    void complain(const QString& sentence);
 
     /// The text of the line: elapsed time, a level in dBFS or a remark per source, free space.
     [[nodiscard]] static QString text(const CaptureStatistics& statistics, std::optional<std::int64_t> freeBytes);
@@ -28,6 +32,7 @@ public:
 private:
     const bool m_rewrites;
     bool m_lineIsOpen = false;
+    bool m_someoneReads = true; ///< as far as the last sentence could tell; else the next ones do not wait either
 };
 
 } // namespace quillet::cli

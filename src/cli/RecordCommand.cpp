@@ -176,10 +176,11 @@ void RecordSession::phaseChanged(RecordingControl::Phase phase) {
         });
     } else if (phase == Phase::Idle && m_error) {
         const bool outputIsMissing = *m_error == AudioCaptureEngine::kNoDisplayAvailable;
-        complain(outputIsMissing && !m_options.system.device.isEmpty()
-                     ? QStringLiteral("There is no output named “%1”; “quillet devices” lists those that there are.")
-                           .arg(m_options.system.device)
-                     : shownText(*m_error));
+        m_progress.complain(
+            outputIsMissing && !m_options.system.device.isEmpty()
+                ? QStringLiteral("There is no output named “%1”; “quillet devices” lists those that there are.")
+                      .arg(m_options.system.device)
+                : shownText(*m_error));
         QCoreApplication::exit(Failed);
     }
 }
@@ -187,8 +188,7 @@ void RecordSession::phaseChanged(RecordingControl::Phase phase) {
 void RecordSession::errorChanged(const std::optional<QString>& error) {
     m_error = error;
     if (!error || !m_hasRecorded) return;
-    m_progress.finish();
-    complain(shownText(*error));
+    m_progress.complain(shownText(*error));
     m_control->stop(); // nobody sits here who could do better
 }
 
@@ -201,8 +201,7 @@ void RecordSession::fileChosen(const fs::path& path) {
                                  .arg(toText(*wanted), toText(path.parent_path()));
     if (m_said.contains(sentence)) return;
     m_said += sentence;
-    m_progress.finish();
-    complain(sentence);
+    m_progress.complain(sentence);
 }
 
 void RecordSession::deviceGone(SoundDevice::Kind kind) {
@@ -211,8 +210,7 @@ void RecordSession::deviceGone(SoundDevice::Kind kind) {
                         .arg(m_options.microphone.device)
                   : QStringLiteral("The output “%1” is gone; the default one is recorded until it returns.")
                         .arg(m_options.system.device);
-    m_progress.finish();
-    complain(m_said.last());
+    m_progress.complain(m_said.last());
 }
 
 /// On the recording's own thread.
@@ -241,7 +239,7 @@ void RecordSession::tellWhatWasNotRead() {
         m_said += QStringLiteral("%1 could not be read to its end (%2); the %3 is missing from %4 s on.")
                       .arg(file, failure->error.description, side)
                       .arg(seconds(failure->played), 0, 'f', 1);
-        complain(m_said.last());
+        m_progress.complain(m_said.last());
     };
     const auto [system, microphone] = m_player->readFailures();
     tell(QStringLiteral("system audio"), m_options.system.file, system);
@@ -257,12 +255,14 @@ void RecordSession::finish() {
         return QCoreApplication::exit(Done);
     }
     if (m_saved) {
-        complain(QStringLiteral("The recording is not there any more: somebody moved or deleted %1 meanwhile.")
-                     .arg(toText(*m_saved)));
+        m_progress.complain(
+            QStringLiteral("The recording is not there any more: somebody moved or deleted %1 meanwhile.")
+                .arg(toText(*m_saved)));
     } else if (!m_error) {
-        complain(m_engine->statistics().mixed.count() == 0
-                     ? QStringLiteral("Nothing was recorded: the recording ended before any sound had arrived.")
-                     : QStringLiteral("The recording could not be finished; “quillet recover” may still repair it."));
+        m_progress.complain(
+            m_engine->statistics().mixed.count() == 0
+                ? QStringLiteral("Nothing was recorded: the recording ended before any sound had arrived.")
+                : QStringLiteral("The recording could not be finished; “quillet recover” may still repair it."));
     }
     QCoreApplication::exit(Failed);
 }
@@ -270,7 +270,7 @@ void RecordSession::finish() {
 void RecordSession::report(const fs::path& path) {
     const CaptureStatistics statistics = m_engine->statistics();
     QStringList sentences = warnings(statistics, m_noteOutcome);
-    for (const QString& sentence : sentences) complain(sentence);
+    for (const QString& sentence : sentences) m_progress.complain(sentence);
     if (!m_options.json) return print(QByteArray(path.c_str())); // its very bytes, for the next program
     sentences += m_said;
     if (m_error) sentences += shownText(*m_error);

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <QByteArray>
 #include <QObject>
 #include <QString>
 #include <QStringList>
 
+#include <chrono>
 #include <functional>
 
 namespace quillet {
@@ -23,6 +25,11 @@ bool startProgram(const QString& program, const QStringList& arguments);
 
 /// Whether standard error is shown on a terminal that can rewrite a line.
 [[nodiscard]] bool standardErrorIsTerminal();
+
+/// Writes to standard error unless it stays full for longer than the patience: its reader may have been suspended, or a
+/// terminal stopped. False when not all of it was taken, which is for nobody to repair. A write that has begun to a
+/// hanging disk is waited for. Any thread.
+bool writeToStandardError(const QByteArray& bytes, std::chrono::milliseconds patience);
 
 /// Becomes another program of this installation, with the same arguments: one that lies beside this one or in its
 /// private folder. Returns only when there is none. Before any thread is started. In a bundle of macOS, where no

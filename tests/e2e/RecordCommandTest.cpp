@@ -8,7 +8,10 @@
 #include <QJsonArray>
 
 #include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace quillet::test {
@@ -213,6 +216,43 @@ TEST_F(RecordCommandTest, WhatBecomesOfItsTerminalAndItsReadersIsNoneOfItsBusine
         EXPECT_TRUE(quillet.errors.contains(folder + u"/Meeting_"_s)) << quillet.errors.toStdString();
         EXPECT_TRUE(quillet.errors.endsWith(u"status 0\n"_s)) << quillet.errors.toStdString();
     }
+}
+
+TEST_F(RecordCommandTest, AStalledReaderOfStandardErrorHoldsUpNoStop) {
+    writeTone(system(), 2, 48000, 30.0, 440, 0.4);
+    const QString pipe = quillet.folder(u"pipe"_s);
+    ASSERT_EQ(mkfifo(pipe.toLocal8Bit().constData(), 0600), 0);
+    const int display = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_TRUE(grantpt(display) == 0 && unlockpt(display) == 0);
+    const QString terminal = QString::fromLocal8Bit(ptsname(display));
+    const QStringList unusable{u"--folder"_s, u"/proc/quillet"_s};
+    const std::tuple<const char*, QString, int, QStringList, bool> rows[] = {
+        {"progress only", pipe, SIGTERM, {}, false},
+        {"something to complain of", pipe, SIGINT, unusable, false},
+        {"a complaint, and the reader goes on in time for it", pipe, SIGINT, unusable, true},
+        {"a terminal that shows nothing more", terminal, 0, {u"--duration"_s, u"1"_s}, false},
+    };
+    for (const auto& [name, reader, signal, options, goesOn] : rows) {
+        SCOPED_TRACE(name);
+        QDir(quillet.defaultFolder()).removeRecursively();
+        const int fd = ::open(reader.toLocal8Bit().constData(), O_RDWR | O_NONBLOCK | O_NOCTTY);
+        QByteArray bytes(4096, '.');
+        while (::write(fd, bytes.constData(), 4096) > 0) continue;
+        quillet.startByShell(u"exec \"$@\" 2>"_s + reader, recordFiles(options));
+        EXPECT_FALSE(waitForFile(quillet.defaultFolder(), 1).isEmpty());
+        const auto isTold = [&bytes, fd = fd] {
+            const ssize_t size = ::read(fd, bytes.data(), 4096);
+            return size > 0 && bytes.first(size).contains("could not be used");
+        };
+        EXPECT_TRUE(!goesOn || waitFor(isTold));
+        if (signal != 0) ::kill(static_cast<pid_t>(quillet.process.processId()), signal);
+        EXPECT_EQ(quillet.finish(8000), 0);
+        EXPECT_FALSE(decode(quillet.output.trimmed()).empty());
+        quillet.process.kill();
+        quillet.process.waitForFinished();
+        ::close(fd);
+    }
+    ::close(display);
 }
 
 TEST_F(RecordCommandTest, ARecordingThatSomebodyDeletesIsNotCalledSaved) {

@@ -7,12 +7,16 @@
 #include <QProcess>
 #include <QSocketNotifier>
 
+#include <algorithm>
+#include <cerrno>
+#include <climits>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <optional>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -96,6 +100,26 @@ void leaveProcess(int status) {
 }
 
 bool standardErrorIsTerminal() { return isatty(STDERR_FILENO) == 1; }
+
+// Not by making it non-blocking: that would hold for every program that shares it, the user's shell among them.
+bool writeToStandardError(const QByteArray& bytes, std::chrono::milliseconds patience) {
+    using Clock = std::chrono::steady_clock;
+    const auto deadline = Clock::now() + patience;
+    for (qsizetype done = 0; done < bytes.size();) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+        pollfd standardError{.fd = STDERR_FILENO, .events = POLLOUT, .revents = 0};
+        const int ready = poll(&standardError, 1, static_cast<int>(std::max<std::int64_t>(left, 0)));
+        if (ready == 0) return false;
+        if (ready < 0 && errno != EINTR) return false;
+        if (ready < 0) continue;
+        // A pipe that is ready takes so much without waiting, and a part of a line is of no use.
+        const auto size = static_cast<std::size_t>(std::min<qsizetype>(bytes.size() - done, PIPE_BUF));
+        const ssize_t written = write(STDERR_FILENO, bytes.constData() + done, size);
+        if (written < 0 && errno != EINTR) return false;
+        done += std::max<ssize_t>(written, 0);
+    }
+    return true;
+}
 
 void becomeCompanion(const char* program, char** arguments) {
     const std::filesystem::path own = SystemCalls::ownProgram().parent_path();
