@@ -3,6 +3,7 @@
 #include "capture/FilePlayer.h"
 #include "capture/RecordingControl.h"
 #include "cli/Commands.h"
+#include "cli/FreeSpace.h"
 #include "cli/ProgressLine.h"
 #include "cli/RecordOptions.h"
 #include "cli/RecordReport.h"
@@ -82,12 +83,14 @@ private:
     std::shared_ptr<AudioCaptureEngine> m_engine;
     std::unique_ptr<RecordingControl> m_control;
     ProgressLine m_progress;
+    FreeSpace m_space{FileServices::standard()};
     QTimer m_progressTimer;
     QTimer m_durationTimer;
     bool m_hasRecorded = false;
     std::optional<QString> m_error;
     QStringList m_said; ///< sentences about what became of the sources and the folder
     std::optional<fs::path> m_saved;
+    bool m_isThere = false; ///< the waiter's, then, when that has ended, the main thread's
     std::thread m_waiter;
 };
 
@@ -169,9 +172,13 @@ void RecordSession::phaseChanged(RecordingControl::Phase phase) {
         if (m_options.duration && !m_player) m_durationTimer.start(*m_options.duration);
     } else if (phase == Phase::Idle && m_hasRecorded) {
         m_progressTimer.stop();
-        // The file is finished; its note may still be on its way, and needs this thread's event loop meanwhile.
-        m_waiter = std::thread([this, engine = m_engine] {
+        // The file is finished; its note may still be on its way, and needs this thread's event loop meanwhile. So do
+        // requests to end, should a disk hang.
+        m_waiter = std::thread([this, engine = m_engine, path = m_engine->outputURL.value()] {
             engine->waitUntilFinished();
+            if (m_player) m_player->stop(); // it may be reading ahead
+            std::error_code ignored;
+            m_isThere = path && fs::exists(*path, ignored);
             MainThread::post([this] { finish(); });
         });
     } else if (phase == Phase::Idle && m_error) {
@@ -192,11 +199,12 @@ void RecordSession::errorChanged(const std::optional<QString>& error) {
     m_control->stop(); // nobody sits here who could do better
 }
 
-/// At once: should the program be killed, nobody would know where to look for the recording.
+/// At once: should the program be killed, nobody would know where to look for the recording. By the names alone, for a
+/// disk may hang.
 void RecordSession::fileChosen(const fs::path& path) {
+    static_cast<void>(m_space.ask(path.parent_path()));
     const auto& wanted = m_files.resolvedCustomDirectoryURL();
-    std::error_code ignored;
-    if (!wanted || fs::equivalent(*wanted, path.parent_path(), ignored)) return;
+    if (!wanted || path == *wanted / path.filename()) return;
     const QString sentence = QStringLiteral("The folder %1 could not be used; the recording goes to %2.")
                                  .arg(toText(*wanted), toText(path.parent_path()));
     if (m_said.contains(sentence)) return;
@@ -225,15 +233,12 @@ std::optional<CreateNoteResult> RecordSession::makeNote(const fs::path& recordin
 
 void RecordSession::showProgress() {
     std::optional<std::int64_t> free;
-    if (const auto url = m_engine->outputURL.value()) {
-        if (const auto bytes = FileServices::standard().freeBytes(url->parent_path())) free = *bytes;
-    }
+    if (const auto url = m_engine->outputURL.value()) free = m_space.ask(url->parent_path());
     m_progress.show(m_engine->statistics(), free);
 }
 
 void RecordSession::tellWhatWasNotRead() {
     if (!m_player) return;
-    m_player->stop(); // it may be reading ahead
     const auto tell = [this](const QString& side, const QString& file, const auto& failure) {
         if (!failure) return;
         m_said += QStringLiteral("%1 could not be read to its end (%2); the %3 is missing from %4 s on.")
@@ -249,8 +254,7 @@ void RecordSession::tellWhatWasNotRead() {
 void RecordSession::finish() {
     m_progress.finish();
     tellWhatWasNotRead();
-    std::error_code ignored;
-    if (m_saved && fs::exists(*m_saved, ignored)) {
+    if (m_saved && m_isThere) {
         report(*m_saved);
         return QCoreApplication::exit(Done);
     }

@@ -2,6 +2,7 @@
 
 #include "platform/FileServices.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,7 @@ public:
     bool resolves = true;
     bool stale = false;
     bool grantsAccess = true;
+    std::function<void(const std::filesystem::path& folder)> whileAskedForSpace;
     std::vector<std::string> journal;
 
     std::optional<std::filesystem::path> applicationSupportDirectory() const override { return support; }
@@ -25,7 +27,10 @@ public:
         if (!creates) return Failure{PlatformError{13, QStringLiteral("Permission denied")}};
         return real.createDirectories(folder);
     }
-    Result<std::optional<std::int64_t>> freeBytes(const std::filesystem::path&) override { return free; }
+    Result<std::optional<std::int64_t>> freeBytes(const std::filesystem::path& folder) override {
+        if (whileAskedForSpace) whileAskedForSpace(folder);
+        return free;
+    }
     Result<QByteArray> makeBookmark(const std::filesystem::path& folder) override {
         return QByteArray("bookmark:" + QByteArray(folder.c_str()));
     }
