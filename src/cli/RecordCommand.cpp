@@ -7,6 +7,7 @@
 #include "cli/ProgressLine.h"
 #include "cli/RecordOptions.h"
 #include "cli/RecordReport.h"
+#include "cli/StopRequests.h"
 #include "platform/AudioFileReader.h"
 #include "platform/Platform.h"
 #include "platform/Process.h"
@@ -23,6 +24,8 @@ namespace quillet::cli {
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr std::chrono::seconds kUsualFinish{5}; ///< on a disk that is well, with time to spare
 
 fs::path toPath(const QString& text) { return QFile::encodeName(text).toStdString(); }
 QString toText(const fs::path& path) { return QFile::decodeName(path.c_str()); }
@@ -48,7 +51,7 @@ public:
     int run() {
         if (!openSources()) return Failed;
         if (m_wantedFolder) m_files.setCustomRecordingsDirectory(m_wantedFolder);
-        const TerminationRequests signals([this] { m_control->stop(); });
+        const TerminationRequests signals([this] { endRequested(); });
         observe();
         m_control->start();
         const int status = QCoreApplication::exec();
@@ -66,6 +69,11 @@ private:
     void deviceGone(SoundDevice::Kind kind);
     std::optional<CreateNoteResult> makeNote(const fs::path& recording, WallTime recordedAt);
     void showProgress();
+    void ending();
+    void endRequested();
+    [[nodiscard]] QString whatTakesLong() const;
+    [[nodiscard]] QString whatLeavingCosts() const;
+    [[noreturn]] void leave();
     void finish();
     void tellWhatWasNotRead();
     void report(const fs::path& path);
@@ -78,7 +86,8 @@ private:
                                  m_options.folder.isEmpty() ? UserDefaults::standard() : m_folderForThisRun};
     RecorderUIModel m_uiModel;
     NotesServices m_notes{UserDefaults::standard(), [] { return true; }};
-    std::optional<NoteOutcome> m_noteOutcome; ///< the recording's thread, then, when that has ended, the main thread
+    std::optional<NoteOutcome> m_noteOutcome;
+    bool m_makesNote = false;
     std::shared_ptr<FilePlayer> m_player;
     std::shared_ptr<AudioCaptureEngine> m_engine;
     std::unique_ptr<RecordingControl> m_control;
@@ -86,6 +95,8 @@ private:
     FreeSpace m_space{FileServices::standard()};
     QTimer m_progressTimer;
     QTimer m_durationTimer;
+    QTimer m_finishTimer;
+    StopRequests m_requests;
     bool m_hasRecorded = false;
     std::optional<QString> m_error;
     QStringList m_said; ///< sentences about what became of the sources and the folder
@@ -154,6 +165,8 @@ void RecordSession::observe() {
     m_durationTimer.setSingleShot(true);
     m_durationTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_durationTimer, &QTimer::timeout, this, [this] { m_control->stop(); });
+    m_finishTimer.setSingleShot(true);
+    connect(&m_finishTimer, &QTimer::timeout, this, [this] { m_progress.complain(whatTakesLong()); });
     connect(&m_progressTimer, &QTimer::timeout, this, [this] { showProgress(); });
     if (!m_player) return;
     m_player->setCallbacks({.requestMediaData =
@@ -165,12 +178,15 @@ void RecordSession::observe() {
 
 void RecordSession::phaseChanged(RecordingControl::Phase phase) {
     using Phase = RecordingControl::Phase;
-    if (phase == Phase::Recording && !m_hasRecorded) {
+    if (phase == Phase::Stopping || phase == Phase::StoppingAtStart) {
+        ending();
+    } else if (phase == Phase::Recording && !m_hasRecorded) {
         m_hasRecorded = true;
         m_progressTimer.start(m_progress.interval());
         showProgress();
         if (m_options.duration && !m_player) m_durationTimer.start(*m_options.duration);
     } else if (phase == Phase::Idle && m_hasRecorded) {
+        ending();
         m_progressTimer.stop();
         // The file is finished; its note may still be on its way, and needs this thread's event loop meanwhile. So do
         // requests to end, should a disk hang.
@@ -223,18 +239,73 @@ void RecordSession::deviceGone(SoundDevice::Kind kind) {
 
 /// On the recording's own thread.
 std::optional<CreateNoteResult> RecordSession::makeNote(const fs::path& recording, WallTime recordedAt) {
-    m_noteOutcome = m_notes.recordings.makeNote(recording, recordedAt);
-    if (!m_noteOutcome) {
-        m_noteOutcome = NoteOutcome{.reason = QStringLiteral("The notes application is not there.")};
-        return std::nullopt;
-    }
-    return toCreateNoteResult(*m_noteOutcome);
+    MainThread::post([this] { m_makesNote = true; });
+    const auto made = m_notes.recordings.makeNote(recording, recordedAt);
+    const NoteOutcome outcome =
+        made.value_or(NoteOutcome{.reason = QStringLiteral("The notes application is not there.")});
+    MainThread::post([this, outcome] { m_noteOutcome = outcome; });
+    return made ? std::optional(toCreateNoteResult(outcome)) : std::nullopt;
 }
 
 void RecordSession::showProgress() {
     std::optional<std::int64_t> free;
     if (const auto url = m_engine->outputURL.value()) free = m_space.ask(url->parent_path());
     m_progress.show(m_engine->statistics(), free);
+}
+
+/// A disk that hangs is to be told from a program that does.
+void RecordSession::ending() {
+    m_requests.stopping();
+    m_finishTimer.start(kUsualFinish);
+}
+
+void RecordSession::endRequested() {
+    switch (m_requests.request(StopRequests::Clock::now())) {
+    case StopRequests::Answer::Stop:
+        return m_control->stop();
+    case StopRequests::Answer::Explain:
+        m_progress.complain(whatTakesLong() + u' ' + whatLeavingCosts());
+        return m_requests.explained(StopRequests::Clock::now());
+    case StopRequests::Answer::Ignore:
+        return;
+    case StopRequests::Answer::Leave:
+        leave();
+    }
+}
+
+QString RecordSession::whatTakesLong() const {
+    const auto phase = m_control->phase.value();
+    if (phase == RecordingControl::Phase::StoppingAtStart)
+        return QStringLiteral("The recording has not started yet; it ends as soon as it has.");
+    if (phase == RecordingControl::Phase::Idle && m_makesNote)
+        return QStringLiteral("The recording is saved; its note is still being made.");
+    const auto path = m_engine->outputURL.value();
+    if (!path || m_finishTimer.isActive()) return QStringLiteral("The recording is still being finished.");
+    return QStringLiteral("The recording is still being finished; the disk with %1 takes its time.")
+        .arg(toText(path->parent_path()));
+}
+
+QString RecordSession::whatLeavingCosts() const {
+    const auto phase = m_control->phase.value();
+    if (phase == RecordingControl::Phase::StoppingAtStart)
+        return QStringLiteral("Asked once more, Quillet does not wait for that.");
+    if (phase == RecordingControl::Phase::Idle)
+        return QStringLiteral("Asked once more, Quillet does not wait for that; the recording is complete.");
+    return QStringLiteral("Asked once more, Quillet leaves it unfinished, for “quillet recover” to finish.");
+}
+
+/// What hangs cannot be ended in order. The file is where it is whenever a recording is killed, and the note is kept to
+/// be made later.
+void RecordSession::leave() {
+    if (m_saved) {
+        if (m_makesNote && !m_noteOutcome)
+            m_noteOutcome = NoteOutcome{.reason = QStringLiteral("It was not waited for.")};
+        report(*m_saved);
+        leaveProcess(Done);
+    }
+    if (m_hasRecorded)
+        m_progress.complain(QStringLiteral("The recording was left unfinished; “quillet recover” finishes it."));
+    leaveProcess(Failed);
 }
 
 void RecordSession::tellWhatWasNotRead() {
