@@ -141,8 +141,8 @@ void blockSignals() {
 
 class QueuedAssetWriter final : public AssetWriter, public std::enable_shared_from_this<QueuedAssetWriter> {
 public:
-    QueuedAssetWriter(std::unique_ptr<BlockRecorder> recorder, std::size_t blocksPerBatch)
-        : m_state(std::make_shared<WriterState>(std::move(recorder), blocksPerBatch)), m_thread([state = m_state] {
+    explicit QueuedAssetWriter(std::shared_ptr<WriterState> shared)
+        : m_state(std::move(shared)), m_thread([state = m_state] {
               blockSignals();
               nameThisThread("m4a-writer");
               WriterThread(*state).run();
@@ -254,9 +254,11 @@ void QueuedAssetWriter::end(WriterState::Ending ending, std::function<void()> co
 
 Result<std::shared_ptr<AssetWriter>> makeQueuedAssetWriter(std::unique_ptr<BlockRecorder> recorder,
                                                            std::size_t blocksPerBatch) {
+    const auto state = std::make_shared<WriterState>(std::move(recorder), blocksPerBatch);
     try {
-        return std::shared_ptr<AssetWriter>(std::make_shared<QueuedAssetWriter>(std::move(recorder), blocksPerBatch));
+        return std::shared_ptr<AssetWriter>(std::make_shared<QueuedAssetWriter>(state));
     } catch (const std::system_error& error) { // no more threads
+        state->recorder->remove();
         return Failure{PlatformError{error.code().value(), QString::fromUtf8(error.what())}};
     }
 }

@@ -32,7 +32,7 @@ public:
 
 /// A writer whose recorder runs on a thread of its own behind a queue of 15 s, and is woken for whole batches of
 /// blocks. It fills gaps between blocks with silence, ends the file at the first error, and sees to it that the end
-/// comes once, whoever lets go of it first.
+/// comes once, whoever lets go of it first. Where there is no thread to be had, nothing is left of the recorder's file.
 [[nodiscard]] Result<std::shared_ptr<AssetWriter>> makeQueuedAssetWriter(std::unique_ptr<BlockRecorder> recorder,
                                                                          std::size_t blocksPerBatch);
 
