@@ -20,9 +20,9 @@ public:
     [[nodiscard]] virtual Result<std::size_t> readAt(std::int64_t offset, std::span<std::byte> into) = 0;
     /// After a failure any part of the bytes may have arrived.
     [[nodiscard]] virtual Result<void> writeAt(std::int64_t offset, std::span<const std::byte> bytes) = 0;
-    /// Makes sure that writing up to this offset will not run out of space, without changing the size. Succeeds, and
-    /// promises nothing, where the file system has no such service. EFBIG when the file may not become that long.
-    [[nodiscard]] virtual Result<void> reserve(std::int64_t upTo) = 0;
+    /// Makes sure that writing up to this offset will not run out of space, without changing the size. False where the
+    /// file system has no such service. EFBIG when the file may not become that long.
+    [[nodiscard]] virtual Result<bool> reserve(std::int64_t upTo) = 0;
     /// Sets the size and gives back whatever is reserved beyond it.
     [[nodiscard]] virtual Result<void> truncate(std::int64_t size) = 0;
     /// Returns when all that was written is on the disk. After a failure the bytes count as unwritten.

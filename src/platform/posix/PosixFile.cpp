@@ -88,17 +88,18 @@ Result<void> PosixFile::writeAt(std::int64_t offset, std::span<const std::byte> 
     return {};
 }
 
-Result<void> PosixFile::reserve(std::int64_t upTo) {
-    if (upTo <= m_reservedUpTo) return {};
+Result<bool> PosixFile::reserve(std::int64_t upTo) {
+    if (upTo <= m_reservedUpTo) return true;
     if (!isAllowedSize(upTo)) return failure(EFBIG);
     const auto have = size();
     if (!have) return Failure{have.error()};
     const std::int64_t from = std::max(m_reservedUpTo, *have);
-    if (upTo <= from) return {};
+    if (upTo <= from) return true;
     const int error = SystemCalls::reserveSpace(m_fd.get(), from, upTo);
-    if (error != 0 && !isUnsupported(error)) return failure(error);
+    if (isUnsupported(error)) return false;
+    if (error != 0) return failure(error);
     m_reservedUpTo = upTo;
-    return {};
+    return true;
 }
 
 Result<void> PosixFile::truncate(std::int64_t size) {

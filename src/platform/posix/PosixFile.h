@@ -43,7 +43,7 @@ public:
     Result<std::int64_t> size() override;
     Result<std::size_t> readAt(std::int64_t offset, std::span<std::byte> into) override;
     Result<void> writeAt(std::int64_t offset, std::span<const std::byte> bytes) override;
-    Result<void> reserve(std::int64_t upTo) override;
+    Result<bool> reserve(std::int64_t upTo) override;
     Result<void> truncate(std::int64_t size) override;
     Result<void> sync() override;
     void remove() override;

@@ -22,7 +22,8 @@ struct Fragments {
 
 /// A recording on the disk while it grows, fragment by fragment. Fragments are on the disk when append() returns, and
 /// room for finishing is set aside before they are written, so that a full disk shows at a fragment's edge and the
-/// recording can still be finished. Owned by the recording's writer, used on its thread only.
+/// recording can still be finished. Where the file system sets nothing aside, zeros behind the last fragment hold the
+/// room. Owned by the recording's writer, used on its thread only.
 class FragmentedFile {
 public:
     FragmentedFile(std::unique_ptr<RecordingFile> file, const Retries& retries)
@@ -40,6 +41,8 @@ public:
 private:
     Result<void> appendTogether(const Fragments& fragments);
     Result<void> makeRoom(std::int64_t upTo);
+    Result<void> makeRoom(std::int64_t upTo, std::int64_t ahead);
+    Result<void> fillRoom(std::int64_t upTo);
 
     const std::unique_ptr<RecordingFile> m_file;
     const Retries m_retries;

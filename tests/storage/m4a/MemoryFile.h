@@ -96,10 +96,11 @@ public:
         disk.dead = disk.diesAtFault;
         return fault(EIO);
     }
-    Result<void> reserve(std::int64_t upTo) override {
+    Result<bool> reserve(std::int64_t upTo) override {
         const std::lock_guard lock(m_disk->mutex);
         if (m_disk->dead) return fault(EIO);
-        return m_disk->canReserve && upTo > m_disk->capacity ? fault(ENOSPC) : Result<void>();
+        if (!m_disk->canReserve) return false;
+        return upTo > m_disk->capacity ? fault(ENOSPC) : Result<bool>(true);
     }
     Result<void> truncate(std::int64_t size) override {
         const std::lock_guard lock(m_disk->mutex);
