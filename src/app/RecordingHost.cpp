@@ -35,7 +35,9 @@ void RecordingHost::recordingDidComplete(const std::filesystem::path& recording)
 
 std::optional<CreateNoteResult> RecordingHost::createNote(const std::filesystem::path& recording, WallTime recordedAt) {
     m_repairs.sync([] {}); // a rename may be on its way, and this note may be filed under the name of before
-    return m_notes.create(recording, recordedAt);
+    const auto result = m_notes.create(recording, recordedAt);
+    // An alert would call it saved; that it is not finished is told without one, and its note is kept for later.
+    return isUnfinishedRecording(recording) ? std::nullopt : result;
 }
 
 bool RecordingHost::autoCreateNote() {

@@ -11,6 +11,7 @@
 #include "platform/AudioFileReader.h"
 #include "platform/Platform.h"
 #include "platform/Process.h"
+#include "storage/RecordingRecovery.h"
 #include "support/FileUrl.h"
 #include "support/ShownText.h"
 
@@ -25,6 +26,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+const QString kUnfinished =
+    QStringLiteral("The recording could not be finished; “quillet recover” may still repair it.");
 constexpr std::chrono::seconds kUsualFinish{5}; ///< on a disk that is well, with time to spare
 
 fs::path toPath(const QString& text) { return QFile::encodeName(text).toStdString(); }
@@ -101,7 +104,8 @@ private:
     std::optional<QString> m_error;
     QStringList m_said; ///< sentences about what became of the sources and the folder
     std::optional<fs::path> m_saved;
-    bool m_isThere = false; ///< the waiter's, then, when that has ended, the main thread's
+    bool m_isThere = false;      ///< the waiter's, then, when that has ended, the main thread's
+    bool m_isUnfinished = false; ///< the same
     std::thread m_waiter;
 };
 
@@ -195,6 +199,7 @@ void RecordSession::phaseChanged(RecordingControl::Phase phase) {
             if (m_player) m_player->stop(); // it may be reading ahead
             std::error_code ignored;
             m_isThere = path && fs::exists(*path, ignored);
+            m_isUnfinished = path && isUnfinishedRecording(*path);
             MainThread::post([this] { finish(); });
         });
     } else if (phase == Phase::Idle && m_error) {
@@ -326,6 +331,10 @@ void RecordSession::finish() {
     m_progress.finish();
     tellWhatWasNotRead();
     if (m_saved && m_isThere) {
+        if (m_isUnfinished) {
+            m_said += kUnfinished;
+            m_progress.complain(kUnfinished);
+        }
         report(*m_saved);
         return QCoreApplication::exit(Done);
     }
@@ -333,11 +342,10 @@ void RecordSession::finish() {
         m_progress.complain(
             QStringLiteral("The recording is not there any more: somebody moved or deleted %1 meanwhile.")
                 .arg(toText(*m_saved)));
+    } else if (m_engine->statistics().finished.count() > 0) {
+        m_progress.complain(kUnfinished);
     } else if (!m_error) {
-        m_progress.complain(
-            m_engine->statistics().mixed.count() == 0
-                ? QStringLiteral("Nothing was recorded: the recording ended before any sound had arrived.")
-                : QStringLiteral("The recording could not be finished; “quillet recover” may still repair it."));
+        m_progress.complain(QStringLiteral("Nothing was recorded: the recording ended before any sound had arrived."));
     }
     QCoreApplication::exit(Failed);
 }

@@ -1,5 +1,7 @@
 #include "notes/RecordingNotes.h"
 
+#include "storage/RecordingRecovery.h"
+
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
@@ -36,6 +38,9 @@ std::optional<NoteOutcome> RecordingNotes::makeNoteLater(const std::filesystem::
 }
 
 std::optional<NoteOutcome> RecordingNotes::attempt(const NoteRequest& request) {
+    if (isUnfinishedRecording(request.recording))
+        return NoteOutcome::failed(
+            QStringLiteral("The recording is not finished; “quillet recover” may still repair it."));
     auto outcome = m_integrator.makeNote(request);
     if (outcome && outcome->success) static_cast<void>(m_pending.remove(request.recordedAt));
     return outcome;

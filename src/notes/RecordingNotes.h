@@ -9,7 +9,8 @@ namespace quillet {
 
 /// Sees a recording through to its note and does not forget it when that fails: what the note needs is kept from before
 /// the attempt until a note has been made. Blocks like the notes application does; on a worker. What is given to it
-/// must outlive it. A list that cannot be kept never keeps a note from being made.
+/// must outlive it. A list that cannot be kept never keeps a note from being made. A recording that is not finished
+/// gets no note, which would keep its unfinished copy for good.
 class RecordingNotes {
 public:
     RecordingNotes(const NoteIntegrator& integrator, PendingNotes& pending)

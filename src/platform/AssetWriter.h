@@ -27,8 +27,9 @@ struct AudioOutputSettings {
 /// markAsFinished and finishWriting, or cancelWriting. status() and framesInFile() may be read from any thread.
 ///
 /// A full disk or a device error while writing ends the file early: what was encoded is finished into a playable file,
-/// the status becomes Completed (Failed when not even that was possible), the interruption handler is told why, once,
-/// and finishWriting() still ends as usual.
+/// the status becomes Completed, the interruption handler is told why, once, and finishWriting() still ends as usual.
+/// Where the disk does not allow even that, what has reached it is left as it is, playable in fragments, for a repair.
+/// The status is Failed when nothing but the finish went wrong, or the file holds nothing to play and is removed.
 class AssetWriter {
 public:
     using InterruptionHandler = std::function<void(PlatformError)>;
@@ -36,7 +37,8 @@ public:
     virtual ~AssetWriter() = default;
 
     [[nodiscard]] virtual AssetWriterStatus status() const = 0;
-    /// How many frames the ended file plays: fewer than were appended when the disk was full. Final with the status.
+    /// How many frames the ended file plays: fewer than were appended when the disk was full. Of one that
+    /// could not be finished, how many a repair can save; 0 when there is no file any more. Final with the status.
     [[nodiscard]] virtual std::int64_t framesInFile() const = 0;
     /// False when the settings cannot be met. The input always expects media in real time.
     virtual bool addInput(const AudioOutputSettings& settings) = 0;

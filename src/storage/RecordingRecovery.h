@@ -20,6 +20,9 @@ struct RecoveryOutcome {
     QString reason;             ///< NotRepaired only: a clause for the user
 };
 
+/// Whether a file is a recording that still has to be finished, or is being recorded. Looks at its first bytes only.
+[[nodiscard]] bool isUnfinishedRecording(const std::filesystem::path& file);
+
 /// Looks through a folder (not its sub-folders) for .m4a files that a killed process or a power cut left unfinished and
 /// finishes each in place. Finished files are not listed and not touched; nothing is ever deleted. One that was changed
 /// within the last hour is watched for 5 s first, because the lock of who writes it need not be visible here. Blocks on

@@ -38,7 +38,7 @@ public:
     Result<void> flush() override { return {}; }
     Result<void> drain() override { return {}; }
     std::int64_t framesWritten() const override { return m_frames; }
-    bool holdsSound() const override { return true; }
+    std::int64_t framesStored() const override { return m_frames; }
     Result<std::int64_t> finish() override { return m_frames.load(); }
     void remove() override {}
 

@@ -1,7 +1,11 @@
 #include "QuilletProcess.h"
 #include "notes/joplin/RealJoplin.h"
 #include "support/Files.h"
+#include "support/ThreadConditions.h"
 #include "support/WavFile.h"
+
+#include <cerrno>
+#include <sys/syscall.h>
 
 namespace quillet::test {
 namespace {
@@ -11,12 +15,12 @@ using namespace Qt::StringLiterals;
 /// Each test records meetings.
 class NoteRecordingTest : public testing::Test {
 protected:
-    void record(const QStringList& more = {}) {
+    void record(const QStringList& more = {}, int status = 0) {
         const QString sound = quillet.folder(u"a.wav"_s);
         writeTone(sound, 1, 48000, 5.0, 440, 0.3);
         const QStringList arguments{u"record"_s,        u"--as-fast-as-possible"_s, u"--json"_s,       u"--system"_s,
                                     u"file:"_s + sound, u"--microphone"_s,          u"file:"_s + sound};
-        ASSERT_EQ(quillet.run(arguments + more), 0) << quillet.errors.toStdString();
+        ASSERT_EQ(quillet.run(arguments + more), status) << quillet.errors.toStdString();
     }
 
     QuilletProcess quillet;
@@ -77,6 +81,28 @@ TEST_F(NoteRecordingTest, ANoteThatFailsIsSaidAndMadeLater) {
     EXPECT_EQ(quillet.run({u"notes"_s, u"create"_s}), 2);
     EXPECT_EQ(quillet.run({u"settings"_s, u"set"_s, u"corvane.notesFolderName"_s, u"Team/2026"_s}), 2);
     EXPECT_EQ(quillet.run({u"notes"_s, u"create"_s, u""_s}), 2);
+}
+
+TEST_F(NoteRecordingTest, WhatCouldNotBeFinishedIsSaidAndGetsItsNoteOnceRepaired) {
+    constexpr std::uint32_t kStartOfRecording = 8192; // what finishing reads first
+    const FailingCall noLookBack{__NR_pread64, EIO, 2, kStartOfRecording};
+    const QString vault = quillet.folder(u"vault"_s);
+    QDir().mkpath(vault);
+    quillet.set(u"corvane.notesVaultFolder"_s, vault);
+    const auto fail = [this] { record({u"--note"_s}, 1); };
+    if (const std::string why = runWithFailingCalls({noLookBack}, fail); !why.empty()) GTEST_SKIP() << why;
+
+    EXPECT_TRUE(quillet.output.isEmpty()) << quillet.output.toStdString();
+    EXPECT_TRUE(quillet.errors.contains(u"“quillet recover” may still repair it."_s)) << quillet.errors.toStdString();
+    const auto kept = QDir(quillet.defaultFolder()).entryInfoList({u"*.m4a"_s}, QDir::Files);
+    ASSERT_EQ(kept.size(), 1);
+    const QStringList create{u"notes"_s, u"create"_s, kept[0].filePath()};
+    EXPECT_EQ(quillet.run(create), 1);
+    EXPECT_TRUE(QDir(vault).isEmpty()) << "it would keep the unfinished file";
+    EXPECT_EQ(quillet.run({u"recover"_s}), 0);
+    quillet.run({u"notes"_s, u"status"_s});
+    EXPECT_TRUE(quillet.output.contains(kept[0].filePath())) << quillet.output.toStdString();
+    EXPECT_EQ(quillet.run(create), 0) << quillet.errors.toStdString();
 }
 
 } // namespace

@@ -106,19 +106,18 @@ void WriterThread::closeFinished(const Result<void>& recorded) {
     m_state.queue.close();
     BlockRecorder& recorder = *m_state.recorder;
     std::optional<PlatformError> error = recorded ? std::nullopt : std::optional(recorded.error());
-    std::int64_t frames = recorder.framesWritten();
-    if (recorder.holdsSound()) {
+    auto status = AssetWriterStatus::Failed;
+    if (recorder.framesStored() > 0) {
         const auto finished = recorder.finish();
+        if (finished || !recorded) status = AssetWriterStatus::Completed;
         if (!finished && !error) error = finished.error();
-        if (finished) frames = *finished;
+        m_state.framesInFile = finished ? *finished : recorder.framesStored();
     }
-    const bool holdsSound = recorder.holdsSound();
-    m_state.framesInFile = holdsSound ? frames : 0;
-    if (!holdsSound) recorder.remove(); // there is nothing in it, not even its first moments
+    if (m_state.framesInFile == 0) recorder.remove(); // there is nothing in it, not even its first moments
     m_state.recorder.reset();
     {
         const std::lock_guard lock(m_state.mutex);
-        m_state.status = holdsSound ? AssetWriterStatus::Completed : AssetWriterStatus::Failed;
+        m_state.status = status;
     }
     const auto handler = std::move(m_state.onInterruption);
     if (error && handler) handler(*error);

@@ -23,9 +23,10 @@ public:
     [[nodiscard]] virtual Result<void> drain() = 0;
     [[nodiscard]] virtual std::int64_t framesWritten() const = 0;
 
-    /// Whether the file, as it is or once it is finished, has anything to play.
-    [[nodiscard]] virtual bool holdsSound() const = 0;
-    /// Makes it a plain file; returns how many frames that plays.
+    /// How many frames the file plays, as it is or once it is finished: those written that have reached the disk.
+    [[nodiscard]] virtual std::int64_t framesStored() const = 0;
+    /// Makes it as plain a file as nobody can improve upon; returns how many frames that plays. After a failure the
+    /// file is what it was, and a repair may still finish it.
     [[nodiscard]] virtual Result<std::int64_t> finish() = 0;
     virtual void remove() = 0;
 };

@@ -24,8 +24,8 @@ constexpr auto kMostPatience = 30s;
 
 constexpr int kFirstFragmentSeconds = 1;
 constexpr int kFragmentSeconds = 2;
-/// With so much sound a file that could not be finished has at least one whole fragment.
-constexpr std::int64_t kPlayableFrames = std::int64_t{kFirstFragmentSeconds + kFragmentSeconds} * kSampleRateHz;
+constexpr std::int64_t kFirstFragmentFrames = std::int64_t{kFirstFragmentSeconds} * kSampleRateHz;
+constexpr std::int64_t kFragmentFrames = std::int64_t{kFragmentSeconds} * kSampleRateHz;
 
 NSDictionary<NSString*, id>* toDictionary(const AudioOutputSettings& settings) {
     return @{
@@ -81,11 +81,21 @@ public:
     Result<void> drain() override { return {}; }
     std::int64_t framesWritten() const override { return m_frames; }
 
-    bool holdsSound() const override { return m_failed ? m_frames >= kPlayableFrames : m_frames > 0; }
+    /// Of a file that could not be finished only the whole fragments count, and the last of them may not be there yet.
+    std::int64_t framesStored() const override {
+        if (!m_failed) return m_frames;
+        const std::int64_t more = (m_frames - kFirstFragmentFrames) / kFragmentFrames - 1;
+        return more >= 0 ? kFirstFragmentFrames + more * kFragmentFrames : 0;
+    }
 
     Result<std::int64_t> finish() override {
         @autoreleasepool {
-            if (m_writer.status != AVAssetWriterStatusWriting) return fail(toPlatformError(m_writer.error));
+            if (m_writer.status != AVAssetWriterStatusWriting) {
+                m_failed = true;
+                // The whole fragments play as they are, and no repair could add to them.
+                if (const std::int64_t stored = framesStored(); stored > 0) return stored;
+                return fail(toPlatformError(m_writer.error));
+            }
             [m_input markAsFinished];
             const dispatch_semaphore_t done = dispatch_semaphore_create(0);
             [m_writer finishWritingWithCompletionHandler:^{

@@ -36,7 +36,8 @@ public:
     [[nodiscard]] Result<FinishedRecording> finish();
     void remove() { m_file->remove(); }
 
-    [[nodiscard]] bool holdsSound() const { return m_fragments > 0; }
+    /// Blocks of 1,024 frames that its fragments play. The first packet is priming.
+    [[nodiscard]] std::int64_t blocks() const { return m_packets > 0 ? m_packets - 1 : 0; }
 
 private:
     Result<void> appendTogether(const Fragments& fragments);

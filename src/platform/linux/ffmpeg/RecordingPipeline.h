@@ -24,7 +24,7 @@ public:
     [[nodiscard]] Result<void> drain() override;
     [[nodiscard]] std::int64_t framesWritten() const override { return m_frames; }
 
-    [[nodiscard]] bool holdsSound() const override { return m_file.holdsSound(); }
+    [[nodiscard]] std::int64_t framesStored() const override { return m_file.blocks() * kBlockFrames; }
     [[nodiscard]] Result<std::int64_t> finish() override;
     void remove() override { m_file.remove(); }
 
