@@ -103,7 +103,7 @@ std::vector<RecoveryOutcome> Recovery::finish() {
 
 } // namespace
 
-// Not by a glance: where there are no locks, that takes every file of the last two minutes for one being written.
+// Not by a glance: where there are no locks, that takes a file just changed for one being written.
 bool isUnfinishedRecording(const std::filesystem::path& file) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(file, error)) return false;
