@@ -73,6 +73,10 @@ TEST(AudioFileReaderTest, samplesAt48KilohertzPassExactly) {
     cut.resize(cut.size() - 1);
     expected16.resize(expected16.size() - 2);
     expectSameBits(decodeWav(cut, 2), expected16);
+    // 2,400 samples that count from 0, of which the container declares the first 480 to be padding.
+    std::vector<float> counted(2400 - 480);
+    for (std::size_t i = 0; i < counted.size(); ++i) counted[i] = static_cast<float>(i + 480) / 32768.0F;
+    expectSameBits(decode(std::filesystem::path(QUILLET_TEST_DATA "/sound/counted-behind-padding.mov")), counted);
 }
 
 /// Of a tone, away from both ends.

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 #include <vector>
 
 extern "C" {
@@ -29,6 +30,14 @@ struct Layout {
     Layout(const Layout&) = delete;
     Layout& operator=(const Layout&) = delete;
 };
+
+/// The size of a frame of sound in packets that hold samples just as the decoder would give them; 0 for all others.
+int plainFrameBytes(const AVCodecContext& decoder) {
+    const AVCodecID plain[] = {AV_NE(AV_CODEC_ID_PCM_S16BE, AV_CODEC_ID_PCM_S16LE),
+                               AV_NE(AV_CODEC_ID_PCM_F32BE, AV_CODEC_ID_PCM_F32LE)};
+    if (!std::ranges::count(plain, decoder.codec_id)) return 0;
+    return av_get_bytes_per_sample(decoder.sample_fmt) * decoder.ch_layout.nb_channels;
+}
 
 /// What a converter is made for.
 struct SourceFormat {
@@ -86,7 +95,8 @@ public:
           m_decoder(std::move(decoder)),
           m_packet(std::move(packet)),
           m_frame(std::move(frame)),
-          m_channels(m_decoder->ch_layout.nb_channels == 1 ? 1 : 2) {}
+          m_channels(m_decoder->ch_layout.nb_channels == 1 ? 1 : 2),
+          m_plainFrameBytes(plainFrameBytes(*m_decoder)) {}
 
     int channels() const override { return m_channels; }
     std::size_t read(std::span<float> interleaved) override;
@@ -97,6 +107,7 @@ public:
 
 private:
     bool decodeFrame();
+    bool takePacketAsFrame();
     std::size_t convertFrame(std::span<float> interleaved);
     std::size_t takeHeld(std::span<float> interleaved);
     void prepareFor(const SourceFormat& format);
@@ -108,6 +119,7 @@ private:
     const libav::Frame m_frame; ///< the latest decoded
     int m_converted = 0;        ///< of it, in frames of sound
     const int m_channels;
+    const int m_plainFrameBytes;
     SourceFormat m_format;
     Swr m_converter;
     bool m_anySampleIsPossible = false; ///< such as no number at all; files of integers hold none
@@ -162,6 +174,7 @@ bool FfmpegAudioFileReader::decodeFrame() {
         }
         if (error == AVERROR_EOF || m_inputEnded) return false;
         if (m_input->nextPacket(*m_packet)) {
+            if (takePacketAsFrame()) return true;
             avcodec_send_packet(m_decoder.get(), m_packet.get());
             av_packet_unref(m_packet.get());
         } else {
@@ -169,6 +182,20 @@ bool FfmpegAudioFileReader::decodeFrame() {
             avcodec_send_packet(m_decoder.get(), nullptr);
         }
     }
+}
+
+/// Spares plain samples the way through the decoder, which costs as much as converting them. What a container says of a
+/// packet besides, such as how much of it is padding, the decoder knows how to follow.
+bool FfmpegAudioFileReader::takePacketAsFrame() {
+    const int frames = m_plainFrameBytes > 0 && m_packet->side_data_elems == 0 ? m_packet->size / m_plainFrameBytes : 0;
+    if (frames == 0 || av_channel_layout_copy(&m_frame->ch_layout, &m_decoder->ch_layout) < 0) return false;
+    m_frame->format = m_decoder->sample_fmt;
+    m_frame->sample_rate = m_decoder->sample_rate;
+    m_frame->nb_samples = frames;
+    m_frame->data[0] = m_packet->data;
+    m_frame->buf[0] = std::exchange(m_packet->buf, nullptr);
+    av_packet_unref(m_packet.get());
+    return true;
 }
 
 /// As many frames as there is room for out of the decoded frame; fewer, or none, while a resampler fills. Sound that
