@@ -16,7 +16,7 @@ class AacEncoder {
 public:
     [[nodiscard]] static Result<std::unique_ptr<AacEncoder>> create(int bitsPerSecond);
 
-    using PacketSink = std::function<Result<void>(AVPacket&)>;
+    using PacketSink = std::function<Result<void>(const AVPacket&)>;
     [[nodiscard]] Result<void> encode(const StereoBlock& block, const PacketSink& sink);
     /// After the last block: hands out what the encoder still holds.
     [[nodiscard]] Result<void> drain(const PacketSink& sink);

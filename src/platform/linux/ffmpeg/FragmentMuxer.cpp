@@ -12,6 +12,8 @@ namespace {
 constexpr int kStagingBytes = 32 * 1024;
 constexpr std::size_t kUsualBytes = 192 * 1024; ///< eight fragments of 0.68 s at 256 kbit/s
 
+Failure<PlatformError> cannotPack(int error) { return libav::failure("the sound cannot be packed", error); }
+
 } // namespace
 
 Result<std::unique_ptr<FragmentMuxer>> FragmentMuxer::create(const AVCodecContext& encoder) {
@@ -55,30 +57,46 @@ FragmentMuxer::~FragmentMuxer() {
     avformat_free_context(m_format);
 }
 
-Result<void> FragmentMuxer::add(AVPacket& packet) {
-    packet.stream_index = 0;
-    if (const int error = av_write_frame(m_format, &packet); error < 0)
-        return libav::failure("the sound cannot be packed", error);
-    ++m_pendingPackets;
+Result<void> FragmentMuxer::add(const AVPacket& packet) {
+    if (m_packetsWaiting == m_packets.size()) m_packets.emplace_back(av_packet_alloc());
+    AVPacket* const waiting = m_packets[m_packetsWaiting].get();
+    if (!waiting || av_packet_copy_props(waiting, &packet) < 0) return cannotPack(AVERROR(ENOMEM));
+    waiting->stream_index = 0;
+    waiting->size = packet.size;
+    m_packetBytes.insert(m_packetBytes.end(), packet.data, packet.data + packet.size);
+    ++m_packetsWaiting;
+    return {};
+}
+
+Result<void> FragmentMuxer::packWaiting() {
+    std::uint8_t* bytes = m_packetBytes.data();
+    for (std::size_t i = 0; i < m_packetsWaiting; ++i) {
+        AVPacket& packet = *m_packets[i];
+        packet.data = bytes;
+        bytes += packet.size;
+        if (const int error = av_write_frame(m_format, &packet); error < 0) return cannotPack(error);
+        av_packet_unref(&packet);
+    }
+    m_packetBytes.clear();
     return {};
 }
 
 Result<void> FragmentMuxer::endFragment() {
-    if (m_pendingPackets == 0) return {};
+    if (m_packetsWaiting == 0) return {};
     if (std::exchange(m_taken, false)) {
         m_output.clear();
         m_sizes.clear();
     }
     const std::size_t begin = m_output.size();
+    if (auto packed = packWaiting(); !packed) return packed;
     // The very first flush yields the movie box alone and keeps the packets.
     const int flushes = m_startWritten ? 1 : 2;
     for (int i = 0; i < flushes; ++i) {
-        if (const int error = av_write_frame(m_format, nullptr); error < 0)
-            return libav::failure("the sound cannot be packed", error);
+        if (const int error = av_write_frame(m_format, nullptr); error < 0) return cannotPack(error);
     }
     avio_flush(m_format->pb);
     m_startWritten = true;
-    m_sizes.push_back({m_output.size() - begin, std::exchange(m_pendingPackets, 0)});
+    m_sizes.push_back({m_output.size() - begin, static_cast<int>(std::exchange(m_packetsWaiting, 0))});
     return {};
 }
 

@@ -5,6 +5,7 @@
 #include "support/Result.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -20,7 +21,7 @@ public:
     FragmentMuxer(const FragmentMuxer&) = delete;
     FragmentMuxer& operator=(const FragmentMuxer&) = delete;
 
-    [[nodiscard]] Result<void> add(AVPacket& packet);
+    [[nodiscard]] Result<void> add(const AVPacket& packet);
     /// The packets since the last call, if there are any, become a fragment; the first has the file's own beginning in
     /// front.
     [[nodiscard]] Result<void> endFragment();
@@ -29,13 +30,19 @@ public:
 
 private:
     FragmentMuxer() = default;
+    Result<void> packWaiting();
     static int collect(void* opaque, std::uint8_t* bytes, int count) noexcept;
 
     AVFormatContext* m_format = nullptr;
+    /// A fragment's packets wait here and are packed in one go: between one and the next the encoder would drive the
+    /// muxer out of the processor's cache. Their bytes lie together, for allocating and freeing them in such numbers
+    /// would cost again what that saves.
+    std::vector<libav::Packet> m_packets;
+    std::vector<std::uint8_t> m_packetBytes;
+    std::size_t m_packetsWaiting = 0; ///< the other packets are empty, for later ones
     std::vector<std::byte> m_output;
     std::vector<m4a::Fragments::Size> m_sizes; ///< of the fragments in the output
     bool m_taken = false;                      ///< they are somebody else's until the next one is ended
-    int m_pendingPackets = 0;
     bool m_startWritten = false;
 };
 

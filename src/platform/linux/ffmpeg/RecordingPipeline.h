@@ -41,7 +41,7 @@ private:
         : m_file(std::move(file), retries),
           m_encoder(std::move(encoder)),
           m_muxer(std::move(muxer)),
-          m_toMuxer([this](AVPacket& packet) { return m_muxer->add(packet); }) {}
+          m_toMuxer([this](const AVPacket& packet) { return m_muxer->add(packet); }) {}
 
     m4a::FragmentedFile m_file;
     std::unique_ptr<AacEncoder> m_encoder;
