@@ -729,6 +729,14 @@
         <translation>Eine Besprechung wird aufgenommen</translation>
     </message>
     <message>
+        <source>The recording could not be finished</source>
+        <translation>Die Aufnahme konnte nicht abgeschlossen werden</translation>
+    </message>
+    <message>
+        <source>%1 has no note yet. Quillet repairs it when it is started the next time.</source>
+        <translation>Zu %1 gibt es noch keine Notiz. Quillet repariert die Aufnahme beim nächsten Start.</translation>
+    </message>
+    <message>
         <source>Recording saved</source>
         <translation>Aufnahme gespeichert</translation>
     </message>

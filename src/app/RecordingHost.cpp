@@ -19,10 +19,9 @@ void RecordingHost::recordingStartsIn(const std::filesystem::path& folder) {
 }
 
 void RecordingHost::earlierRecordingSetAside(const std::filesystem::path& from, const std::filesystem::path& to) {
-    m_repairs.async([this, from, to] {
-        m_notes.renamed(from, to);
-        static_cast<void>(recoverRecording(to)); // the look through the folder may have met it under neither name
-    });
+    m_renames.async([this, from, to] { m_notes.renamed(from, to); });
+    // The look through the folder may have met it under neither name.
+    m_repairs.async([to] { static_cast<void>(recoverRecording(to)); });
 }
 
 void RecordingHost::appendToTestLog(WallTime timestamp, const std::filesystem::path& recording) {
@@ -30,13 +29,15 @@ void RecordingHost::appendToTestLog(WallTime timestamp, const std::filesystem::p
 }
 
 void RecordingHost::recordingDidComplete(const std::filesystem::path& recording) {
-    m_notifications.post(Notifications::recordingDidComplete, {{QStringLiteral("url"), fileUrl(recording)}});
+    m_notifications.post(Notifications::recordingDidComplete,
+                         {{QStringLiteral("url"), fileUrl(recording)},
+                          {QStringLiteral("isUnfinished"), isUnfinishedRecording(recording)}});
 }
 
 std::optional<CreateNoteResult> RecordingHost::createNote(const std::filesystem::path& recording, WallTime recordedAt) {
-    m_repairs.sync([] {}); // a rename may be on its way, and this note may be filed under the name of before
+    m_renames.sync([] {}); // one may be on its way, and this note may be filed under the name of before
     const auto result = m_notes.create(recording, recordedAt);
-    // An alert would call it saved; that it is not finished is told without one, and its note is kept for later.
+    // An alert would call it saved; the notice of its end has said what it is, and its note is kept for later.
     return isUnfinishedRecording(recording) ? std::nullopt : result;
 }
 

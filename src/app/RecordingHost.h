@@ -53,7 +53,9 @@ private:
     NotificationCenter& m_notifications;
     const Notes m_notes;
     const NotePolicy m_notePolicy;
-    SerialQueue m_repairs{"quillet.repairs"}; ///< last: its thread ends before the rest goes
+    // Last: their threads end before the rest goes. A repair may watch a file for seconds, a note waits for renames.
+    SerialQueue m_repairs{"quillet.repairs"};
+    SerialQueue m_renames{"quillet.renames"};
 };
 
 } // namespace quillet

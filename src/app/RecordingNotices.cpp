@@ -81,9 +81,12 @@ void RecordingNotices::chosenDeviceMissing(const QVariantMap& info) {
 
 void RecordingNotices::completed(const QVariantMap& info) {
     const std::filesystem::path recording = pathOf(info.value(QStringLiteral("url")).toUrl());
+    const bool isUnfinished = info.value(QStringLiteral("isUnfinished")).toBool();
+    const QString name = QFile::decodeName(recording.filename().c_str());
+    const QString repair = tr("%1 has no note yet. Quillet repairs it when it is started the next time.").arg(name);
     m_services.notices->show({.subject = kSaved,
-                              .title = tr("Recording saved"),
-                              .body = QFile::decodeName(recording.filename().c_str()),
+                              .title = isUnfinished ? tr("The recording could not be finished") : tr("Recording saved"),
+                              .body = isUnfinished ? repair : name,
                               .actionTitle = tr("Show"),
                               .onAction = [show = m_services.showRecording, recording] { show(recording); }});
 }

@@ -197,8 +197,8 @@ void RecordSession::phaseChanged(RecordingControl::Phase phase) {
         m_waiter = std::thread([this, engine = m_engine, path = m_engine->outputURL.value()] {
             engine->waitUntilFinished();
             if (m_player) m_player->stop(); // it may be reading ahead
-            std::error_code ignored;
-            m_isThere = path && fs::exists(*path, ignored);
+            std::error_code unknown;        // a disk that does not answer has not lost it for that
+            m_isThere = path && (fs::exists(*path, unknown) || unknown);
             m_isUnfinished = path && isUnfinishedRecording(*path);
             MainThread::post([this] { finish(); });
         });

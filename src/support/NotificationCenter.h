@@ -32,7 +32,8 @@ private:
 };
 
 namespace Notifications {
-/// A recording's file is complete. User info: "url", the file's QUrl.
+/// A recording's file is complete. User info: "url", the file's QUrl; "isUnfinished", true where the disk failed it
+/// before the file could be finished.
 inline const QString recordingDidComplete = QStringLiteral("recordingDidComplete");
 /// The user has finished the introduction. No user info.
 inline const QString onboardingDidComplete = QStringLiteral("onboardingDidComplete");

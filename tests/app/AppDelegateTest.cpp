@@ -237,6 +237,10 @@ TEST_F(RecordingNoticesTest, whoeverLooksElsewhereIsTold) {
     EXPECT_EQ(told->shown[0].body, u"M #1\uFFFD.m4a"_s);
     told->shown[0].onAction();
     EXPECT_EQ(revealed, "/tmp/M #1\xE9.m4a") << "also a name that is no text";
+    complete("file:///tmp/M.m4a", true);
+    EXPECT_EQ(told->shown.back().title, u"The recording could not be finished"_s);
+    EXPECT_EQ(told->shown.back().subject, told->shown[0].subject);
+    told->shown.pop_back();
 
     desk.engine->lastError.set(u"Failed to setup audio writer."_s);
     desk.uiModel.showDiskFull();

@@ -117,9 +117,10 @@ protected:
             desk.notifications.post(Notifications::chosenDeviceMissing,
                                     {{QStringLiteral("isMicrophone"), isMicrophone}});
     }
-    void complete(const char* url) {
-        desk.notifications.post(Notifications::recordingDidComplete,
-                                {{QStringLiteral("url"), QUrl(QString::fromUtf8(url))}});
+    void complete(const char* url, bool isUnfinished = false) {
+        desk.notifications.post(
+            Notifications::recordingDidComplete,
+            {{QStringLiteral("url"), QUrl(QString::fromUtf8(url))}, {QStringLiteral("isUnfinished"), isUnfinished}});
     }
 
     Desk desk;

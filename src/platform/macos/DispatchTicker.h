@@ -23,7 +23,9 @@ public:
         const dispatch_source_t source = dispatch_source_create(DISPATCH_SOURCE_TYPE_TIMER, 0, 0, queue);
         const std::chrono::nanoseconds nanoseconds = interval;
         const auto period = static_cast<uint64_t>(nanoseconds.count());
-        dispatch_source_set_timer(source, dispatch_time(DISPATCH_TIME_NOW, 0), period, period / 4);
+        // A tick that comes later than 10 ms is taken for one of a program that was held up.
+        constexpr uint64_t kLeeway = 5 * NSEC_PER_MSEC;
+        dispatch_source_set_timer(source, dispatch_time(DISPATCH_TIME_NOW, 0), period, kLeeway);
         dispatch_source_set_event_handler(source, ^{
           tick();
         });

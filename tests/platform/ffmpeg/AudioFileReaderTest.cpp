@@ -73,9 +73,9 @@ TEST(AudioFileReaderTest, samplesAt48KilohertzPassExactly) {
     cut.resize(cut.size() - 1);
     expected16.resize(expected16.size() - 2);
     expectSameBits(decodeWav(cut, 2), expected16);
-    // 2,400 samples that count from 0, of which the container declares the first 480 to be padding.
-    std::vector<float> counted(2400 - 480);
-    for (std::size_t i = 0; i < counted.size(); ++i) counted[i] = static_cast<float>(i + 480) / 32768.0F;
+    // 4,000 samples that count from 0; the container declares the first 1,500, more than a packet, to be padding.
+    std::vector<float> counted(4000 - 1500);
+    for (std::size_t i = 0; i < counted.size(); ++i) counted[i] = static_cast<float>(i + 1500) / 32768.0F;
     expectSameBits(decode(std::filesystem::path(QUILLET_TEST_DATA "/sound/counted-behind-padding.mov")), counted);
 }
 

@@ -119,7 +119,7 @@ private:
     const libav::Frame m_frame; ///< the latest decoded
     int m_converted = 0;        ///< of it, in frames of sound
     const int m_channels;
-    const int m_plainFrameBytes;
+    int m_plainFrameBytes; ///< 0: packets go through the decoder
     SourceFormat m_format;
     Swr m_converter;
     bool m_anySampleIsPossible = false; ///< such as no number at all; files of integers hold none
@@ -184,10 +184,12 @@ bool FfmpegAudioFileReader::decodeFrame() {
     }
 }
 
-/// Spares plain samples the way through the decoder, which costs as much as converting them. What a container says of a
-/// packet besides, such as how much of it is padding, the decoder knows how to follow.
+/// Spares plain samples the way through the decoder, which costs as much as converting them. Once a container says
+/// something else of a packet, such as that a part of what follows is padding, the decoder gets all: it knows how to
+/// follow, and remembers it from one packet to the next.
 bool FfmpegAudioFileReader::takePacketAsFrame() {
-    const int frames = m_plainFrameBytes > 0 && m_packet->side_data_elems == 0 ? m_packet->size / m_plainFrameBytes : 0;
+    if (m_packet->side_data_elems > 0 || (m_packet->flags & AV_PKT_FLAG_DISCARD)) m_plainFrameBytes = 0;
+    const int frames = m_plainFrameBytes > 0 ? m_packet->size / m_plainFrameBytes : 0;
     if (frames == 0 || av_channel_layout_copy(&m_frame->ch_layout, &m_decoder->ch_layout) < 0) return false;
     m_frame->format = m_decoder->sample_fmt;
     m_frame->sample_rate = m_decoder->sample_rate;
